@@ -1,0 +1,32 @@
+# What every target of the project is compiled with. Link `Varda::Options` privately.
+add_library(VardaOptions INTERFACE)
+add_library(Varda::Options ALIAS VardaOptions)
+
+target_compile_options(VardaOptions INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wnon-virtual-dtor
+    -Woverloaded-virtual -Wnull-dereference -Wimplicit-fallthrough -Wformat=2
+    # GCC 12 mistakes coroutine parameters and Qt's implicitly shared types for dangling ones when it inlines.
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-null-dereference>)
+
+# No accidental conversion between bytes and text, no Qt keywords that look like the language's.
+target_compile_definitions(VardaOptions INTERFACE
+    QT_NO_CAST_FROM_ASCII
+    QT_NO_CAST_TO_ASCII
+    QT_NO_CAST_FROM_BYTEARRAY
+    QT_NO_URL_CAST_FROM_STRING
+    QT_NO_NARROWING_CONVERSIONS_IN_CONNECT
+    QT_NO_KEYWORDS
+    QT_NO_FOREACH
+    QT_STRICT_ITERATORS
+    QT_USE_QSTRINGBUILDER
+    QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+
+# The release build is hardened: it runs tools on bytes that a phone sends.
+option(VARDA_HARDENING "Build position independent, with full RELRO, FORTIFY and stack protection" OFF)
+if(VARDA_HARDENING)
+    include(CheckPIESupported)
+    check_pie_supported(LANGUAGES CXX)
+    target_compile_options(VardaOptions INTERFACE
+        -fstack-protector-strong -fstack-clash-protection -fcf-protection -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+    target_link_options(VardaOptions INTERFACE -pie -Wl,-z,relro,-z,now,-z,noexecstack)
+endif()

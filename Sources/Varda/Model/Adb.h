@@ -7,11 +7,11 @@
 #include <chrono>
 #include <optional>
 
-namespace varda
-{
+namespace varda {
 
 /// One run of a tool: what follows the executable on its command line, and how long it may take.
-struct CommandLine {
+struct CommandLine
+{
     QStringList arguments;
     std::chrono::duration<double> timeout;
 
@@ -20,7 +20,8 @@ struct CommandLine {
 
 /// adb's command lines. Pure: values in, value out. Texts that a person typed have been trimmed and validated before
 /// they come here, so that none begins with a dash or holds a character that a shell on the phone would interpret.
-struct Adb {
+struct Adb
+{
     static CommandLine devices();
 
     static CommandLine install(const QString &serial, const QString &path);
@@ -41,7 +42,8 @@ struct Adb {
 };
 
 /// scrcpy's command line. It runs until its window is closed, so there is no time-out.
-struct Scrcpy {
+struct Scrcpy
+{
     /// Mirrors device `serial`, called `name` in the window's title, and records to the path `recording` where given.
     static QStringList mirror(const QString &serial, const QString &name, const std::optional<QString> &recording);
 };

@@ -6,8 +6,7 @@
 
 #include <optional>
 
-namespace varda
-{
+namespace varda {
 
 /// The kinds of file that Varda writes.
 enum class SaveKind {

@@ -4,8 +4,7 @@
 #include <functional>
 #include <utility>
 
-namespace varda
-{
+namespace varda {
 
 /// A value that announces each write before it happens, so that whoever shows it can render anew afterwards.
 ///

@@ -24,8 +24,7 @@
 #include <memory>
 #include <optional>
 
-namespace varda
-{
+namespace varda {
 
 class ChildProcess;
 

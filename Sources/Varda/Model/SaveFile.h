@@ -1,0 +1,14 @@
+// SaveFile: writing a whole file, or leaving the old one as it was.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace varda {
+
+/// Writes `contents` to `path` in one step: into a temporary file beside it, flushed to the disk and renamed into
+/// place. Through a symbolic link it replaces what the link leads to. Throws a ToolError that names the file and the
+/// reason; an existing file is then unchanged. Any thread; blocks while it writes.
+void saveFile(const QString &path, const QByteArray &contents);
+
+} // namespace varda

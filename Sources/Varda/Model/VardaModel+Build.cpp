@@ -1,0 +1,60 @@
+// VardaModel: choosing and installing a build.
+#include "Varda/Model/VardaModel.h"
+
+#include "Varda/Model/RunAdb.h"
+#include "VardaCore/ToolError.h"
+
+#include <QFileInfo>
+
+namespace varda {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A regular local file whose name ends in ".apk", in any letter case. A link counts as what it leads to.
+bool isBuild(const QUrl &location)
+{
+    if (!location.isLocalFile())
+        return false;
+    const QFileInfo file(location.toLocalFile());
+    const bool named = file.suffix().toLower() == u"apk" && !file.completeBaseName().isEmpty();
+    return named && file.isFile();
+}
+
+QCoro::Task<QString> installBuild(QString serial, QFileInfo build)
+{
+    const CommandResult result = co_await runAdb(Adb::install(serial, build.absoluteFilePath()));
+    const QString output = result.checked().text();
+    if (!output.contains(u"Success"_s))
+        throw ToolError::message(output + result.error);
+    co_return u"Installed "_s + build.fileName() + u" on "_s + serial + u". Existing app data was retained."_s;
+}
+
+} // namespace
+
+void VardaModel::chooseAPK()
+{
+    if (const std::optional<QUrl> location = dialogs->chooseBuild())
+        acceptAPK(*location);
+}
+
+void VardaModel::acceptAPK(const QUrl &location)
+{
+    if (isBuild(location))
+        apk = location;
+    else
+        error = u"Choose a regular .apk file. Android App Bundles (.aab) need to be converted into APKs first."_s;
+}
+
+void VardaModel::install()
+{
+    const std::optional<AndroidDevice> device = actionTarget();
+    if (!device || !apk())
+        return;
+    const QFileInfo build(apk()->toLocalFile());
+    run(u"Installing "_s + build.fileName() + u"…"_s,
+        [serial = device->id, build] { return installBuild(serial, build); });
+}
+
+} // namespace varda

@@ -1,0 +1,70 @@
+// VardaModel: the live phone, a scrcpy process that outlives every action.
+#include "Varda/Model/VardaModel.h"
+
+#include "Varda/Model/Adb.h"
+#include "Varda/Model/ToolLocation.h"
+#include "VardaCore/ChildProcess.h"
+#include "VardaCore/ToolError.h"
+
+namespace varda {
+
+using namespace Qt::StringLiterals;
+
+void VardaModel::mirrorPhone(bool record)
+{
+    if (mirror) {
+        stoppingMirror = true;
+        mirror->terminate();
+        return;
+    }
+    const std::optional<AndroidDevice> device = actionTarget();
+    if (!device)
+        return;
+    std::optional<QString> recording;
+    if (record) {
+        recording = dialogs->saveLocation(SaveKind::Mpeg4Movie, u"Varda-session.mp4"_s);
+        if (!recording || mirror) // another mirror may have been opened while the dialog was
+            return;
+    }
+    openMirror(*device, recording);
+}
+
+/// Launches scrcpy for `device`. Its own messages are discarded. It leads a session of its own, so that a hang-up or
+/// Ctrl+C in the terminal that Varda was started from cannot break a recording.
+void VardaModel::openMirror(const AndroidDevice &device, const std::optional<QString> &recording)
+{
+    const ChildDescription description{
+        .executable = ToolLocation::scrcpy(),
+        .arguments = Scrcpy::mirror(device.id, device.name, recording),
+        .environment = {{u"ADB"_s, ToolLocation::adb()}, {u"SCRCPY_SERVER_PATH"_s, ToolLocation::scrcpyServer()}},
+        .standardInput = StandardStream::inherited(),
+        .standardOutput = StandardStream::nullDevice(),
+        .standardError = StandardStream::nullDevice(),
+        .ownSession = true,
+    };
+    try {
+        mirror = std::make_shared<ChildProcess>(ChildProcess::launch(description));
+    } catch (const std::exception &failure) {
+        error = describe(failure);
+        return;
+    }
+    mirror->onExit(this, [this, process = mirror.get()](qint32 exitStatus) { mirrorEnded(process, exitStatus); });
+    mirrorRunning = true;
+    status = recording ? u"Recording the real device in the live phone window."_s
+                       : u"Live phone opened. Use your Mac keyboard and mouse to test the app."_s;
+}
+
+void VardaModel::mirrorEnded(const ChildProcess *process, qint32 exitStatus)
+{
+    if (mirror.get() != process)
+        return;
+    const bool asked = stoppingMirror;
+    mirror.reset();
+    mirrorRunning = false;
+    stoppingMirror = false;
+    if (exitStatus != 0 && !asked)
+        error = u"Screen control stopped (exit "_s + QString::number(exitStatus) +
+                u"). Check USB authorization and reconnect the phone."_s;
+}
+
+} // namespace varda

@@ -1,0 +1,130 @@
+// WindowDriver: looking, waiting and acting, on top of Accessible.
+#include "Accessibility/WindowDriver.h"
+
+#include <QDeadlineTimer>
+#include <QDebug>
+#include <QtCore/qtestsupport_core.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace varda::testing {
+
+namespace {
+
+// A walk over the tree keeps the other program busy for some milliseconds; it shall have time for its own work.
+constexpr auto pause = 100ms;
+
+const auto buttonRole = u"push button"_s;
+
+} // namespace
+
+bool eventually(const std::function<bool()> &condition, std::chrono::milliseconds guard)
+{
+    const QDeadlineTimer deadline{guard};
+    while (!condition()) {
+        if (deadline.hasExpired())
+            return false;
+        QTest::qWait(static_cast<int>(pause.count()));
+    }
+    return true;
+}
+
+WindowDriver::WindowDriver(qint64 process)
+    : pid{process}
+{
+}
+
+const Accessible &WindowDriver::root() const
+{
+    if (!program)
+        program = Accessible::application(pid);
+    return program;
+}
+
+bool WindowDriver::opens()
+{
+    return awaited(u"a window of process %1"_s.arg(pid), [this] {
+        for (const Accessible &window : root().children()) {
+            if (window.visible())
+                return true;
+        }
+        return false;
+    });
+}
+
+Accessible WindowDriver::look(const QString &role, const QString &name) const
+{
+    return root().find([&](const Accessible &candidate) {
+        return candidate.role() == role && candidate.name() == name && candidate.visible();
+    });
+}
+
+Accessible WindowDriver::await(const QString &role, const QString &name) const
+{
+    Accessible found;
+    awaited(role + u" \"" + name + u'"', [&] {
+        found = look(role, name);
+        return bool(found);
+    });
+    return found;
+}
+
+bool WindowDriver::press(const QString &button) const
+{
+    return awaited(u"press of \""_s + button + u'"', [&] {
+        const Accessible found = look(buttonRole, button);
+        return found && found.enabled() && found.act(u"Press"_s);
+    });
+}
+
+bool WindowDriver::fill(const QString &field, const QString &text) const
+{
+    return awaited(u"field \""_s + field + u'"', [&] {
+        const Accessible found = root().find([&](const Accessible &candidate) {
+            const QString role = candidate.role();
+            return (role == u"text" || role == u"password text") && candidate.name() == field && candidate.visible();
+        });
+        return found && found.setText(text);
+    });
+}
+
+Accessible WindowDriver::showing(const QString &words) const
+{
+    return root().find([&](const Accessible &candidate) {
+        return (candidate.name().contains(words) || candidate.text().contains(words)) && candidate.visible();
+    });
+}
+
+bool WindowDriver::shows(const QString &words) const
+{
+    return awaited(u"the text \""_s + words + u'"', [&] { return bool(showing(words)); });
+}
+
+bool WindowDriver::hides(const QString &words) const
+{
+    return awaited(u"the text \""_s + words + u"\" to go", [&] { return !showing(words); });
+}
+
+bool WindowDriver::buttonBecomes(const QString &button, bool enabled) const
+{
+    return awaited(u"button \""_s + button + (enabled ? u"\" enabled"_s : u"\" disabled"_s), [&] {
+        const Accessible found = look(buttonRole, button);
+        return found && found.enabled() == enabled;
+    });
+}
+
+QString WindowDriver::tree() const
+{
+    return root().tree();
+}
+
+bool WindowDriver::awaited(const QString &what, const std::function<bool()> &condition) const
+{
+    if (eventually(condition))
+        return true;
+    qWarning().noquote() << u"Waited in vain for "_s + what + u"; the window's tree:\n" + tree();
+    return false;
+}
+
+} // namespace varda::testing

@@ -1,0 +1,64 @@
+// WindowDriver: works another program's windows the way a screen-reader user does, by role and name.
+//
+// Everything a person would wait for is waited for: a control to appear, to be enabled, a text to be shown. While it
+// waits, the caller's event loop turns. A wait that runs out answers false and prints the tree as it was then, so that
+// a failed test shows what the window showed.
+#pragma once
+
+#include "Accessibility/Accessible.h"
+
+#include <QString>
+
+#include <chrono>
+#include <functional>
+
+namespace varda::testing {
+
+/// Long enough for a loaded machine; a test that passes never waits for it.
+constexpr auto guardTime = std::chrono::seconds{90};
+
+/// Asks `condition` until it holds, a few times a second and with the event loop turning in between.
+/// False where it does not hold within `guard`.
+bool eventually(const std::function<bool()> &condition, std::chrono::milliseconds guard = guardTime);
+
+/// Drives the process `pid`, which may not have opened a window yet. Main thread only.
+class WindowDriver
+{
+public:
+    explicit WindowDriver(qint64 pid);
+
+    /// Waits until the program shows a window.
+    bool opens();
+
+    /// The visible object of this role and name, or absent; looks once and does not wait.
+    Accessible look(const QString &role, const QString &name) const;
+    /// Waits for the visible object of this role and name.
+    Accessible await(const QString &role, const QString &name) const;
+
+    /// Waits until the button is there and enabled, then presses it.
+    bool press(const QString &button) const;
+    /// Waits until the field is there, then replaces its text. Works on masked fields too.
+    bool fill(const QString &field, const QString &text) const;
+
+    /// Waits until some visible object's name or text contains `words`.
+    bool shows(const QString &words) const;
+    /// Waits until no visible object's name or text contains `words`.
+    bool hides(const QString &words) const;
+    /// Waits until the button is there and enabled, or there and disabled.
+    bool buttonBecomes(const QString &button, bool enabled) const;
+
+    /// The first visible object whose name or text contains `words`; looks once.
+    Accessible showing(const QString &words) const;
+
+    /// The whole tree as indented text.
+    QString tree() const;
+
+private:
+    bool awaited(const QString &what, const std::function<bool()> &condition) const;
+
+    qint64 pid;
+    mutable Accessible program; ///< absent until the program was first seen on the accessibility bus
+    const Accessible &root() const;
+};
+
+} // namespace varda::testing

@@ -1,0 +1,189 @@
+#include "Adb/Connection.h"
+
+#include "Adb/Stream.h"
+
+#include <QRandomGenerator>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace varda::phone {
+
+namespace {
+
+constexpr int tokenWords = 5; // 20 bytes, the length of a SHA-1 digest
+
+QByteArray withoutTerminator(QByteArray text)
+{
+    while (text.endsWith('\0'))
+        text.chop(1);
+    return text;
+}
+
+} // namespace
+
+Connection::Connection(QTcpSocket *socket, Greeting greeting, const QByteArray &banner, QObject *parent)
+    : QObject(parent)
+    , m_socket(socket)
+    , m_greeting(greeting)
+    , m_banner(banner)
+{
+    m_socket->setParent(this);
+    m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    connect(m_socket, &QTcpSocket::readyRead, this, &Connection::readPackets);
+    connect(m_socket, &QTcpSocket::disconnected, this, &Connection::breakOff);
+}
+
+Connection::~Connection()
+{
+    m_socket->disconnect(this);
+}
+
+void Connection::accept()
+{
+    m_greeting = Greeting::Accept;
+    if (m_keyShown && !m_online)
+        sendBanner();
+}
+
+Stream *Connection::open(const QByteArray &destination)
+{
+    auto *stream = new Stream(*this, ++m_lastStream, destination);
+    m_streams.insert(stream->id(), stream);
+    send({PacketCommand::Open, stream->id(), 0, destination + '\0'});
+    return stream;
+}
+
+void Connection::breakOff()
+{
+    if (std::exchange(m_broken, true))
+        return;
+    m_socket->flush();
+    m_socket->abort();
+    endStreams();
+    Q_EMIT ended();
+    deleteLater();
+}
+
+void Connection::send(const Packet &packet)
+{
+    if (!m_broken)
+        m_socket->write(encode(packet, m_checksums));
+}
+
+void Connection::readPackets()
+{
+    m_reader.append(m_socket->readAll());
+    if (m_greeting == Greeting::Silence)
+        return;
+    while (!m_broken) {
+        const std::optional<Packet> packet = m_reader.next();
+        if (!packet)
+            break;
+        handle(*packet);
+    }
+    if (!m_reader.error().isEmpty() && !m_broken) {
+        Q_EMIT violated(m_reader.error());
+        breakOff();
+    }
+}
+
+void Connection::handle(const Packet &packet)
+{
+    if (packet.command == PacketCommand::Connect)
+        return handleConnect(packet);
+    if (packet.command == PacketCommand::Authenticate)
+        return handleAuthenticate(packet);
+    if (!m_online)
+        return; // a host that is not let in is not answered
+    if (packet.command == PacketCommand::Open)
+        return handleOpen(packet);
+
+    Stream *stream = m_streams.value(packet.second);
+    if (stream == nullptr || (stream->m_remote != 0 && stream->m_remote != packet.first)) {
+        // The stream has gone: a late packet is normal, and data for it is answered so that the host stops.
+        if (packet.command == PacketCommand::Write)
+            send({PacketCommand::Close, 0, packet.first, {}});
+        return;
+    }
+    switch (packet.command) {
+    case PacketCommand::Okay:
+        return stream->handleOkay(packet.first);
+    case PacketCommand::Write:
+        return stream->handleWrite(packet.payload);
+    default:
+        return stream->end();
+    }
+}
+
+void Connection::handleConnect(const Packet &packet)
+{
+    endStreams();
+    m_online = false;
+    m_checksums = packet.first < protocolVersion;
+    m_reader.setChecksumRequired(m_checksums);
+    m_payloadLimit = qBound<qsizetype>(1, packet.second, maximumPayload);
+    if (m_greeting == Greeting::Challenge)
+        sendToken();
+    else
+        sendBanner();
+}
+
+void Connection::handleAuthenticate(const Packet &packet)
+{
+    if (m_online)
+        return;
+    if (m_greeting == Greeting::Accept)
+        return sendBanner();
+    if (packet.first == static_cast<quint32>(AuthenticationKind::Signature))
+        return sendToken(); // no signature is known: the host tries its next key, and at last shows its public one
+    if (packet.first == static_cast<quint32>(AuthenticationKind::PublicKey)) {
+        m_keyShown = true;
+        Q_EMIT authorizationRequested(withoutTerminator(packet.payload));
+    }
+}
+
+void Connection::handleOpen(const Packet &packet)
+{
+    if (packet.first == 0) {
+        Q_EMIT violated(u"stream without a number"_s);
+        return breakOff();
+    }
+    auto *stream = new Stream(*this, ++m_lastStream, withoutTerminator(packet.payload));
+    m_streams.insert(stream->id(), stream);
+    stream->m_remote = packet.first;
+    if (!onOpen || !onOpen(*stream)) {
+        send({PacketCommand::Close, 0, packet.first, {}});
+        stream->end();
+    } else if (stream->m_state == Stream::State::Opening) {
+        stream->accept(packet.first);
+    }
+}
+
+void Connection::sendBanner()
+{
+    m_online = true;
+    send({PacketCommand::Connect, protocolVersion, maximumPayload, m_banner});
+}
+
+void Connection::sendToken()
+{
+    QByteArray token(tokenWords * 4, Qt::Uninitialized);
+    QRandomGenerator::global()->fillRange(reinterpret_cast<quint32 *>(token.data()), tokenWords);
+    send({PacketCommand::Authenticate, static_cast<quint32>(AuthenticationKind::Token), 0, token});
+}
+
+void Connection::forget(const Stream &stream)
+{
+    m_streams.remove(stream.id());
+}
+
+void Connection::endStreams()
+{
+    const QHash<quint32, Stream *> streams = std::exchange(m_streams, {});
+    for (Stream *stream : streams)
+        stream->end();
+}
+
+} // namespace varda::phone

@@ -20,7 +20,7 @@ public:
     QString errorDescription() const { return m_description; }
 
     /// `errorDescription()` in UTF-8; as a C string it ends at the first NUL.
-    const char *what() const noexcept override { return m_what.constData(); }
+    const char *what() const noexcept override;
 
 private:
     explicit ToolError(const QString &description);

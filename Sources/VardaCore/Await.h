@@ -1,0 +1,133 @@
+// What a coroutine here can wait for: work on another thread, and a descriptor that becomes ready.
+#pragma once
+
+#include <QObject>
+#include <QSocketNotifier>
+#include <QThreadPool>
+#include <QTimer>
+
+#include <chrono>
+#include <exception>
+#include <functional>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+#include <coroutine>
+
+namespace varda {
+
+/// Resumes one suspended coroutine from the event loop of the thread that made this object. It is made to live in the
+/// coroutine's own frame, as a part of what is awaited.
+class Resumption
+{
+public:
+    void suspend(std::coroutine_handle<> coroutine) { m_coroutine = coroutine; }
+
+    /// Has the coroutine resumed on a later turn of its event loop. Call it once, on any thread; after that this object
+    /// may be gone at any moment.
+    void schedule()
+    {
+        QMetaObject::invokeMethod(
+            &m_receiver, [coroutine = m_coroutine] { coroutine.resume(); }, Qt::QueuedConnection);
+    }
+
+private:
+    QObject m_receiver;
+    std::coroutine_handle<> m_coroutine;
+};
+
+/// Suspends a coroutine for an operation, which stays where it is: GCC 12 would copy an awaiter that is a variable.
+template <typename Operation>
+struct Awaiter
+{
+    bool await_ready() const { return false; }
+    void await_suspend(std::coroutine_handle<> coroutine) const { operation->start(coroutine); }
+    decltype(auto) await_resume() const { return operation->result(); }
+
+    Operation *operation;
+};
+
+/// Runs `Work` on a thread of a pool while the awaiting coroutine is suspended; hands back its result, or throws what
+/// it threw.
+template <typename Work>
+class [[nodiscard]] OnWorker
+{
+public:
+    using Result = std::invoke_result_t<Work &>;
+
+    OnWorker(QThreadPool &pool, Work work)
+        : m_pool(pool)
+        , m_work(std::move(work))
+    {
+    }
+
+    Awaiter<OnWorker> operator co_await() { return {this}; }
+
+private:
+    friend Awaiter<OnWorker>;
+
+    struct Nothing
+    {
+    };
+
+    void start(std::coroutine_handle<> coroutine)
+    {
+        m_resumption.suspend(coroutine);
+        m_pool.start([this] { run(); });
+    }
+
+    Result result()
+    {
+        if (m_failure)
+            std::rethrow_exception(std::exchange(m_failure, nullptr));
+        if constexpr (!std::is_void_v<Result>)
+            return std::move(*m_result);
+    }
+
+    void run()
+    {
+        try {
+            if constexpr (std::is_void_v<Result>)
+                m_work();
+            else
+                m_result.emplace(m_work());
+        } catch (...) {
+            m_failure = std::current_exception();
+        }
+        m_resumption.schedule();
+    }
+
+    QThreadPool &m_pool;
+    Work m_work;
+    std::optional<std::conditional_t<std::is_void_v<Result>, Nothing, Result>> m_result;
+    std::exception_ptr m_failure;
+    Resumption m_resumption;
+};
+
+/// Suspends until a descriptor is ready or the deadline passes, whichever is first; it does not tell which. Waits for
+/// the deadline alone when the descriptor is -1, and for the descriptor alone when the deadline is `time_point::max()`.
+class [[nodiscard]] Readiness
+{
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// `descriptor` stays open, and with its owner, for as long as this object lives.
+    Readiness(int descriptor, QSocketNotifier::Type type, Clock::time_point deadline);
+
+    Awaiter<Readiness> operator co_await() { return {this}; }
+
+private:
+    friend Awaiter<Readiness>;
+
+    void start(std::coroutine_handle<> coroutine);
+    void result() const {}
+    void finish();
+
+    std::optional<QSocketNotifier> m_notifier;
+    QTimer m_timer;
+    Clock::time_point m_deadline;
+    Resumption m_resumption;
+};
+
+} // namespace varda

@@ -1,0 +1,21 @@
+// A finished command and its verdict.
+#include "VardaCore/CommandResult.h"
+
+#include "VardaCore/Text.h"
+#include "VardaCore/ToolError.h"
+
+namespace varda {
+
+QString CommandResult::text() const
+{
+    return decodeUtf8(data);
+}
+
+CommandResult CommandResult::checked() const
+{
+    if (code == 0)
+        return *this;
+    throw ToolError::message(error.isEmpty() ? text() : error);
+}
+
+} // namespace varda

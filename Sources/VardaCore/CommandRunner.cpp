@@ -1,0 +1,339 @@
+// A command goes from worker to event loop to worker: prepared and launched on a worker, awaited on the event loop of
+// the calling thread, read back and cleaned up on a worker.
+#include "VardaCore/CommandRunner.h"
+
+#include "VardaCore/Await.h"
+#include "VardaCore/CaptureDirectory.h"
+#include "VardaCore/ChildProcess.h"
+#include "VardaCore/Descriptor.h"
+#include "VardaCore/Text.h"
+#include "VardaCore/ToolError.h"
+
+#include <QFile>
+#include <QThread>
+#include <QThreadPool>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <mutex>
+#include <string>
+#include <system_error>
+#include <unordered_set>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace varda {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = ChildProcess::Clock;
+
+/// Between SIGTERM and SIGKILL.
+constexpr auto terminationGrace = 300ms;
+
+/// Largest standard output in bytes. Standard error has no limit.
+constexpr qint64 outputLimit = 32 * 1024 * 1024;
+
+/// Longer time-outs mean the same, and this one can be added to any time.
+constexpr std::chrono::duration<double> longestTimeout = 24h * 36500;
+
+/// Workers are busy for a millisecond or so per command; a few keep one slow disk access from holding up the others.
+constexpr int fewestWorkers = 4;
+
+constexpr auto outputName = "stdout";
+constexpr auto errorName = "stderr";
+
+/// Blocks SIGPIPE on this thread for as long as it lives, so that writing to a pipe that nobody reads fails with EPIPE
+/// instead, whatever the process does with the signal.
+class SigpipeBlock
+{
+public:
+    SigpipeBlock()
+    {
+        ::sigemptyset(&m_sigpipe);
+        ::sigaddset(&m_sigpipe, SIGPIPE);
+        sigset_t pending;
+        ::sigpending(&pending);
+        m_wasPending = ::sigismember(&pending, SIGPIPE) == 1;
+        ::pthread_sigmask(SIG_BLOCK, &m_sigpipe, &m_previous);
+    }
+    SigpipeBlock(const SigpipeBlock &) = delete;
+    SigpipeBlock &operator=(const SigpipeBlock &) = delete;
+    ~SigpipeBlock()
+    {
+        const timespec now = {};
+        while (!m_wasPending && ::sigtimedwait(&m_sigpipe, nullptr, &now) < 0 && errno == EINTR) {
+        }
+        ::pthread_sigmask(SIG_SETMASK, &m_previous, nullptr);
+    }
+
+private:
+    sigset_t m_sigpipe;
+    sigset_t m_previous;
+    bool m_wasPending = false;
+};
+
+/// One call of `run`. It lives in the frame of that call's coroutine; its members are released in reverse order. The
+/// functions that are marked so block, and are called on a worker.
+class Command
+{
+public:
+    Command(QString executable, QStringList arguments, std::optional<QString> input);
+    Command(const Command &) = delete;
+    Command &operator=(const Command &) = delete;
+    ~Command();
+
+    /// Makes the directory and its files and launches the child. Blocks.
+    void launch();
+
+    /// Writes as much input as the pipe takes, and tells whether that was the last of it. Blocks briefly.
+    bool writeInput();
+
+    /// Reads back what the child, which has exited, left behind. Blocks.
+    CommandResult collect() const;
+
+    /// Gives up all that is held. Blocks.
+    void release();
+
+    /// Removes the files early. Blocks.
+    void removeFiles() const
+    {
+        if (m_directory)
+            m_directory->remove();
+    }
+
+    const ChildProcess &child() const { return *m_child; }
+    int inputDescriptor() const { return m_input.get(); }
+    /// When the child had been launched and its input been written.
+    Clock::time_point started() const { return m_started; }
+
+private:
+    const QString m_executable;
+    const QStringList m_arguments;
+    const std::optional<QString> m_text;
+
+    std::optional<CaptureDirectory> m_directory;
+    QByteArray m_unwritten;
+    Descriptor m_input;
+    std::optional<ChildProcess> m_child;
+    Clock::time_point m_started;
+};
+
+/// The commands in flight. Never destroyed, so that a frame whose event loop has ended is not lost but merely not
+/// resumed.
+class InFlight
+{
+public:
+    static InFlight &instance()
+    {
+        static auto &inFlight = *new InFlight;
+        return inFlight;
+    }
+
+    void add(Command *command)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_commands.insert(command);
+    }
+
+    void remove(Command *command)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_commands.erase(command);
+    }
+
+    void removeFiles()
+    {
+        const std::lock_guard lock(m_mutex);
+        for (const Command *command : m_commands)
+            command->removeFiles();
+    }
+
+private:
+    std::mutex m_mutex;
+    std::unordered_set<Command *> m_commands;
+};
+
+/// The worker threads. When the process exits in order, they finish what they are at, and then the files of the
+/// commands that will never be collected are removed.
+class Workers
+{
+public:
+    static QThreadPool &pool()
+    {
+        static Workers workers;
+        return workers.m_pool;
+    }
+
+private:
+    Workers() { m_pool.setMaxThreadCount(std::max(fewestWorkers, QThread::idealThreadCount())); }
+    ~Workers()
+    {
+        m_pool.clear();
+        m_pool.waitForDone();
+        InFlight::instance().removeFiles();
+    }
+
+    QThreadPool m_pool;
+};
+
+Command::Command(QString executable, QStringList arguments, std::optional<QString> input)
+    : m_executable(std::move(executable))
+    , m_arguments(std::move(arguments))
+    , m_text(std::move(input))
+{
+    InFlight::instance().add(this);
+}
+
+Command::~Command()
+{
+    InFlight::instance().remove(this);
+}
+
+void Command::launch()
+{
+    m_directory.emplace();
+    const Descriptor output = m_directory->createFile(outputName);
+    const Descriptor error = m_directory->createFile(errorName);
+    ChildDescription description;
+    description.executable = m_executable;
+    description.arguments = m_arguments;
+    description.standardInput = StandardStream::nullDevice();
+    description.standardOutput = StandardStream::from(output.get());
+    description.standardError = StandardStream::from(error.get());
+
+    Descriptor readSide;
+    if (m_text) {
+        m_unwritten = (*m_text + u'\n').toUtf8();
+        std::array<int, 2> pipe = {-1, -1};
+        if (::pipe2(pipe.data(), O_CLOEXEC) != 0)
+            throw std::system_error(errno, std::generic_category(), "Cannot make a pipe");
+        readSide = Descriptor(pipe[0]);
+        m_input = Descriptor(pipe[1]);
+        ::fcntl(m_input.get(), F_SETFL, O_NONBLOCK);
+        description.standardInput = StandardStream::from(readSide.get());
+    }
+    m_child = ChildProcess::launch(description);
+    m_started = Clock::now();
+}
+
+bool Command::writeInput()
+{
+    const SigpipeBlock block;
+    while (!m_unwritten.isEmpty()) {
+        const ssize_t count = ::write(m_input.get(), m_unwritten.constData(), static_cast<size_t>(m_unwritten.size()));
+        if (count >= 0) {
+            m_unwritten.remove(0, count);
+        } else if (errno == EAGAIN) {
+            return false;
+        } else if (errno != EINTR) {
+            const int number = errno;
+            m_child->abandon();
+            throw std::system_error(number, std::generic_category(),
+                                    "Cannot write to " + QFile::encodeName(m_executable).toStdString());
+        }
+    }
+    m_input.close();
+    m_started = Clock::now();
+    return true;
+}
+
+CommandResult Command::collect() const
+{
+    const std::optional<qint64> size = m_directory->size(outputName);
+    if (size > outputLimit)
+        throw ToolError::message(u"Command output was too large to display safely."_s);
+    const QByteArray output = m_directory->read(outputName, size);
+    QByteArray error;
+    try {
+        error = m_directory->read(errorName);
+    } catch (const std::system_error &) {
+        // What cannot be read is shown as nothing.
+    }
+    return {m_child->status().value_or(0), output, decodeUtf8(error)};
+}
+
+void Command::release()
+{
+    m_child.reset();
+    m_input.close();
+    m_directory.reset();
+}
+
+/// The end of a time-out that began at `start`.
+Clock::time_point deadline(Clock::time_point start, std::chrono::duration<double> timeout)
+{
+    // A time-out that is no number has passed as well.
+    if (!(timeout > 0s))
+        return start;
+    return start + std::chrono::duration_cast<Clock::duration>(std::min(timeout, longestTimeout));
+}
+
+QCoro::Task<> start(Command *command)
+{
+    OnWorker launch(Workers::pool(), [command] {
+        command->launch();
+        return command->writeInput();
+    });
+    bool written = co_await launch;
+    while (!written) {
+        {
+            Readiness room(command->inputDescriptor(), QSocketNotifier::Write, Clock::time_point::max());
+            co_await room;
+        }
+        OnWorker write(Workers::pool(), [command] { return command->writeInput(); });
+        written = co_await write;
+    }
+}
+
+/// Sees the child to its end: its own, or the one that its time-out sets.
+QCoro::Task<> finish(Command *command, std::chrono::duration<double> timeout)
+{
+    const bool finished = co_await command->child().waitForExit(deadline(command->started(), timeout));
+    if (finished)
+        co_return;
+    command->child().terminate();
+    const bool terminated = co_await command->child().waitForExit(Clock::now() + terminationGrace);
+    if (!terminated) {
+        command->child().kill();
+        co_await command->child().waitForExit();
+    }
+    throw ToolError::message(u"The Android command timed out. Check the phone connection and try again."_s);
+}
+
+QCoro::Task<CommandResult> execute(Command *command, std::chrono::duration<double> timeout)
+{
+    co_await start(command);
+    co_await finish(command, timeout);
+    OnWorker collect(Workers::pool(), [command] { return command->collect(); });
+    CommandResult result = co_await collect;
+    co_return result;
+}
+
+} // namespace
+
+QCoro::Task<CommandResult> CommandRunner::run(QString executable, QStringList arguments, std::optional<QString> input,
+                                              std::chrono::duration<double> timeout)
+{
+    Command command(std::move(executable), std::move(arguments), std::move(input));
+    std::optional<CommandResult> result;
+    std::exception_ptr failure;
+    try {
+        result = co_await execute(&command, timeout);
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    OnWorker release(Workers::pool(), [&command] { command.release(); });
+    co_await release;
+    if (failure)
+        std::rethrow_exception(failure);
+    co_return *std::move(result);
+}
+
+} // namespace varda

@@ -21,7 +21,7 @@
 
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -35,6 +35,19 @@ constexpr auto pollInterval = 50ms;
 
 /// Stands for a status that the system could not tell.
 constexpr qint32 unknownStatus = -1;
+
+// The C library's own declarations of these two calls (2.36) lack C linkage.
+
+/// -1 where the kernel has no pidfd. The descriptor is close-on-exec.
+int openPidfd(pid_t pid)
+{
+    return static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
+}
+
+bool sendSignal(int pidfd, int number)
+{
+    return ::syscall(SYS_pidfd_send_signal, pidfd, number, nullptr, 0) == 0;
+}
 
 /// Waits for `pid` without or, with WNOHANG, instead of blocking. Absent while the child runs.
 std::optional<qint32> reap(pid_t pid, int options)
@@ -68,7 +81,7 @@ struct ChildProcess::State
         if (!running())
             return;
         // Until it is reaped, the identifier cannot have passed to another process.
-        if (!pidfd || ::pidfd_send_signal(pidfd.get(), number, nullptr, 0) != 0)
+        if (!pidfd || !sendSignal(pidfd.get(), number))
             ::kill(pid, number);
     }
 
@@ -290,7 +303,7 @@ ChildProcess ChildProcess::launch(const ChildDescription &description)
     check(::posix_spawn(&state->pid, path.constData(), actions.get(), attributes.get(), arguments.data(),
                         environment.data()),
           what);
-    state->pidfd = Descriptor(::pidfd_open(state->pid, 0));
+    state->pidfd = Descriptor(openPidfd(state->pid));
     return ChildProcess(std::move(state));
 }
 

@@ -61,6 +61,8 @@ Phone::~Phone()
 {
     m_server.close();
     breakConnections();
+    // Their services use this object, so they must go before its members do.
+    qDeleteAll(findChildren<Connection *>(Qt::FindDirectChildrenOnly));
 }
 
 QString Phone::listen()

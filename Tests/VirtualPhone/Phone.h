@@ -11,9 +11,12 @@
 #include "Services/ReverseForwards.h"
 
 #include <QElapsedTimer>
+#include <QHash>
 #include <QTcpServer>
 
 namespace varda::phone {
+
+class MirrorServer;
 
 enum class PhoneState { Device, Unauthorized, Recovery, Sideload, Offline };
 
@@ -60,6 +63,9 @@ public:
     Faults &faults() { return m_faults; }
     ServiceLog &log() { return m_log; }
     ReverseForwards &forwards() { return m_forwards; }
+    /// Who listens on which local socket of the phone, such as "localabstract:scrcpy". They enter and leave by
+    /// themselves.
+    QHash<QByteArray, MirrorServer *> &listeners() { return m_listeners; }
 
 private:
     void take(QTcpSocket *socket);
@@ -74,6 +80,7 @@ private:
     Faults m_faults;
     Device m_device;
     ReverseForwards m_forwards;
+    QHash<QByteArray, MirrorServer *> m_listeners;
     QTcpServer m_server;
     QList<Connection *> m_connections;
 };

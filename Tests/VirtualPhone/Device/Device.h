@@ -1,6 +1,7 @@
 // Device: what the phone is and holds: its names, its apps and their processes, its log and its touch screen.
 #pragma once
 
+#include "Device/FileStore.h"
 #include "Device/SystemLog.h"
 
 #include <QList>
@@ -61,6 +62,7 @@ public:
     void goHome() { m_foreground.clear(); }
 
     SystemLog &log() { return m_log; }
+    FileStore &files() { return m_files; }
 
 private:
     App *find(const QString &package);
@@ -73,6 +75,7 @@ private:
     QString m_typed;
     qint64 m_lastPid;
     SystemLog m_log;
+    FileStore m_files;
 };
 
 /// The class named by a component's second part: ".Main" of package "a.b" is "a.b.Main".

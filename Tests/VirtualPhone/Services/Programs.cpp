@@ -48,9 +48,16 @@ void runGetprop(const Invocation &invocation)
 Program findProgram(const QString &name)
 {
     static const QMap<QString, Program> programs = {
-        {u"am"_s, runActivityManager},  {u"cat"_s, runCat},     {u"cmd"_s, runCmd},
-        {u"echo"_s, runEcho},           {u"exit"_s, runExit},   {u"getprop"_s, runGetprop},
-        {u"logcat"_s, runLogcat},       {u"pidof"_s, runPidof}, {u"pm"_s, runPackageManager},
+        {u"am"_s, runActivityManager},
+        {u"app_process"_s, runAppProcess},
+        {u"cat"_s, runCat},
+        {u"cmd"_s, runCmd},
+        {u"echo"_s, runEcho},
+        {u"exit"_s, runExit},
+        {u"getprop"_s, runGetprop},
+        {u"logcat"_s, runLogcat},
+        {u"pidof"_s, runPidof},
+        {u"pm"_s, runPackageManager},
         {u"screencap"_s, runScreencap},
     };
     return programs.value(name, nullptr);

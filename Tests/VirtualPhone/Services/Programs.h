@@ -24,6 +24,9 @@ void runInstall(const Invocation &invocation);
 // LogcatProgram.cpp
 void runLogcat(const Invocation &invocation);
 
+// AppProcessProgram.cpp
+void runAppProcess(const Invocation &invocation);
+
 // ScreencapProgram.cpp
 void runScreencap(const Invocation &invocation);
 

@@ -1,11 +1,13 @@
 #include "Services/ServiceTable.h"
 
 #include "Adb/Stream.h"
+#include "Mirror/MirrorServer.h"
 #include "Phone.h"
 #include "Services/ReverseService.h"
 #include "Services/ScriptedAnswer.h"
 #include "Services/ServiceRecord.h"
 #include "Services/ShellService.h"
+#include "Services/SyncService.h"
 
 #include <QTimer>
 
@@ -20,13 +22,25 @@ namespace {
 /// Starts a conversation over an accepted stream; ownership is the stream's.
 using Starter = std::function<void(Phone &, Stream &, ServiceRecord &)>;
 
+/// A stream to a socket that a program on the phone listens on.
+void connectToListener(Phone &phone, Stream &stream, ServiceRecord &)
+{
+    MirrorServer *listener = phone.listeners().value(stream.destination());
+    if (listener == nullptr || !listener->take(stream))
+        stream.close();
+}
+
 /// The service of that name, or nothing.
 Starter findService(const QByteArray &name)
 {
     if (name.startsWith("shell,") || name.startsWith("shell:") || name.startsWith("exec:"))
         return [](Phone &phone, Stream &stream, ServiceRecord &record) { new ShellService(phone, stream, record); };
+    if (name.startsWith("sync:"))
+        return [](Phone &phone, Stream &stream, ServiceRecord &record) { new SyncService(phone, stream, record); };
     if (name.startsWith("reverse:"))
         return answerReverse;
+    if (name.startsWith("localabstract:"))
+        return connectToListener;
     return {};
 }
 

@@ -1,0 +1,23 @@
+// QuitSignals: ends the program in order when the system or a terminal asks it to end.
+#pragma once
+
+#include <QObject>
+
+namespace varda {
+
+/// Emits `received` in the event loop after SIGTERM, SIGINT or SIGHUP; one that was ignored when the program started
+/// (`nohup`) stays ignored. One object at a time; its destructor restores the signals' former actions.
+class QuitSignals final : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit QuitSignals(QObject *parent = nullptr);
+    ~QuitSignals() override;
+    Q_DISABLE_COPY_MOVE(QuitSignals)
+
+Q_SIGNALS:
+    void received();
+};
+
+} // namespace varda

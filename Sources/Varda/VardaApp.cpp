@@ -1,0 +1,88 @@
+// VardaApp: see the header.
+#include "Varda/VardaApp.h"
+
+#include "Varda/QuitSignals.h"
+#include "Varda/View/AboutPane.h"
+#include "Varda/View/Icon.h"
+#include "Varda/View/QtFileDialogs.h"
+#include "Varda/View/VardaStyle.h"
+#include "Varda/View/VardaView.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QScreen>
+#include <QSettings>
+
+namespace varda {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+void quit()
+{
+    QCoreApplication::exit(0);
+}
+
+/// What has to stand before the first window: who the program is on the desktop, and how it looks.
+std::unique_ptr<VardaView> makeView(std::shared_ptr<VardaModel> model)
+{
+    QCoreApplication::setApplicationName(u"varda"_s);
+    QGuiApplication::setApplicationDisplayName(u"Varda"_s);
+    QGuiApplication::setDesktopFileName(u"varda"_s);
+    // Qt's file dialog would keep its history and its layout in a settings file; this program writes none.
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, u"/dev/null"_s);
+    VardaStyle::install();
+    QGuiApplication::setWindowIcon(applicationIcon());
+    return std::make_unique<VardaView>(std::move(model));
+}
+
+} // namespace
+
+VardaApp::VardaApp(int &argc, char **argv)
+    : m_application(argc, argv)
+    , m_model(VardaModel::create(std::make_unique<QtFileDialogs>()))
+    , m_view(makeView(m_model))
+    , m_about(std::make_unique<AboutPane>())
+{
+    fillApplicationMenu();
+    QObject::connect(m_view.get(), &VardaView::closed, &m_application, quit);
+    QObject::connect(new QuitSignals(&m_application), &QuitSignals::received, &m_application, quit);
+    QObject::connect(&m_application, &QCoreApplication::aboutToQuit, m_model.get(), &VardaModel::stop);
+}
+
+VardaApp::~VardaApp() = default;
+
+void VardaApp::fillApplicationMenu()
+{
+    QMenu *menu = m_view->applicationMenu();
+    menu->addSeparator();
+    QAction *about = menu->addAction(u"About Varda"_s);
+    about->setObjectName(u"aboutAction"_s);
+    about->setShortcut(QKeySequence(u"F1"_s));
+    QObject::connect(about, &QAction::triggered, m_about.get(), &AboutPane::present);
+    QAction *leave = menu->addAction(u"Quit"_s);
+    leave->setObjectName(u"quitAction"_s);
+    leave->setShortcut(QKeySequence(u"Ctrl+Q"_s));
+    QObject::connect(leave, &QAction::triggered, &m_application, quit);
+
+    m_view->addAction(about);
+    m_view->addEverywhere(leave);
+    m_about->addAction(leave);
+}
+
+/// Shows the window at its first size, or as large as the screen allows.
+void VardaApp::showWindow()
+{
+    const QSize available = m_view->screen()->availableSize();
+    m_view->resize(m_view->size().boundedTo(available).expandedTo(m_view->minimumSize()));
+    m_view->show();
+}
+
+int VardaApp::run()
+{
+    showWindow();
+    m_model->start();
+    return QApplication::exec();
+}
+
+} // namespace varda

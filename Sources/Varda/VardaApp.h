@@ -1,0 +1,38 @@
+// VardaApp: the shell. It owns the one model, the workspace window and the About window, and decides when the model
+// starts and stops.
+#pragma once
+
+#include "Varda/Model/VardaModel.h"
+
+#include <QApplication>
+
+#include <memory>
+
+namespace varda {
+
+class AboutPane;
+class VardaView;
+
+/// One per process. Closing the window, "Quit", and SIGTERM, SIGINT and SIGHUP all end the event loop; the model is
+/// stopped once, when it has ended.
+class VardaApp final
+{
+public:
+    VardaApp(int &argc, char **argv);
+    ~VardaApp();
+    Q_DISABLE_COPY_MOVE(VardaApp)
+
+    /// Shows the window, starts the model and runs until the program is to end; answers its exit status.
+    int run();
+
+private:
+    void fillApplicationMenu();
+    void showWindow();
+
+    QApplication m_application;
+    const std::shared_ptr<VardaModel> m_model;
+    const std::unique_ptr<VardaView> m_view;
+    const std::unique_ptr<AboutPane> m_about;
+};
+
+} // namespace varda

@@ -1,0 +1,67 @@
+// AboutPane: see the header.
+#include "Varda/View/AboutPane.h"
+
+#include "Varda/View/Button.h"
+#include "Varda/View/Labels.h"
+#include "Varda/View/PlainText.h"
+#include "Varda/View/Theme.h"
+
+#include <QDesktopServices>
+#include <QUrl>
+#include <QVBoxLayout>
+
+namespace varda {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr int paneWidth = 520;
+constexpr int padding = 30;
+constexpr int spacing = 14;
+constexpr int linkInset = 4;
+
+} // namespace
+
+AboutPane::AboutPane(QWidget *parent)
+    : QDialog(parent)
+{
+    setObjectName(u"aboutPane"_s);
+    setWindowTitle(u"About Varda"_s);
+    setFixedWidth(paneWidth);
+    QLabel *title = makeText(u"Varda by Halvex"_s, theme::font(theme::title2Size, QFont::Bold), theme::text, this);
+    title->setObjectName(u"aboutTitle"_s);
+    QLabel *build = makeText(u"Local development build · Apple Silicon · macOS 13+"_s, theme::font(theme::bodySize),
+                             theme::text, this);
+    build->setObjectName(u"aboutBuild"_s);
+    QLabel *text = makeText(u"ADB and scrcpy run locally. No account, cloud relay or analytics. Phone access requires "
+                            "your Android USB debugging authorization. Wi-Fi uses Android’s pairing-code workflow."_s,
+                            theme::font(theme::bodySize), theme::secondaryText, this);
+    text->setObjectName(u"aboutText"_s);
+    auto *link = new Button(Button::Kind::Link, u"Android debugging documentation"_s, std::nullopt, this);
+    link->setObjectName(u"aboutLink"_s);
+    const QUrl page(u"https://developer.android.com/tools/adb"_s);
+    setPlainToolTip(link, page.toString());
+    QObject::connect(link, &Button::clicked, this, [page] { QDesktopServices::openUrl(page); });
+
+    auto *foot = new QHBoxLayout; // a link's own inset is outside the column
+    foot->setContentsMargins(-linkInset, -linkInset, 0, 0);
+    foot->addWidget(link);
+    foot->addStretch(1);
+    auto *stack = new QVBoxLayout(this);
+    stack->setContentsMargins(padding, padding, padding, padding - linkInset);
+    stack->setSpacing(spacing);
+    stack->setSizeConstraint(QLayout::SetMinAndMaxSize);
+    stack->addWidget(title);
+    stack->addWidget(build);
+    stack->addWidget(text);
+    stack->addLayout(foot);
+}
+
+void AboutPane::present()
+{
+    show();
+    raise();
+    activateWindow();
+}
+
+} // namespace varda

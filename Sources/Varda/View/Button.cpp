@@ -1,0 +1,23 @@
+// Button: see the header.
+#include "Varda/View/Button.h"
+
+#include "Varda/View/Theme.h"
+
+namespace varda {
+
+Button::Button(Kind kind, const QString &text, std::optional<Icon> icon, QWidget *parent)
+    : QPushButton(text, parent)
+    , m_kind(kind)
+{
+    setFont(theme::font(theme::bodySize, kind == Kind::Primary ? QFont::DemiBold : QFont::Medium));
+    setAutoDefault(false);
+    setAttribute(Qt::WA_Hover);
+    setFocusPolicy(Qt::StrongFocus);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    if (kind == Kind::Link)
+        setCursor(Qt::PointingHandCursor);
+    if (icon)
+        setIcon(varda::icon(*icon));
+}
+
+} // namespace varda

@@ -1,0 +1,74 @@
+// Commands: see the header.
+#include "Varda/View/Commands.h"
+
+#include "Varda/View/Icon.h"
+#include "Varda/View/PlainText.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QPushButton>
+#include <QTimer>
+
+namespace varda {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+QAction *makeAction(QWidget &window, const QString &name, Icon icon, const QString &text,
+                    const QList<QKeySequence> &keys)
+{
+    auto *action = new QAction(varda::icon(icon), text, &window);
+    action->setObjectName(name);
+    action->setShortcuts(keys);
+    window.addAction(action);
+    return action;
+}
+
+QCoro::Task<> refreshKeeping(std::shared_ptr<VardaModel> model)
+{
+    co_await model->refresh();
+}
+
+} // namespace
+
+Commands::Commands(VardaModel &model, QWidget &window)
+    : QObject(&window)
+    , chooseBuild(makeAction(window, u"chooseAction"_s, Icon::Box, u"Choose APK"_s, {QKeySequence(u"Ctrl+O"_s)}))
+    , refresh(makeAction(window, u"refreshAction"_s, Icon::Refresh, u"Refresh devices"_s,
+                         {QKeySequence(u"F5"_s), QKeySequence(u"Ctrl+R"_s)}))
+    , wireless(makeAction(window, u"wirelessAction"_s, Icon::Wifi, u"Connect over Wi-Fi"_s,
+                          {QKeySequence(u"Ctrl+Shift+W"_s)}))
+    , exportLogs(makeAction(window, u"exportAction"_s, Icon::Terminal, u"Export console"_s,
+                            {QKeySequence(u"Ctrl+S"_s), QKeySequence(u"Ctrl+E"_s)}))
+    , m_model(model)
+{
+    QObject::connect(chooseBuild, &QAction::triggered, this, [this] { m_model.chooseAPK(); });
+    QObject::connect(refresh, &QAction::triggered, this, [this] { refreshDevices(m_model); });
+    QObject::connect(wireless, &QAction::triggered, this, [this] { m_model.wireless = true; });
+    QObject::connect(exportLogs, &QAction::triggered, this, [this] { m_model.exportLogs(); });
+}
+
+void Commands::render()
+{
+    refresh->setEnabled(!m_model.busy());
+    wireless->setEnabled(!m_model.busy());
+    exportLogs->setEnabled(!m_model.logs().isEmpty());
+}
+
+void Commands::addTo(QMenu &menu) const
+{
+    menu.addActions({chooseBuild, refresh, wireless, exportLogs});
+}
+
+void refreshDevices(VardaModel &model)
+{
+    QTimer::singleShot(0, &model, [kept = model.shared_from_this()] { refreshKeeping(kept); });
+}
+
+void describe(QPushButton &button, const QString &words, const QAction *action)
+{
+    setPlainToolTip(&button,
+                    action ? words + u" (" + action->shortcut().toString(QKeySequence::NativeText) + u')' : words);
+}
+
+} // namespace varda

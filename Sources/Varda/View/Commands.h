@@ -1,0 +1,42 @@
+// Commands: the window's keyboard shortcuts, as actions that the application menu lists and whose keys the tooltips
+// of the buttons name.
+#pragma once
+
+#include "Varda/Model/VardaModel.h"
+
+class QAction;
+class QMenu;
+class QPushButton;
+
+namespace varda {
+
+/// Each action does what its button does, and is enabled in the same conditions.
+class Commands final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// The actions' keys work in `window`.
+    Commands(VardaModel &model, QWidget &window);
+
+    void render();
+
+    /// Lists the actions at the top of `menu`.
+    void addTo(QMenu &menu) const;
+
+    QAction *const chooseBuild;
+    QAction *const refresh;
+    QAction *const wireless;
+    QAction *const exportLogs;
+
+private:
+    VardaModel &m_model;
+};
+
+/// Lists the devices, detached from whoever asks for it; keeps `model` alive for as long.
+void refreshDevices(VardaModel &model);
+
+/// Gives `button` a tooltip that says what it does and by which key.
+void describe(QPushButton &button, const QString &words, const QAction *action = nullptr);
+
+} // namespace varda

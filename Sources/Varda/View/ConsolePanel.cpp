@@ -1,0 +1,70 @@
+// ConsolePanel: see the header.
+#include "Varda/View/ConsolePanel.h"
+
+#include "Varda/View/Button.h"
+#include "Varda/View/Commands.h"
+#include "Varda/View/Conditions.h"
+#include "Varda/View/ConsoleText.h"
+#include "Varda/View/Labels.h"
+#include "Varda/View/Theme.h"
+
+#include <QVBoxLayout>
+
+namespace varda {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr int headingIcon = 16;
+constexpr int stackSpacing = 10;
+
+} // namespace
+
+ConsolePanel::ConsolePanel(VardaModel &model, const Commands &commands, QWidget *parent)
+    : QWidget(parent)
+    , m_model(model)
+    , m_toggle(new Button(Button::Kind::Compact, u"Start logs"_s, std::nullopt, this))
+    , m_export(new Button(Button::Kind::Compact, u"Export"_s, std::nullopt, this))
+    , m_text(new ConsoleText(this))
+{
+    setObjectName(u"consolePanel"_s);
+    m_toggle->setObjectName(u"logsButton"_s);
+    m_export->setObjectName(u"exportButton"_s);
+    m_text->setObjectName(u"consoleText"_s);
+    m_text->setAccessibleName(u"Device console"_s);
+    describe(*m_export, u"Save what the console shows"_s, commands.exportLogs);
+    QObject::connect(m_toggle, &Button::clicked, this, [this] { m_model.logging = !m_model.logging(); });
+    QObject::connect(m_export, &Button::clicked, this, [this] { m_model.exportLogs(); });
+
+    auto *heading = new IconLabel(Icon::Terminal, headingIcon, u"DEVICE CONSOLE"_s,
+                                  theme::font(theme::captionSize, QFont::DemiBold), this);
+    heading->setObjectName(u"consoleHeading"_s);
+    QLabel *footer = makeText(u"Latest 350 lines · refreshes every 2.5s"_s, theme::font(theme::captionSize),
+                              theme::secondaryText, this);
+    footer->setObjectName(u"consoleFooter"_s);
+
+    auto *title = new QHBoxLayout;
+    title->setSpacing(8);
+    title->addWidget(heading);
+    title->addStretch(1);
+    title->addWidget(m_toggle);
+    title->addWidget(m_export);
+    auto *stack = new QVBoxLayout(this);
+    stack->setContentsMargins(0, 0, 0, 0);
+    stack->setSpacing(stackSpacing);
+    stack->addLayout(title);
+    stack->addWidget(m_text);
+    stack->addWidget(footer);
+}
+
+void ConsolePanel::render()
+{
+    m_toggle->setText(m_model.logging() ? u"Pause logs"_s : u"Start logs"_s);
+    m_toggle->setEnabled(isReady(m_model));
+    m_export->setEnabled(!m_model.logs().isEmpty());
+    m_text->show(m_model.logs().isEmpty()
+                     ? u"Device output will appear here. Enter a package ID to limit logs to your running app."_s
+                     : m_model.logs());
+}
+
+} // namespace varda

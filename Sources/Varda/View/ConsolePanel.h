@@ -1,0 +1,29 @@
+// ConsolePanel: the device console with its controls.
+#pragma once
+
+#include "Varda/Model/VardaModel.h"
+
+#include <QWidget>
+
+namespace varda {
+
+class Button;
+class Commands;
+class ConsoleText;
+
+class ConsolePanel final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    ConsolePanel(VardaModel &model, const Commands &commands, QWidget *parent = nullptr);
+    void render();
+
+private:
+    VardaModel &m_model;
+    Button *m_toggle;
+    Button *m_export;
+    ConsoleText *m_text;
+};
+
+} // namespace varda

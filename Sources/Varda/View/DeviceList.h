@@ -1,0 +1,45 @@
+// DeviceList: the attached devices as an exclusive list, or a word of patience.
+#pragma once
+
+#include "Varda/Model/VardaModel.h"
+
+#include <QScrollArea>
+
+class QLabel;
+class QVBoxLayout;
+
+namespace varda {
+
+class DeviceRow;
+
+/// As high as its rows; scrolls where the side column has no room for them. Arrow keys move between the rows.
+class DeviceList final : public QScrollArea
+{
+    Q_OBJECT
+
+public:
+    /// The rows follow `tabPredecessor` in the tab order.
+    DeviceList(VardaModel &model, QWidget *tabPredecessor, QWidget *parent = nullptr);
+
+    /// Rows whose device stays are kept, with their focus; equal devices repaint nothing.
+    void render();
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    DeviceRow *takeRow(QList<DeviceRow *> &former, const QString &id);
+    void arrange(const QList<DeviceRow *> &rows);
+
+    VardaModel &m_model;
+    QWidget *m_tabPredecessor;
+    QWidget *m_content;
+    QVBoxLayout *m_stack;
+    QLabel *m_waiting;
+    QList<DeviceRow *> m_rows;
+};
+
+} // namespace varda

@@ -1,0 +1,122 @@
+// DeviceRow: see the header.
+#include "Varda/View/DeviceRow.h"
+
+#include "Varda/View/Icon.h"
+#include "Varda/View/PlainText.h"
+#include "Varda/View/Theme.h"
+#include "Varda/View/VardaStyle.h"
+
+#include <QAccessible>
+#include <QPainter>
+
+namespace varda {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr int padding = 12;
+constexpr int deviceIcon = 22;
+constexpr int gap = 12;
+constexpr int lineGap = 3;
+
+} // namespace
+
+DeviceRow::DeviceRow(QWidget *parent)
+    : QAbstractButton(parent)
+{
+    setObjectName(u"deviceRow"_s);
+    setCheckable(true);
+    setFont(theme::font(theme::bodySize));
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_Hover);
+    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+}
+
+void DeviceRow::show(const AndroidDevice &device, bool selected)
+{
+    setChecked(selected);
+    if (device == m_device)
+        return;
+    m_device = device;
+    const QStringList facts{device.name, device.transport(), device.id, device.state};
+    setAccessibleName(visibleLine(facts.join(u", "_s)));
+    setPlainToolTip(this, facts.join(u'\n'));
+    updateGeometry();
+    update();
+}
+
+int DeviceRow::Lines::height() const
+{
+    return QFontMetrics(name).height() + QFontMetrics(transport).height() + QFontMetrics(serial).height() + 2 * lineGap;
+}
+
+DeviceRow::Lines DeviceRow::lines() const
+{
+    QFont serial = theme::relative(font(), theme::tagSize);
+    serial.setFamilies(theme::monospaced(theme::tagSize).families());
+    return {theme::relative(font(), theme::bodySize, QFont::DemiBold), theme::relative(font(), theme::captionSize),
+            serial};
+}
+
+QSize DeviceRow::sizeHint() const
+{
+    return {theme::sideWidth - 2 * theme::sidePadding, lines().height() + 2 * padding};
+}
+
+QSize DeviceRow::minimumSizeHint() const
+{
+    return {0, sizeHint().height()};
+}
+
+void DeviceRow::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    const bool hovered = underMouse() && isEnabled();
+    QColor fill = hovered ? theme::rowHover : theme::rowFill;
+    if (isChecked())
+        fill = hovered ? theme::rowSelectedHover : theme::rowSelected;
+    if (isDown())
+        fill = isChecked() ? theme::rowSelected : theme::rowFill;
+    paintRounded(painter, rect(), theme::rowRadius, fill, hasFocus() ? theme::accent : QColor(Qt::transparent),
+                 theme::focusRing);
+
+    const QRect inside = rect().adjusted(padding, padding, -padding, -padding);
+    const QRectF iconArea(inside.x(), inside.y() + (inside.height() - deviceIcon) / 2.0, deviceIcon, deviceIcon);
+    paintIcon(painter, m_device.emulator() ? Icon::Desktop : Icon::Phone, iconArea,
+              isChecked() ? theme::accent : theme::text);
+    paintTexts(painter, inside.adjusted(deviceIcon + gap, 0, -theme::statusDot - gap, 0));
+
+    // Ready is a disc, everything else a diamond: the colour alone would not tell everyone.
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(m_device.ready() ? theme::accent : theme::attention);
+    const double size = theme::statusDot;
+    const QRectF dot(inside.right() + 1 - size, inside.y() + (inside.height() - size) / 2.0, size, size);
+    if (m_device.ready())
+        painter.drawEllipse(dot);
+    else
+        painter.drawConvexPolygon(QPolygonF({{dot.center().x(), dot.top()},
+                                             {dot.right(), dot.center().y()},
+                                             {dot.center().x(), dot.bottom()},
+                                             {dot.left(), dot.center().y()}}));
+}
+
+void DeviceRow::paintTexts(QPainter &painter, const QRect &area) const
+{
+    const Lines fonts = lines();
+    int y = area.y() + (area.height() - fonts.height()) / 2;
+    const auto line = [&](const QFont &font, const QColor &colour, const QString &text, Qt::TextElideMode mode) {
+        const QFontMetrics metrics(font);
+        painter.setFont(font);
+        painter.setPen(colour);
+        painter.drawText(QRect(area.x(), y, area.width(), metrics.height()),
+                         Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+                         metrics.elidedText(visibleLine(text), mode, area.width()));
+        y += metrics.height() + lineGap;
+    };
+    line(fonts.name, theme::text, m_device.name, Qt::ElideRight);
+    line(fonts.transport, theme::secondaryText, m_device.transport(), Qt::ElideRight);
+    line(fonts.serial, theme::secondaryText, m_device.id, Qt::ElideMiddle);
+}
+
+} // namespace varda

@@ -1,0 +1,131 @@
+// DropZone: see the header.
+#include "Varda/View/DropZone.h"
+
+#include "Varda/View/Labels.h"
+#include "Varda/View/Theme.h"
+
+#include <QDragEnterEvent>
+#include <QFileInfo>
+#include <QMimeData>
+#include <QPainter>
+#include <QTimer>
+
+namespace varda {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr int padding = 20;
+constexpr int iconSize = 32;
+constexpr int iconGap = 18;
+constexpr int fileIcon = 16;
+constexpr double dashLength = 4.0;
+
+/// The chosen build's mark, which has no text of its own.
+class FileMark final : public QWidget
+{
+public:
+    explicit FileMark(QWidget *parent)
+        : QWidget(parent)
+    {
+        setFixedSize(fileIcon, fileIcon);
+    }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        paintIcon(painter, Icon::File, rect(), theme::accent);
+    }
+};
+
+} // namespace
+
+std::optional<QUrl> firstFile(const QMimeData &data)
+{
+    const QByteArray list = data.data(u"text/uri-list"_s);
+    for (const QByteArray &line : list.split('\n')) {
+        const QByteArray address = line.trimmed();
+        if (address.isEmpty() || address.startsWith('#'))
+            continue;
+        const QUrl url = QUrl::fromEncoded(address);
+        return url.isValid() && url.isLocalFile() ? std::optional(url) : std::nullopt;
+    }
+    return std::nullopt;
+}
+
+DropZone::DropZone(VardaModel &model, QWidget *parent)
+    : Surface(theme::white(0.025), Qt::transparent, theme::rowRadius, parent)
+    , m_model(model)
+    , m_chosen(new QWidget(this))
+    , m_fileName(new ElidedLabel(Qt::ElideMiddle, m_chosen))
+{
+    setObjectName(u"dropZone"_s);
+    setAcceptDrops(true);
+    QLabel *heading =
+        makeText(u"Drop your APK here"_s, theme::font(theme::headlineSize, QFont::DemiBold), theme::text, this);
+    heading->setObjectName(u"dropHeading"_s);
+    QLabel *text = makeText(u"Install an Android development build on the selected device. Updates keep the app’s "
+                            "existing data."_s,
+                            theme::font(theme::bodySize), theme::secondaryText, this);
+    text->setObjectName(u"dropText"_s);
+
+    m_fileName->setObjectName(u"apkName"_s);
+    m_fileName->setFont(theme::font(theme::bodySize, QFont::DemiBold));
+    auto *chosen = new QHBoxLayout(m_chosen);
+    chosen->setContentsMargins(0, 4, 0, 0);
+    chosen->setSpacing(8);
+    chosen->addWidget(new FileMark(m_chosen));
+    chosen->addWidget(m_fileName, 1);
+    m_chosen->hide();
+
+    auto *stack = new QVBoxLayout(this);
+    stack->setContentsMargins(padding + iconSize + iconGap, padding, padding, padding);
+    stack->setSpacing(4);
+    stack->addWidget(heading);
+    stack->addWidget(text);
+    stack->addWidget(m_chosen);
+}
+
+void DropZone::render()
+{
+    const auto build = m_model.apk();
+    if (build) {
+        const QString path = build->toLocalFile();
+        m_fileName->show(QFileInfo(path).fileName(), path);
+    }
+    m_chosen->setVisible(build.has_value());
+}
+
+void DropZone::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (firstFile(*event->mimeData()))
+        event->acceptProposedAction();
+    else
+        event->ignore();
+}
+
+void DropZone::dropEvent(QDropEvent *event)
+{
+    const auto file = firstFile(*event->mimeData());
+    if (!file) {
+        event->ignore();
+        return;
+    }
+    event->acceptProposedAction();
+    QTimer::singleShot(0, this, [this, build = *file] { m_model.acceptAPK(build); });
+}
+
+void DropZone::paintEvent(QPaintEvent *event)
+{
+    Surface::paintEvent(event);
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QPen pen(theme::white(0.22), 1.25);
+    pen.setDashPattern({dashLength, dashLength});
+    painter.setPen(pen);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.75, 0.75, -0.75, -0.75), theme::rowRadius, theme::rowRadius);
+    paintIcon(painter, Icon::Drop, QRectF(padding, (height() - iconSize) / 2.0, iconSize, iconSize), theme::accent);
+}
+
+} // namespace varda

@@ -1,0 +1,41 @@
+// DropZone: where a build is dropped.
+#pragma once
+
+#include "Varda/Model/VardaModel.h"
+#include "Varda/View/Panel.h"
+
+#include <optional>
+
+class QMimeData;
+
+namespace varda {
+
+class ElidedLabel;
+
+/// The location that a drag carries in first place, if it is a file's; the other items of the drag are ignored. The
+/// bytes are read as RFC 2483 has it: one address a line, comments begin with "#".
+std::optional<QUrl> firstFile(const QMimeData &data);
+
+/// Takes drags of files, shows no sign while one hovers, and hands the first file to the model on the next turn of the
+/// event loop. Refuses everything else silently.
+class DropZone final : public Surface
+{
+    Q_OBJECT
+
+public:
+    explicit DropZone(VardaModel &model, QWidget *parent = nullptr);
+
+    void render();
+
+protected:
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    VardaModel &m_model;
+    QWidget *m_chosen;
+    ElidedLabel *m_fileName;
+};
+
+} // namespace varda

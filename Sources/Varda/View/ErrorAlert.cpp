@@ -1,0 +1,82 @@
+// ErrorAlert: see the header.
+#include "Varda/View/ErrorAlert.h"
+
+#include "Varda/View/Button.h"
+#include "Varda/View/Labels.h"
+#include "Varda/View/Theme.h"
+
+#include <QVBoxLayout>
+#include <QWindow>
+
+namespace varda {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr int alertWidth = 460;
+constexpr int padding = 24;
+constexpr int spacing = 12;
+constexpr int iconSize = 22;
+constexpr int tallestText = 320;
+
+} // namespace
+
+ErrorAlert::ErrorAlert(QWidget *window)
+    : QDialog(window)
+    , m_text(new TextBlock(theme::font(theme::bodySize), theme::text, QAccessible::StaticText, this))
+{
+    setObjectName(u"alert"_s);
+    setWindowTitle(u"Varda"_s);
+    setWindowModality(Qt::WindowModal);
+    auto *title = new IconLabel(Icon::Warning, iconSize, u"Varda"_s, theme::font(theme::title2Size, QFont::Bold), this);
+    title->setObjectName(u"alertTitle"_s);
+    m_text->setObjectName(u"alertText"_s);
+    m_text->setMaximumTextHeight(tallestText);
+    auto *ok = new Button(Button::Kind::Primary, u"OK"_s, std::nullopt, this);
+    ok->setObjectName(u"alertButton"_s);
+    ok->setDefault(true);
+    ok->setMinimumWidth(88);
+    QObject::connect(ok, &Button::clicked, this, &QDialog::accept);
+
+    auto *message = new QHBoxLayout; // lines the text up with the title, in spite of its own inset
+    message->setContentsMargins(0, 0, 0, 0);
+    message->addSpacing(padding - TextBlock::inset);
+    message->addWidget(m_text);
+    message->addSpacing(padding - TextBlock::inset);
+    auto *head = new QHBoxLayout;
+    head->setContentsMargins(padding, 0, padding, 0);
+    head->addWidget(title);
+    auto *foot = new QHBoxLayout;
+    foot->setContentsMargins(padding, 4, padding, 0);
+    foot->addStretch(1);
+    foot->addWidget(ok);
+    auto *stack = new QVBoxLayout(this);
+    stack->setContentsMargins(0, padding, 0, padding - 4);
+    stack->setSpacing(spacing);
+    stack->setSizeConstraint(QLayout::SetFixedSize);
+    stack->addLayout(head);
+    stack->addLayout(message);
+    stack->addLayout(foot);
+    stack->addStrut(alertWidth);
+    ok->setFocus();
+}
+
+void ErrorAlert::present(const QString &text, QWidget *host)
+{
+    m_text->show(text);
+    if (isVisible())
+        return;
+    winId(); // the native window, which is then tied to the host's
+    if (QWindow *below = host->window()->windowHandle())
+        windowHandle()->setTransientParent(below);
+    open();
+    raise();
+    activateWindow();
+}
+
+void ErrorAlert::withdraw()
+{
+    hide();
+}
+
+} // namespace varda

@@ -1,0 +1,28 @@
+// ErrorAlert: the last failure, in front of everything else.
+#pragma once
+
+#include <QDialog>
+
+namespace varda {
+
+class TextBlock;
+
+/// A dialog that is opened, not executed. Emits `finished` when the person dismisses it by whatever means; neither
+/// `present` nor `withdraw` does.
+class ErrorAlert final : public QDialog
+{
+    Q_OBJECT
+
+public:
+    explicit ErrorAlert(QWidget *window);
+
+    /// Shows `text`, on top of `host` unless it is open already; `host` may be the main window, the sheet or a file
+    /// dialog.
+    void present(const QString &text, QWidget *host);
+    void withdraw();
+
+private:
+    TextBlock *m_text;
+};
+
+} // namespace varda

@@ -1,0 +1,167 @@
+// MainColumn: see the header.
+#include "Varda/View/MainColumn.h"
+
+#include "Varda/View/ConsolePanel.h"
+#include "Varda/View/DeviceCard.h"
+#include "Varda/View/Labels.h"
+#include "Varda/View/StatusLine.h"
+#include "Varda/View/Theme.h"
+#include "Varda/View/WorkPanels.h"
+
+#include <QEvent>
+#include <QVBoxLayout>
+
+namespace varda {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr int headerGap = 7;
+constexpr int focusMargin = 24;
+constexpr int badgePadding = 8;
+constexpr int tallestFloatingShare = 3; // of the column's height: one part in so many
+
+/// "LOCAL BUILD / 0.1" in a frame of its own.
+QWidget *makeBadge()
+{
+    auto *badge = new Surface(theme::faded(theme::accent, 0.10), theme::faded(theme::accent, 0.30), 6);
+    QLabel *text = makeText(u"LOCAL BUILD / 0.1"_s, theme::monospaced(theme::captionSize), theme::accent, badge);
+    text->setObjectName(u"badge"_s);
+    text->setWordWrap(false);
+    auto *row = new QHBoxLayout(badge);
+    row->setContentsMargins(badgePadding, badgePadding / 2, badgePadding, badgePadding / 2);
+    row->addWidget(text);
+    badge->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    return badge;
+}
+
+} // namespace
+
+MainColumn::MainColumn(VardaModel &model, const Commands &commands, QWidget *parent)
+    : QScrollArea(parent)
+    , m_model(model)
+{
+    setObjectName(u"mainColumn"_s);
+    setFrameShape(QFrame::NoFrame);
+    setWidgetResizable(true);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // within the padding; invisible where nothing scrolls
+    setFocusPolicy(Qt::StrongFocus);
+
+    auto *column = new QWidget;
+    auto *stack = new QVBoxLayout(column);
+    stack->setContentsMargins(theme::mainPadding, theme::mainPadding, theme::mainPadding - theme::scrollBarExtent,
+                              theme::mainPadding);
+    stack->setSpacing(theme::mainSpacing);
+    addHeader(*stack);
+    stack->addWidget(m_card = new DeviceCard(column));
+    stack->addWidget(m_warning = new AuthorizationWarning(column));
+    stack->addWidget(m_deploy = new DeployPanel(model, commands, column));
+    stack->addWidget(m_livePhone = new LivePhonePanel(model, column));
+    stack->addWidget(m_application = new ApplicationPanel(model, column));
+    stack->addWidget(m_console = new ConsolePanel(model, commands, column));
+    stack->addWidget(m_statusPlace = new QWidget(column));
+    QLabel *note = makeText(u"USB setup: Android Settings → About phone → tap Build number 7 times → Developer options "
+                            "→ USB debugging. Use a data cable, unlock the phone and allow this computer. An emulator "
+                            "is shown separately and is never presented as a real phone test."_s,
+                            theme::font(theme::captionSize), theme::secondaryText, column);
+    note->setObjectName(u"setupNote"_s);
+    stack->addWidget(note);
+    stack->addStretch(1);
+    m_card->hide();
+    m_warning->hide();
+    setWidget(column);
+    viewport()->setAutoFillBackground(false);
+    column->setAutoFillBackground(false);
+
+    m_status = new StatusLine(viewport());
+    m_status->installEventFilter(this);
+    m_statusPlace->installEventFilter(this);
+}
+
+void MainColumn::addHeader(QVBoxLayout &stack)
+{
+    QLabel *headline =
+        makeText(u"Your Android. On your Mac."_s, theme::font(theme::heroSize, QFont::Bold), theme::text);
+    headline->setObjectName(u"headline"_s);
+    QLabel *tagline =
+        makeText(u"Deploy. Control. Inspect. Repeat."_s, theme::font(theme::bodySize), theme::secondaryText);
+    tagline->setObjectName(u"tagline"_s);
+    auto *header = new QVBoxLayout;
+    header->setSpacing(headerGap);
+    header->addWidget(makeBadge(), 0, Qt::AlignLeft);
+    header->addWidget(headline);
+    header->addWidget(tagline);
+    stack.addLayout(header);
+}
+
+void MainColumn::render()
+{
+    const auto selected = m_model.selected();
+    if (selected)
+        m_card->show(*selected);
+    m_card->setVisible(selected.has_value());
+    m_warning->setVisible(selected && selected->state == u"unauthorized");
+    m_deploy->render();
+    m_livePhone->render();
+    m_application->render();
+    m_console->render();
+    m_status->show(m_model.status(), m_model.busy());
+}
+
+bool MainColumn::eventFilter(QObject *watched, QEvent *event)
+{
+    const bool statusGrew = watched == m_status && event->type() == QEvent::LayoutRequest;
+    const bool placeMoved =
+        watched == m_statusPlace && (event->type() == QEvent::Move || event->type() == QEvent::Resize);
+    if (statusGrew || placeMoved)
+        placeStatus();
+    return QScrollArea::eventFilter(watched, event);
+}
+
+void MainColumn::resizeEvent(QResizeEvent *event)
+{
+    QScrollArea::resizeEvent(event);
+    placeStatus();
+}
+
+void MainColumn::scrollContentsBy(int dx, int dy)
+{
+    QScrollArea::scrollContentsBy(dx, dy);
+    placeStatus();
+}
+
+/// Puts the status line on its place in the stack, or at the foot of the column where that is out of sight.
+void MainColumn::placeStatus()
+{
+    if (!m_status)
+        return;
+    const int width = viewport()->width() + theme::scrollBarExtent;
+    m_status->resize(width, m_status->height());
+    m_status->layout()->activate();
+    const int height = m_status->layout()->sizeHint().height();
+    m_statusPlace->setFixedHeight(height);
+    const int place = m_statusPlace->mapTo(viewport(), QPoint(0, 0)).y();
+    const int foot = viewport()->height() - height;
+    const bool floating = place > foot && height <= viewport()->height() / tallestFloatingShare;
+    m_status->setGeometry(0, floating ? foot : place, width, height);
+    m_status->setFloating(floating);
+    m_status->raise();
+}
+
+bool MainColumn::focusNextPrevChild(bool next)
+{
+    const bool moved = QScrollArea::focusNextPrevChild(next);
+    keepFocusInSight();
+    return moved;
+}
+
+/// A control that has just received the focus must not hide behind the floating status line.
+void MainColumn::keepFocusInSight()
+{
+    QWidget *focused = widget()->focusWidget();
+    if (focused && widget()->isAncestorOf(focused) && focused->hasFocus())
+        ensureWidgetVisible(focused, 0, m_status->height() + focusMargin);
+}
+
+} // namespace varda

@@ -1,0 +1,54 @@
+// MainColumn: everything right of the devices, from the headline to the set-up note, in one vertical scroll.
+#pragma once
+
+#include "Varda/Model/VardaModel.h"
+
+#include <QScrollArea>
+
+class QVBoxLayout;
+
+namespace varda {
+
+class ApplicationPanel;
+class AuthorizationWarning;
+class Commands;
+class ConsolePanel;
+class DeployPanel;
+class DeviceCard;
+class LivePhonePanel;
+class StatusLine;
+
+/// The status line stands under the console, but stays at the foot of the window while its place is further down: an
+/// action's outcome is always in sight.
+class MainColumn final : public QScrollArea
+{
+    Q_OBJECT
+
+public:
+    MainColumn(VardaModel &model, const Commands &commands, QWidget *parent = nullptr);
+
+    void render();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    bool focusNextPrevChild(bool next) override;
+
+private:
+    void addHeader(QVBoxLayout &stack);
+    void placeStatus();
+    void keepFocusInSight();
+
+    VardaModel &m_model;
+    DeviceCard *m_card = nullptr;
+    AuthorizationWarning *m_warning = nullptr;
+    DeployPanel *m_deploy = nullptr;
+    LivePhonePanel *m_livePhone = nullptr;
+    ApplicationPanel *m_application = nullptr;
+    ConsolePanel *m_console = nullptr;
+    QWidget *m_statusPlace = nullptr; ///< holds the status line's room in the stack
+    StatusLine *m_status = nullptr;
+};
+
+} // namespace varda

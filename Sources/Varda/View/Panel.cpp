@@ -1,0 +1,51 @@
+// Panel: see the header.
+#include "Varda/View/Panel.h"
+
+#include "Varda/View/Labels.h"
+#include "Varda/View/Theme.h"
+#include "Varda/View/VardaStyle.h"
+
+#include <QPainter>
+
+namespace varda {
+
+constexpr int titleIcon = 16;
+
+Surface::Surface(const QColor &fill, const QColor &line, double radius, QWidget *parent)
+    : QFrame(parent)
+    , m_fill(fill)
+    , m_line(line)
+    , m_radius(radius)
+{
+}
+
+void Surface::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    paintRounded(painter, rect(), m_radius, m_fill, m_line);
+}
+
+Panel::Panel(const QString &title, Icon icon, QWidget *parent)
+    : Surface(theme::panelFill, theme::hairline, theme::panelRadius, parent)
+    , m_content(new QVBoxLayout(this))
+{
+    m_content->setContentsMargins(theme::panelPadding, theme::panelPadding, theme::panelPadding, theme::panelPadding);
+    m_content->setSpacing(theme::panelSpacing);
+    auto *label = new IconLabel(icon, titleIcon, title, theme::font(theme::captionSize, QFont::DemiBold), this);
+    QPalette palette = label->palette();
+    palette.setColor(QPalette::WindowText, theme::accent);
+    label->setPalette(palette);
+    m_content->addWidget(label);
+}
+
+QHBoxLayout *makeRow(std::initializer_list<QWidget *> widgets)
+{
+    auto *row = new QHBoxLayout;
+    row->setSpacing(theme::controlSpacing);
+    for (QWidget *widget : widgets)
+        row->addWidget(widget);
+    row->addStretch(1);
+    return row;
+}
+
+} // namespace varda

@@ -1,0 +1,81 @@
+// QtFileDialogs: see the header.
+#include "Varda/View/QtFileDialogs.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QStandardPaths>
+
+namespace varda {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+struct KindOfFile
+{
+    QString title;
+    QString filter;
+    QString suffix;
+    QStandardPaths::StandardLocation home;
+};
+
+KindOfFile describe(SaveKind kind)
+{
+    switch (kind) {
+    case SaveKind::PngImage:
+        return {u"Save Screenshot"_s, u"PNG images (*.png)"_s, u"png"_s, QStandardPaths::PicturesLocation};
+    case SaveKind::Mpeg4Movie:
+        return {u"Save Recording"_s, u"MPEG-4 movies (*.mp4)"_s, u"mp4"_s, QStandardPaths::MoviesLocation};
+    case SaveKind::PlainText:
+        break;
+    }
+    return {u"Export Console"_s, u"Plain text (*.txt)"_s, u"txt"_s, QStandardPaths::DocumentsLocation};
+}
+
+/// The folder for files of `home`'s kind, or the home folder where the desktop has none.
+QString existingFolder(QStandardPaths::StandardLocation home)
+{
+    const QString folder = QStandardPaths::writableLocation(home);
+    return QDir(folder).exists() ? folder : QDir::homePath();
+}
+
+} // namespace
+
+std::optional<QUrl> QtFileDialogs::chooseBuild()
+{
+    // The brackets are for file choosers that tell upper from lower case.
+    QFileDialog dialog(QApplication::activeWindow(), u"Choose APK"_s, {}, u"Android packages (*.[aA][pP][kK])"_s);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.setOption(QFileDialog::HideNameFilterDetails);
+    if (m_buildFolder.isEmpty())
+        m_buildFolder = existingFolder(QStandardPaths::DownloadLocation);
+    const auto path = ask(dialog, m_buildFolder);
+    return path ? std::optional(QUrl::fromLocalFile(*path)) : std::nullopt;
+}
+
+std::optional<QString> QtFileDialogs::saveLocation(SaveKind kind, const QString &name)
+{
+    const KindOfFile file = describe(kind);
+    QFileDialog dialog(QApplication::activeWindow(), file.title, {}, file.filter);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setDefaultSuffix(file.suffix);
+    QString &folder = m_saveFolders.try_emplace(kind, existingFolder(file.home)).first->second;
+    dialog.setDirectory(folder);
+    dialog.selectFile(name);
+    return ask(dialog, folder);
+}
+
+/// Asks, starting in `folder`, which becomes the folder of the answer.
+std::optional<QString> QtFileDialogs::ask(QFileDialog &dialog, QString &folder)
+{
+    dialog.setObjectName(u"fileDialog"_s);
+    dialog.setSupportedSchemes({u"file"_s});
+    dialog.setDirectory(folder);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return std::nullopt;
+    folder = dialog.directory().absolutePath();
+    return QDir::cleanPath(dialog.selectedFiles().constFirst());
+}
+
+} // namespace varda

@@ -1,0 +1,143 @@
+// SideColumn: see the header.
+#include "Varda/View/SideColumn.h"
+
+#include "Varda/View/Button.h"
+#include "Varda/View/Commands.h"
+#include "Varda/View/DeviceList.h"
+#include "Varda/View/Labels.h"
+#include "Varda/View/Panel.h"
+#include "Varda/View/Theme.h"
+
+#include <QMenu>
+#include <QPainter>
+
+namespace varda {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr int productIcon = 26;
+constexpr int noteIcon = 18;
+constexpr int headerGap = 6;
+constexpr int listGap = 10;
+
+/// A thin line across the column.
+QFrame *makeDivider()
+{
+    auto *line = new Surface(theme::hairline, Qt::transparent, 0);
+    line->setFixedHeight(1);
+    return line;
+}
+
+} // namespace
+
+SideColumn::SideColumn(VardaModel &model, const Commands &commands, QWidget *parent)
+    : QWidget(parent)
+    , m_model(model)
+    , m_menu(new QMenu(this))
+{
+    setObjectName(u"sideColumn"_s);
+    setFixedWidth(theme::sideWidth);
+    auto *stack = new QVBoxLayout(this);
+    stack->setContentsMargins(theme::sidePadding, theme::sidePadding, theme::sidePadding, theme::sidePadding);
+    stack->setSpacing(theme::sideSpacing);
+    addHeader(*stack, commands);
+    stack->addWidget(makeDivider());
+    addDevices(*stack, commands);
+    stack->addStretch(1);
+    addTrustNote(*stack);
+}
+
+void SideColumn::addHeader(QVBoxLayout &stack, const Commands &commands)
+{
+    auto *product =
+        new IconLabel(Icon::Product, productIcon, u"Varda"_s, theme::font(theme::title2Size, QFont::Bold), this);
+    product->setObjectName(u"productLabel"_s);
+
+    auto *menuButton = new Button(Button::Kind::Bare, {}, Icon::Menu, this);
+    menuButton->setObjectName(u"menuButton"_s);
+    menuButton->setAccessibleName(u"Main menu"_s);
+    describe(*menuButton, u"Main menu"_s);
+    m_menu->setObjectName(u"applicationMenu"_s);
+    commands.addTo(*m_menu);
+    QObject::connect(menuButton, &Button::clicked, this, [this, menuButton] {
+        m_menu->popup(menuButton->mapToGlobal(QPoint(0, menuButton->height() + 4)));
+    });
+
+    QLabel *tag = makeText(u"HALVEX / ANDROID WORKSPACE"_s, theme::font(theme::tagSize, QFont::Medium),
+                           theme::secondaryText, this);
+    tag->setObjectName(u"productTag"_s);
+
+    auto *title = new QHBoxLayout;
+    title->addWidget(product);
+    title->addStretch(1);
+    title->addWidget(menuButton);
+    auto *header = new QVBoxLayout;
+    header->setSpacing(headerGap);
+    header->addLayout(title);
+    header->addWidget(tag);
+    stack.addLayout(header);
+}
+
+void SideColumn::addDevices(QVBoxLayout &stack, const Commands &commands)
+{
+    QLabel *heading = makeText(u"DEVICES"_s, theme::font(theme::captionSize, QFont::Bold), theme::secondaryText, this);
+    heading->setWordWrap(false);
+    heading->setObjectName(u"devicesHeading"_s);
+    m_refresh = new Button(Button::Kind::Bare, {}, Icon::Refresh, this);
+    m_refresh->setObjectName(u"refreshButton"_s);
+    m_refresh->setAccessibleName(u"Refresh devices"_s);
+    describe(*m_refresh, u"Refresh devices"_s, commands.refresh);
+    QObject::connect(m_refresh, &Button::clicked, this, [this] { refreshDevices(m_model); });
+
+    m_devices = new DeviceList(m_model, m_refresh, this);
+
+    m_wireless = new Button(Button::Kind::Secondary, u"Connect over Wi-Fi"_s, Icon::Wifi, this);
+    m_wireless->setObjectName(u"wirelessButton"_s);
+    m_wireless->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    describe(*m_wireless, u"Pair or connect a phone on your network"_s, commands.wireless);
+    QObject::connect(m_wireless, &Button::clicked, this, [this] { m_model.wireless = true; });
+
+    auto *title = new QHBoxLayout;
+    title->addWidget(heading);
+    title->addStretch(1);
+    title->addWidget(m_refresh);
+    auto *list = new QVBoxLayout;
+    list->setSpacing(listGap);
+    list->addLayout(title);
+    list->addWidget(m_devices);
+    stack.addLayout(list);
+    stack.addWidget(m_wireless);
+}
+
+void SideColumn::addTrustNote(QVBoxLayout &stack)
+{
+    auto *title = new IconLabel(Icon::Shield, noteIcon, u"Real hardware. Real results."_s,
+                                theme::font(theme::bodySize, QFont::Medium), this);
+    title->setObjectName(u"trustTitle"_s);
+    QLabel *note =
+        makeText(u"USB first. Authorize this Mac on your phone, then install and test your own development APKs."_s,
+                 theme::font(theme::captionSize), theme::secondaryText, this);
+    note->setObjectName(u"trustText"_s);
+    auto *notes = new QVBoxLayout;
+    notes->setSpacing(headerGap);
+    notes->addWidget(title);
+    notes->addWidget(note);
+    stack.addLayout(notes);
+}
+
+void SideColumn::render()
+{
+    m_devices->render();
+    m_refresh->setEnabled(!m_model.busy());
+    m_wireless->setEnabled(!m_model.busy());
+}
+
+void SideColumn::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), theme::sideBackground);
+    painter.fillRect(QRect(width() - 1, 0, 1, height()), theme::white(0.05));
+}
+
+} // namespace varda

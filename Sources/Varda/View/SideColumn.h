@@ -1,0 +1,44 @@
+// SideColumn: the product header, the attached devices, and the way to a phone over Wi-Fi.
+#pragma once
+
+#include "Varda/Model/VardaModel.h"
+
+#include <QWidget>
+
+class QMenu;
+class QVBoxLayout;
+
+namespace varda {
+
+class Button;
+class Commands;
+class DeviceList;
+
+class SideColumn final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    SideColumn(VardaModel &model, const Commands &commands, QWidget *parent = nullptr);
+
+    void render();
+
+    /// The menu of the button in the product header; the shell adds what concerns the whole program.
+    QMenu *applicationMenu() const { return m_menu; }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void addHeader(QVBoxLayout &stack, const Commands &commands);
+    void addDevices(QVBoxLayout &stack, const Commands &commands);
+    void addTrustNote(QVBoxLayout &stack);
+
+    VardaModel &m_model;
+    QMenu *m_menu;
+    Button *m_refresh = nullptr;
+    DeviceList *m_devices = nullptr;
+    Button *m_wireless = nullptr;
+};
+
+} // namespace varda

@@ -1,0 +1,107 @@
+// StatusLine: see the header.
+#include "Varda/View/StatusLine.h"
+
+#include "Varda/View/Labels.h"
+#include "Varda/View/Theme.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QTimer>
+
+namespace varda {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+constexpr int spinnerSize = 14;
+constexpr int spinnerSteps = 24;
+constexpr int spinnerInterval = 40; // ms
+constexpr double spinnerStroke = 1.75;
+constexpr int verticalPadding = 8;
+
+} // namespace
+
+Spinner::Spinner(QWidget *parent)
+    : QWidget(parent)
+    , m_timer(new QTimer(this))
+{
+    setAccessibleName(u"Working"_s);
+    setFixedSize(spinnerSize, spinnerSize);
+    m_timer->setInterval(spinnerInterval);
+    QObject::connect(m_timer, &QTimer::timeout, this, [this] {
+        m_step = (m_step + 1) % spinnerSteps;
+        update();
+    });
+}
+
+void Spinner::showEvent(QShowEvent *)
+{
+    m_timer->start();
+}
+
+void Spinner::hideEvent(QHideEvent *)
+{
+    m_timer->stop();
+}
+
+void Spinner::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF circle = QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5);
+    painter.setPen(QPen(theme::white(0.16), spinnerStroke));
+    painter.drawEllipse(circle);
+    painter.setPen(QPen(theme::accent, spinnerStroke, Qt::SolidLine, Qt::RoundCap));
+    constexpr int degree = 16;
+    painter.drawArc(circle, (90 - 360 * m_step / spinnerSteps) * degree, -100 * degree);
+}
+
+StatusLine::StatusLine(QWidget *parent)
+    : QWidget(parent)
+    , m_spinner(new Spinner(this))
+    , m_text(new TextBlock(theme::font(theme::captionSize, QFont::Medium), theme::text, QAccessible::StatusBar, this))
+{
+    setObjectName(u"statusLine"_s);
+    m_spinner->setObjectName(u"busyIndicator"_s);
+    m_spinner->hide();
+    m_text->setObjectName(u"statusText"_s);
+
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(theme::mainPadding, verticalPadding, theme::mainPadding - TextBlock::inset,
+                            verticalPadding);
+    row->setSpacing(theme::controlSpacing - TextBlock::inset);
+    row->addWidget(m_spinner);
+    row->addWidget(m_text, 1);
+}
+
+void StatusLine::show(const QString &status, bool busy)
+{
+    m_spinner->setVisible(busy);
+    // The text's own inset lines it up with the column where no spinner stands before it.
+    const int left = theme::mainPadding - (busy ? 0 : TextBlock::inset);
+    QMargins margins = layout()->contentsMargins();
+    if (margins.left() != left) {
+        margins.setLeft(left);
+        layout()->setContentsMargins(margins);
+    }
+    m_text->show(status);
+}
+
+void StatusLine::setFloating(bool floating)
+{
+    if (floating == m_floating)
+        return;
+    m_floating = floating;
+    update();
+}
+
+void StatusLine::paintEvent(QPaintEvent *)
+{
+    if (!m_floating)
+        return;
+    QPainter painter(this);
+    painter.fillRect(rect(), theme::mainBackground);
+    painter.fillRect(QRect(0, 0, width(), 1), theme::hairline);
+}
+
+} // namespace varda

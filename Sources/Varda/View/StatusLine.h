@@ -1,0 +1,52 @@
+// StatusLine: what the program is doing, or has done.
+#pragma once
+
+#include <QWidget>
+
+class QTimer;
+
+namespace varda {
+
+class TextBlock;
+
+/// A small turning arc. Turns only while it is shown.
+class Spinner final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit Spinner(QWidget *parent = nullptr);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    void hideEvent(QHideEvent *event) override;
+
+private:
+    QTimer *m_timer;
+    int m_step = 0;
+};
+
+/// The status text, which can be selected, after a spinner while busy.
+class StatusLine final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit StatusLine(QWidget *parent = nullptr);
+
+    void show(const QString &status, bool busy);
+
+    /// While it floats over other content it paints a ground of its own.
+    void setFloating(bool floating);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    Spinner *m_spinner;
+    TextBlock *m_text;
+    bool m_floating = false;
+};
+
+} // namespace varda

@@ -1,0 +1,309 @@
+// VardaStyle: see the header.
+#include "Varda/View/VardaStyle.h"
+
+#include "Varda/View/Button.h"
+#include "Varda/View/Theme.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QPainter>
+#include <QPlainTextEdit>
+#include <QScrollBar>
+#include <QStyleOption>
+#include <QToolTip>
+
+namespace varda {
+namespace {
+
+using Kind = Button::Kind;
+
+constexpr int buttonIcon = 16;
+constexpr int iconGap = 8;
+constexpr int consoleFrame = 10;
+constexpr int fieldPadding = 10;
+constexpr int shortestScrollThumb = 36;
+
+struct ButtonLook
+{
+    QColor fill;
+    QColor line;
+    QColor text;
+};
+
+Kind kindOf(const QStyleOptionButton &option, const QWidget *widget)
+{
+    if (const auto *button = qobject_cast<const Button *>(widget))
+        return button->kind();
+    return option.features.testFlag(QStyleOptionButton::DefaultButton) ? Kind::Primary : Kind::Secondary;
+}
+
+ButtonLook lookOf(Kind kind, QStyle::State state)
+{
+    const bool enabled = state.testFlag(QStyle::State_Enabled);
+    const bool pressed = enabled && state.testFlag(QStyle::State_Sunken);
+    const bool hovered = enabled && state.testFlag(QStyle::State_MouseOver);
+    const QColor words = enabled ? theme::text : theme::disabledText;
+    switch (kind) {
+    case Kind::Primary:
+        if (!enabled)
+            return {theme::disabledFill, Qt::transparent, words};
+        return {pressed ? theme::accentPressed : (hovered ? theme::accentHover : theme::accent), Qt::transparent,
+                theme::textOnAccent};
+    case Kind::Secondary:
+    case Kind::Compact:
+        if (!enabled)
+            return {theme::disabledFill, Qt::transparent, words};
+        return {pressed ? theme::controlPressed : (hovered ? theme::controlHover : theme::controlFill),
+                theme::controlLine, words};
+    case Kind::Bare:
+        return {pressed ? theme::controlPressed : (hovered ? theme::controlHover : QColor(Qt::transparent)),
+                Qt::transparent, words};
+    case Kind::Link:
+        return {Qt::transparent, Qt::transparent, hovered ? theme::accentHover : theme::accent};
+    }
+    return {};
+}
+
+bool isFramedField(const QStyleOption *option, const QWidget *widget)
+{
+    const auto *frame = qstyleoption_cast<const QStyleOptionFrame *>(option);
+    return frame && frame->lineWidth > 0 && qobject_cast<const QLineEdit *>(widget);
+}
+
+} // namespace
+
+void paintRounded(QPainter &painter, const QRectF &rect, double radius, const QColor &fill, const QColor &line,
+                  double width)
+{
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(fill);
+    painter.drawRoundedRect(rect, radius, radius);
+    if (line.alpha() > 0) {
+        const double inset = width / 2;
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(line, width));
+        painter.drawRoundedRect(rect.adjusted(inset, inset, -inset, -inset), radius - inset, radius - inset);
+    }
+    painter.restore();
+}
+
+VardaStyle::VardaStyle()
+    : QProxyStyle(QStringLiteral("Fusion"))
+{
+}
+
+void VardaStyle::install()
+{
+    QApplication::setStyle(new VardaStyle);
+    QApplication::setPalette(theme::palette());
+    QApplication::setFont(theme::font(theme::bodySize));
+    QToolTip::setPalette(theme::palette());
+    QToolTip::setFont(theme::font(theme::bodySize - 1));
+}
+
+void VardaStyle::polish(QPalette &palette)
+{
+    palette = theme::palette();
+}
+
+int VardaStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const
+{
+    switch (metric) {
+    case PM_ScrollBarExtent:
+        return theme::scrollBarExtent;
+    case PM_ScrollBarSliderMin:
+        return shortestScrollThumb;
+    case PM_ScrollView_ScrollBarSpacing:
+        return 0;
+    case PM_ButtonShiftHorizontal:
+    case PM_ButtonShiftVertical:
+        return 0;
+    case PM_ToolTipLabelFrameWidth:
+        return 8;
+    case PM_DefaultFrameWidth:
+        if (qobject_cast<const QPlainTextEdit *>(widget))
+            return consoleFrame;
+        break;
+    default:
+        break;
+    }
+    return QProxyStyle::pixelMetric(metric, option, widget);
+}
+
+int VardaStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWidget *widget,
+                          QStyleHintReturn *returned) const
+{
+    switch (hint) {
+    case SH_EtchDisabledText:
+        return 0;
+    case SH_LineEdit_PasswordMaskDelay:
+        return 0; // a masked character is never shown in clear, not even for a moment
+    case SH_ToolTipLabel_Opacity:
+        return 255;
+    case SH_ScrollBar_LeftClickAbsolutePosition:
+        return 0;
+    default:
+        return QProxyStyle::styleHint(hint, option, widget, returned);
+    }
+}
+
+QSize VardaStyle::sizeFromContents(ContentsType type, const QStyleOption *option, const QSize &contents,
+                                   const QWidget *widget) const
+{
+    const auto *button = qstyleoption_cast<const QStyleOptionButton *>(option);
+    if (type == CT_PushButton && button) {
+        const Kind kind = kindOf(*button, widget);
+        const int line = button->fontMetrics.height();
+        const int icon = button->icon.isNull() ? 0 : buttonIcon;
+        if (kind == Kind::Bare)
+            return {theme::compactControlHeight, theme::compactControlHeight};
+        const int words = button->fontMetrics.size(Qt::TextShowMnemonic, button->text).width();
+        if (kind == Kind::Link)
+            return {words + 8, line + 8};
+        const bool compact = kind == Kind::Compact;
+        const int height = compact ? theme::compactControlHeight : theme::controlHeight;
+        const int padding = compact ? theme::controlPadding - 4 : theme::controlPadding;
+        return {words + (icon ? icon + iconGap : 0) + 2 * padding, qMax(height, line + (compact ? 10 : 16))};
+    }
+    if (type == CT_LineEdit && isFramedField(option, widget))
+        return {contents.width() + 2 * fieldPadding, qMax(theme::controlHeight, option->fontMetrics.height() + 16)};
+    return QProxyStyle::sizeFromContents(type, option, contents, widget);
+}
+
+QRect VardaStyle::subElementRect(SubElement element, const QStyleOption *option, const QWidget *widget) const
+{
+    if (element == SE_LineEditContents && isFramedField(option, widget))
+        return option->rect.adjusted(fieldPadding, 0, -fieldPadding, 0);
+    return QProxyStyle::subElementRect(element, option, widget);
+}
+
+QRect VardaStyle::subControlRect(ComplexControl control, const QStyleOptionComplex *option, SubControl part,
+                                 const QWidget *widget) const
+{
+    const auto *slider = qstyleoption_cast<const QStyleOptionSlider *>(option);
+    if (control != CC_ScrollBar || !slider)
+        return QProxyStyle::subControlRect(control, option, part, widget);
+
+    // No arrows: the groove is the whole bar.
+    const bool horizontal = slider->orientation == Qt::Horizontal;
+    const int length = horizontal ? slider->rect.width() : slider->rect.height();
+    const qint64 range = qint64(slider->maximum) - slider->minimum;
+    int thumb = length;
+    if (range > 0) {
+        const qint64 share = qint64(slider->pageStep) * length / (range + slider->pageStep);
+        thumb = qBound(qMin(shortestScrollThumb, length), static_cast<int>(share), length);
+    }
+    const int start = sliderPositionFromValue(slider->minimum, slider->maximum, slider->sliderPosition, length - thumb,
+                                              slider->upsideDown);
+    const auto along = [&](int from, int size) {
+        return horizontal ? QRect(from, 0, size, slider->rect.height()) : QRect(0, from, slider->rect.width(), size);
+    };
+    switch (part) {
+    case SC_ScrollBarGroove:
+        return along(0, length);
+    case SC_ScrollBarSlider:
+        return along(start, thumb);
+    case SC_ScrollBarSubPage:
+        return along(0, start);
+    case SC_ScrollBarAddPage:
+        return along(start + thumb, length - start - thumb);
+    default:
+        return {};
+    }
+}
+
+void VardaStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
+                               const QWidget *widget) const
+{
+    const bool focused = option->state.testFlag(State_HasFocus);
+    if ((element == PE_PanelLineEdit || element == PE_FrameLineEdit) && isFramedField(option, widget)) {
+        paintRounded(*painter, option->rect, theme::controlRadius, theme::fieldBackground,
+                     focused ? theme::accent : theme::controlLine, focused ? theme::focusRing : 1.0);
+        return;
+    }
+    if (element == PE_PanelLineEdit && qobject_cast<const QLineEdit *>(widget))
+        return; // a line edit inside a combination box: the box draws the frame
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
+}
+
+void VardaStyle::drawControl(ControlElement element, const QStyleOption *option, QPainter *painter,
+                             const QWidget *widget) const
+{
+    const auto *button = qstyleoption_cast<const QStyleOptionButton *>(option);
+    if (element == CE_PushButton && button) {
+        drawButton(*button, *painter, widget);
+        return;
+    }
+    if (element == CE_ShapedFrame && qobject_cast<const QPlainTextEdit *>(widget)) {
+        const bool focused = widget->hasFocus();
+        paintRounded(*painter, option->rect, theme::rowRadius, theme::consoleBackground,
+                     focused ? theme::accent : theme::hairline, focused ? theme::focusRing : 1.0);
+        return;
+    }
+    QProxyStyle::drawControl(element, option, painter, widget);
+}
+
+void VardaStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex *option, QPainter *painter,
+                                    const QWidget *widget) const
+{
+    const auto *slider = qstyleoption_cast<const QStyleOptionSlider *>(option);
+    if (control == CC_ScrollBar && slider)
+        drawScrollBar(*slider, *painter);
+    else
+        QProxyStyle::drawComplexControl(control, option, painter, widget);
+}
+
+void VardaStyle::drawButton(const QStyleOptionButton &option, QPainter &painter, const QWidget *widget) const
+{
+    const Kind kind = kindOf(option, widget);
+    const ButtonLook look = lookOf(kind, option.state);
+    const bool focused = option.state.testFlag(State_HasFocus);
+    const QRectF whole = option.rect;
+    QRectF body = whole;
+    if (focused) {
+        // A ring in the accent colour would vanish on the accent: it stands clear of a filled button.
+        paintRounded(painter, whole, theme::controlRadius, Qt::transparent, theme::accent, theme::focusRing);
+        const double gap = kind == Kind::Primary ? theme::focusRing + 1.5 : theme::focusRing;
+        body = whole.adjusted(gap, gap, -gap, -gap);
+    }
+    paintRounded(painter, body, theme::controlRadius - (whole.height() - body.height()) / 2, look.fill,
+                 focused ? QColor(Qt::transparent) : look.line);
+
+    painter.save();
+    QFont font = painter.font();
+    font.setUnderline(kind == Kind::Link);
+    painter.setFont(font);
+    painter.setPen(look.text);
+    const int words = option.fontMetrics.size(Qt::TextShowMnemonic, option.text).width();
+    const int icon = option.icon.isNull() ? 0 : buttonIcon;
+    const int gap = icon && words ? iconGap : 0;
+    int x = option.rect.x() + (option.rect.width() - icon - gap - words) / 2;
+    if (icon) {
+        const qreal scale = painter.device()->devicePixelRatio();
+        QPixmap shape = option.icon.pixmap(QSize(icon, icon), scale);
+        QPainter tint(&shape);
+        tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        tint.fillRect(shape.rect(), look.text);
+        tint.end();
+        painter.drawPixmap(QRect(x, option.rect.y() + (option.rect.height() - icon) / 2, icon, icon), shape);
+        x += icon + gap;
+    }
+    painter.drawText(QRect(x, option.rect.y(), words + 2, option.rect.height()),
+                     Qt::AlignLeft | Qt::AlignVCenter | Qt::TextHideMnemonic, option.text);
+    painter.restore();
+}
+
+void VardaStyle::drawScrollBar(const QStyleOptionSlider &option, QPainter &painter) const
+{
+    if (option.maximum <= option.minimum)
+        return;
+    const bool active = option.state.testFlag(State_MouseOver) || option.state.testFlag(State_Sunken);
+    const QRectF thumb = subControlRect(CC_ScrollBar, &option, SC_ScrollBarSlider, nullptr);
+    const QRectF inner = thumb.adjusted(2, 2, -2, -2);
+    paintRounded(painter, inner, qMin(inner.width(), inner.height()) / 2, theme::white(active ? 0.34 : 0.18),
+                 Qt::transparent);
+}
+
+} // namespace varda

@@ -1,0 +1,111 @@
+// VardaView: see the header.
+#include "Varda/View/VardaView.h"
+
+#include "Varda/View/Accessibility.h"
+#include "Varda/View/Commands.h"
+#include "Varda/View/ErrorAlert.h"
+#include "Varda/View/MainColumn.h"
+#include "Varda/View/SideColumn.h"
+#include "Varda/View/Theme.h"
+#include "Varda/View/WirelessSheet.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QMenu>
+
+#include <utility>
+
+namespace varda {
+
+using namespace Qt::StringLiterals;
+
+VardaView::VardaView(std::shared_ptr<VardaModel> model, QWidget *parent)
+    : QWidget(parent)
+    , m_model(std::move(model))
+    , m_commands(new Commands(*m_model, *this))
+    , m_side(new SideColumn(*m_model, *m_commands, this))
+    , m_main(new MainColumn(*m_model, *m_commands, this))
+    , m_sheet(new WirelessSheet(*m_model, this))
+    , m_alert(new ErrorAlert(this))
+    , m_windowFocus(this, m_main)
+    , m_sheetFocus(m_sheet, m_sheet)
+{
+    installAccessibility();
+    setObjectName(u"workspace"_s);
+    setWindowTitle(u"Varda"_s);
+    setMinimumSize(theme::minimumWindowWidth, theme::minimumWindowHeight);
+    resize(theme::windowWidth, theme::windowHeight);
+    auto *columns = new QHBoxLayout(this);
+    columns->setContentsMargins(0, 0, 0, 0);
+    columns->setSpacing(0);
+    columns->addWidget(m_side);
+    columns->addWidget(m_main, 1);
+    m_main->setFocus(); // keys scroll; nothing is pressed by accident
+
+    QObject::connect(m_model.get(), &VardaModel::objectWillChange, this, &VardaView::scheduleRender);
+    QObject::connect(m_alert, &QDialog::finished, this, [this] { m_model->error = std::nullopt; });
+    render();
+}
+
+VardaView::~VardaView() = default;
+
+QMenu *VardaView::applicationMenu() const
+{
+    return m_side->applicationMenu();
+}
+
+void VardaView::addEverywhere(QAction *action)
+{
+    for (QWidget *window : std::initializer_list<QWidget *>{this, m_sheet, m_alert})
+        window->addAction(action);
+}
+
+void VardaView::closeEvent(QCloseEvent *event)
+{
+    QWidget::closeEvent(event);
+    Q_EMIT closed();
+}
+
+void VardaView::scheduleRender()
+{
+    if (std::exchange(m_renderScheduled, true))
+        return;
+    QMetaObject::invokeMethod(this, &VardaView::render, Qt::QueuedConnection);
+}
+
+void VardaView::render()
+{
+    m_renderScheduled = false;
+    m_windowFocus.before();
+    m_sheetFocus.before();
+    m_commands->render();
+    m_side->render();
+    m_main->render();
+    presentDialogs();
+    m_windowFocus.after();
+    m_sheetFocus.after();
+}
+
+/// The alert lies on the sheet, the sheet on the window. A dialog that goes away takes what lies on it along, so the
+/// alert steps aside first and comes back on what is then in front.
+void VardaView::presentDialogs()
+{
+    const auto error = m_model->error();
+    if (!error || m_model->wireless() != m_sheet->isVisible())
+        m_alert->withdraw();
+    m_sheet->render();
+    if (error)
+        m_alert->present(*error, alertHost());
+}
+
+/// What the alert lies on: a file dialog where one is open, else the sheet, else the window.
+QWidget *VardaView::alertHost() const
+{
+    QWidget *modal = QApplication::activeModalWidget();
+    if (modal && modal != m_alert && modal->isVisible())
+        return modal;
+    return m_sheet->isVisible() ? static_cast<QWidget *>(m_sheet) : m_main->window();
+}
+
+} // namespace varda

@@ -1,0 +1,288 @@
+// The one protocol of every action: busy, the working text, the outcome or the failure, and the order of these writes.
+#include "ModelTest.h"
+
+#include <QCoroTask>
+#include <QFile>
+#include <QTimer>
+
+#include <csignal>
+#include <functional>
+#include <map>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+using namespace varda::test;
+
+namespace {
+
+const QStringList forceStop{u"-s"_s, u"R58M42ABCDE"_s, u"shell"_s, u"am"_s, u"force-stop"_s, u"com.example.app"_s};
+const QStringList connecting{u"connect"_s, u"10.0.0.7:5555"_s};
+const QString stopping = u"Stopping app…"_s;
+
+} // namespace
+
+class ActionRunnerTest : public ModelTest
+{
+    Q_OBJECT
+
+private:
+    void selectPhoneAndApp();
+    /// Everything that a person can do and that goes through the protocol, by the working text that it shows.
+    std::map<QString, std::function<void()>> actions();
+
+private Q_SLOTS:
+    void showsTheWorkingTextAtOnceAndTheOutcomeAtTheEnd();
+    void failureWritesErrorThenStatusThenBusy();
+    void successKeepsAnEarlierError();
+    void failureReplacesAnEarlierError();
+    void failureWithoutWordsIsStillAnError();
+    void actionBodyStartsOnTheNextTurnOfTheLoop();
+    void secondRequestIsDroppedWithoutATrace();
+    void nothingElseStartsWhileBusy_data();
+    void nothingElseStartsWhileBusy();
+    void everyActionShowsItsOwnTexts_data();
+    void everyActionShowsItsOwnTexts();
+    void missingToolFailsWithTheLaunchError_data();
+    void missingToolFailsWithTheLaunchError();
+    void toolKilledByASignalFailsTheAction();
+    void longComplaintIsCutToThreeThousandCharacters();
+    void tooMuchOutputFailsTheAction();
+    void loopKeepsTurningWhileAnActionRuns();
+    void stopLeavesTheActionRunning();
+    void modelOutlivesItsOwnersUntilTheActionEnds();
+};
+
+void ActionRunnerTest::selectPhoneAndApp()
+{
+    model->packageName = u"com.example.app"_s;
+    model->connectEndpoint = u"10.0.0.7:5555"_s;
+    model->pairingEndpoint = u"10.0.0.7:37123"_s;
+    model->pairingCode = u"123456"_s;
+    model->apk = QUrl::fromLocalFile(makeFile(u"demo.apk"_s));
+    dialogs->locations = {scratch(u"shot.png"_s)};
+    selectPhone();
+}
+
+std::map<QString, std::function<void()>> ActionRunnerTest::actions()
+{
+    return {
+        {u"Installing demo.apk…"_s, [this] { model->install(); }},
+        {u"Launching app…"_s, [this] { model->appAction(true); }},
+        {u"Stopping app…"_s, [this] { model->appAction(false); }},
+        {u"Capturing phone screenshot…"_s, [this] { model->screenshot(); }},
+        {u"Reading installed apps…"_s, [this] { model->listApps(); }},
+        {u"Pairing with your Android phone…"_s, [this] { model->pair(); }},
+        {u"Connecting over Wi-Fi…"_s, [this] { model->connect(); }},
+    };
+}
+
+void ActionRunnerTest::showsTheWorkingTextAtOnceAndTheOutcomeAtTheEnd()
+{
+    selectPhoneAndApp();
+    adb().on(forceStop).waitsFor(u"go"_s);
+    model->appAction(false);
+    QCOMPARE(writes->take(), QStringList({u"busy=true"_s, u"status="_s + stopping}));
+    QVERIFY(called(adb(), forceStop));
+    turn();
+    QCOMPARE(writes->take(), QStringList());
+    tools->open(u"go"_s);
+    COMPARE_SOON(model->busy(), false);
+    QCOMPARE(writes->take(), QStringList({u"status=Stopped com.example.app on R58M42ABCDE."_s, u"busy=false"_s}));
+}
+
+void ActionRunnerTest::failureWritesErrorThenStatusThenBusy()
+{
+    selectPhoneAndApp();
+    adb().on(forceStop).complains("error: device offline\n").exits(1);
+    perform([this] { model->appAction(false); });
+    QCOMPARE(writes->take(), failure(stopping, u"error: device offline\n"_s));
+}
+
+void ActionRunnerTest::successKeepsAnEarlierError()
+{
+    selectPhoneAndApp();
+    adb().on(forceStop);
+    adb().on(forceStop).complains("no").exits(1).once();
+    perform([this] { model->appAction(false); });
+    writes->take();
+    perform([this] { model->appAction(false); });
+    QCOMPARE(writes->take(), success(stopping, u"Stopped com.example.app on R58M42ABCDE."_s));
+    QCOMPARE(model->error(), std::optional(u"no"_s));
+}
+
+void ActionRunnerTest::failureReplacesAnEarlierError()
+{
+    selectPhoneAndApp();
+    model->error = u"earlier"_s;
+    adb().on(forceStop).complains("later").exits(1);
+    perform([this] { model->appAction(false); });
+    QCOMPARE(model->error(), std::optional(u"later"_s));
+}
+
+void ActionRunnerTest::failureWithoutWordsIsStillAnError()
+{
+    selectPhoneAndApp();
+    adb().on(connecting).exits(1);
+    perform([this] { model->connect(); });
+    QCOMPARE(model->error(), std::optional(QString()));
+    QCOMPARE(model->status(), u"Connecting over Wi-Fi… failed."_s);
+}
+
+void ActionRunnerTest::actionBodyStartsOnTheNextTurnOfTheLoop()
+{
+    selectPhoneAndApp();
+    QVERIFY(QFile::remove(adb().path()));
+    model->appAction(false);
+    QVERIFY(model->busy());
+    QCOMPARE(model->error(), std::nullopt);
+    COMPARE_SOON(model->busy(), false);
+}
+
+void ActionRunnerTest::secondRequestIsDroppedWithoutATrace()
+{
+    selectPhoneAndApp();
+    adb().on(connecting).waitsFor(u"go"_s).complains("refused").exits(1);
+    model->connect();
+    writes->take();
+    model->connect();
+    QCOMPARE(writes->take(), QStringList());
+    tools->open(u"go"_s);
+    COMPARE_SOON(model->busy(), false);
+    turn();
+    QCOMPARE(adb().calls().size(), 1);
+}
+
+void ActionRunnerTest::nothingElseStartsWhileBusy_data()
+{
+    QTest::addColumn<QString>("working");
+    QTest::addColumn<QStringList>("traces");
+    for (const auto &[working, start] : actions()) {
+        // The code does not stay on the screen, whatever becomes of the request.
+        const bool pairs = working.startsWith(u"Pairing");
+        QTest::newRow(qUtf8Printable(working)) << working << (pairs ? QStringList{u"pairingCode="_s} : QStringList());
+    }
+}
+
+void ActionRunnerTest::nothingElseStartsWhileBusy()
+{
+    QFETCH(QString, working);
+    QFETCH(QStringList, traces);
+    selectPhoneAndApp();
+    adb().on(forceStop).waitsFor(u"go"_s);
+    model->appAction(false);
+    writes->take();
+    actions().at(working)();
+    QCOMPARE(writes->take(), traces);
+    QCOMPARE(dialogs->saveQuestions.size(), 0);
+    tools->open(u"go"_s);
+    COMPARE_SOON(model->busy(), false);
+    turn();
+    QCOMPARE(adb().commandLines(), QList({forceStop}));
+}
+
+void ActionRunnerTest::everyActionShowsItsOwnTexts_data()
+{
+    QTest::addColumn<QString>("working");
+    for (const auto &[working, start] : actions())
+        QTest::newRow(qUtf8Printable(working)) << working;
+}
+
+void ActionRunnerTest::everyActionShowsItsOwnTexts()
+{
+    QFETCH(QString, working);
+    selectPhoneAndApp();
+    adb().onAnything().complains("words of the tool\n").exits(7);
+    perform(actions().at(working));
+    QStringList expected = failure(working, u"words of the tool\n"_s);
+    if (working.startsWith(u"Pairing"))
+        expected.prepend(u"pairingCode="_s);
+    QCOMPARE(writes->take(), expected);
+}
+
+void ActionRunnerTest::missingToolFailsWithTheLaunchError_data()
+{
+    everyActionShowsItsOwnTexts_data();
+}
+
+void ActionRunnerTest::missingToolFailsWithTheLaunchError()
+{
+    QFETCH(QString, working);
+    selectPhoneAndApp();
+    QVERIFY(QFile::remove(adb().path()));
+    perform(actions().at(working));
+    QStringList expected = failure(working, adb().path() + u": No such file or directory"_s);
+    if (working.startsWith(u"Pairing"))
+        expected.prepend(u"pairingCode="_s);
+    QCOMPARE(writes->take(), expected);
+}
+
+void ActionRunnerTest::toolKilledByASignalFailsTheAction()
+{
+    selectPhoneAndApp();
+    adb().on(forceStop).prints("half an ans").diesBy(SIGSEGV);
+    perform([this] { model->appAction(false); });
+    QCOMPARE(writes->take(), failure(stopping, u"half an ans"_s));
+}
+
+void ActionRunnerTest::longComplaintIsCutToThreeThousandCharacters()
+{
+    selectPhoneAndApp();
+    adb().on(forceStop).complains(QByteArray("é").repeated(3001)).exits(1);
+    perform([this] { model->appAction(false); });
+    QCOMPARE(model->error(), std::optional(QString(u"é"_s).repeated(3000)));
+}
+
+void ActionRunnerTest::tooMuchOutputFailsTheAction()
+{
+    selectPhoneAndApp();
+    adb().on(forceStop).prints(QByteArray(33'554'433, 'x'));
+    perform([this] { model->appAction(false); });
+    QCOMPARE(writes->take(), failure(stopping, u"Command output was too large to display safely."_s));
+}
+
+void ActionRunnerTest::loopKeepsTurningWhileAnActionRuns()
+{
+    selectPhoneAndApp();
+    adb().on(forceStop).waitsFor(u"go"_s);
+    model->appAction(false);
+    QVERIFY(called(adb(), forceStop));
+    int turns = 0;
+    QTimer clock;
+    QObject::connect(&clock, &QTimer::timeout, this, [&] { ++turns; });
+    clock.start(1);
+    VERIFY_SOON(turns > 20);
+    QVERIFY(model->busy());
+    tools->open(u"go"_s);
+    COMPARE_SOON(model->busy(), false);
+}
+
+void ActionRunnerTest::stopLeavesTheActionRunning()
+{
+    selectPhoneAndApp();
+    adb().on(forceStop).waitsFor(u"go"_s);
+    model->appAction(false);
+    QVERIFY(called(adb(), forceStop));
+    model->stop();
+    QVERIFY(model->busy());
+    tools->open(u"go"_s);
+    COMPARE_SOON(model->status(), u"Stopped com.example.app on R58M42ABCDE."_s);
+    QCOMPARE(model->busy(), false);
+}
+
+void ActionRunnerTest::modelOutlivesItsOwnersUntilTheActionEnds()
+{
+    selectPhoneAndApp();
+    adb().on(forceStop).waitsFor(u"go"_s);
+    model->appAction(false);
+    QVERIFY(called(adb(), forceStop));
+    writes.reset();
+    const std::weak_ptr<varda::VardaModel> watched = model;
+    model.reset();
+    QVERIFY(!watched.expired());
+    tools->open(u"go"_s);
+    VERIFY_SOON(watched.expired());
+    QVERIFY(adb().calls().first().ended);
+}
+
+QTEST_GUILESS_MAIN(ActionRunnerTest)
+#include "ActionRunnerTest.moc"

@@ -1,0 +1,311 @@
+// stand-in-tool: plays adb or scrcpy as a test has scripted it, and keeps a record of how it was called.
+//
+// A test stages it under the name of the tool. What it does stands in the directory "<itself>.script":
+//   rules/<number>/argv     the arguments that the rule answers, each ended by a NUL; without this file: any arguments
+//   rules/<number>/plan     lines of a word and a value, see `Plan`
+//   rules/<number>/stdout   bytes to print; "stderr" likewise
+//   gates/<name>            a gate is open once this file exists
+//   released                every stand-in ends at once when this file exists: the test has given up
+//   calls/<when>-<pid>/     one record per run, see `record`
+// The rule with the highest number that fits is played. Plain C++ and POSIX, so that nothing but the call itself opens
+// a descriptor, starts a thread or changes a signal.
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+extern char **environ;
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+/// No stand-in outlives this, whatever it was told: a test that hangs ends by itself.
+constexpr auto longestLife = 90s;
+constexpr auto gatePoll = 2ms;
+/// Exit status of a run that no rule fits.
+constexpr int unexpectedCall = 97;
+/// Exit status of a run that ended because its test gave up, or because nobody waits for it any more.
+constexpr int givenUp = 98;
+
+enum class Termination { Die, Ignore, Exit };
+
+/// What a rule asks for, in the order in which it happens: gate, delay, output, gate after the output, end.
+struct Plan
+{
+    std::string gate;
+    std::chrono::milliseconds delay{0};
+    std::string gateAfterOutput;
+    int exitCode = 0;
+    int signal = 0;
+    bool hang = false;
+    bool outlive = false; ///< runs on when its parent is gone
+    Termination termination = Termination::Die;
+    int terminationExit = 0;
+    std::string terminationGate;
+};
+
+std::string contents(const fs::path &path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void write(const fs::path &path, const std::string &bytes)
+{
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+Plan readPlan(const fs::path &path)
+{
+    Plan plan;
+    std::istringstream lines(contents(path));
+    std::string word;
+    std::string value;
+    while (lines >> word && std::getline(lines >> std::ws, value)) {
+        if (word == "gate")
+            plan.gate = value;
+        else if (word == "delay")
+            plan.delay = std::chrono::milliseconds(std::stoi(value));
+        else if (word == "gate-after-output")
+            plan.gateAfterOutput = value;
+        else if (word == "exit")
+            plan.exitCode = std::stoi(value);
+        else if (word == "signal")
+            plan.signal = std::stoi(value);
+        else if (word == "hang")
+            plan.hang = value == "yes";
+        else if (word == "outlive")
+            plan.outlive = value == "yes";
+        else if (word == "termination")
+            plan.termination = value == "ignore" ? Termination::Ignore : Termination::Exit;
+        else if (word == "termination-exit")
+            plan.terminationExit = std::stoi(value);
+        else if (word == "termination-gate")
+            plan.terminationGate = value;
+    }
+    return plan;
+}
+
+/// A rule marked "once" serves the first run that takes it.
+bool available(const fs::path &rule)
+{
+    if (!fs::exists(rule / "once"))
+        return true;
+    const int taken = open((rule / "taken").c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (taken < 0)
+        return false;
+    close(taken);
+    return true;
+}
+
+std::optional<fs::path> findRule(const fs::path &script, const std::string &arguments)
+{
+    std::vector<fs::path> rules(fs::directory_iterator(script / "rules"), fs::directory_iterator{});
+    std::sort(rules.rbegin(), rules.rend());
+    for (const fs::path &rule : rules) {
+        const bool fits = !fs::exists(rule / "argv") || contents(rule / "argv") == arguments;
+        if (fits && available(rule))
+            return rule;
+    }
+    return std::nullopt;
+}
+
+std::string joined(char **texts)
+{
+    std::string all;
+    for (char **text = texts; *text; ++text)
+        all.append(*text).push_back('\0');
+    return all;
+}
+
+/// One line per descriptor: number, blank, target.
+std::string heldDescriptors()
+{
+    std::string lines;
+    for (const auto &entry : fs::directory_iterator("/proc/self/fd")) {
+        std::error_code gone;
+        const fs::path target = fs::read_symlink(entry.path(), gone);
+        const bool own = target.string().find("/fd") != std::string::npos && target.string().rfind("/proc/", 0) == 0;
+        if (!gone && !own)
+            lines += entry.path().filename().string() + ' ' + target.string() + '\n';
+    }
+    return lines;
+}
+
+std::string pipedInput()
+{
+    struct stat input
+    {
+    };
+    if (fstat(STDIN_FILENO, &input) != 0 || !S_ISFIFO(input.st_mode))
+        return {};
+    std::string bytes;
+    char buffer[4096];
+    for (ssize_t count = 0; (count = read(STDIN_FILENO, buffer, sizeof buffer)) > 0;)
+        bytes.append(buffer, static_cast<std::size_t>(count));
+    return bytes;
+}
+
+/// The record appears whole: it is made under another name first.
+fs::path record(const fs::path &script, const fs::path &draft)
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    char when[32];
+    std::snprintf(when, sizeof when, "%012lld%09ld-", static_cast<long long>(now.tv_sec), now.tv_nsec);
+    const fs::path call = script / "calls" / (when + std::to_string(getpid()));
+    fs::rename(draft, call);
+    return call;
+}
+
+void print(int descriptor, const std::string &bytes)
+{
+    for (std::size_t done = 0; done < bytes.size();) {
+        const ssize_t count = ::write(descriptor, bytes.data() + done, bytes.size() - done);
+        if (count < 0 && errno != EINTR)
+            return;
+        done += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
+}
+
+class Run
+{
+public:
+    Run(fs::path script, fs::path call, Plan plan, sigset_t watched)
+        : m_script(std::move(script))
+        , m_call(std::move(call))
+        , m_plan(std::move(plan))
+        , m_watched(watched)
+    {
+    }
+
+    [[noreturn]] void play(const std::string &output, const std::string &complaint)
+    {
+        waitFor(m_plan.gate);
+        pauseUntil(std::chrono::steady_clock::now() + m_plan.delay);
+        print(STDOUT_FILENO, output);
+        print(STDERR_FILENO, complaint);
+        waitFor(m_plan.gateAfterOutput);
+        while (m_plan.hang)
+            wait(gatePoll);
+        if (m_plan.signal != 0)
+            dieBy(m_plan.signal);
+        leave(m_plan.exitCode);
+    }
+
+private:
+    bool opened(const std::string &gate) const { return gate.empty() || fs::exists(m_script / "gates" / gate); }
+
+    void waitFor(const std::string &gate)
+    {
+        while (!opened(gate))
+            wait(gatePoll);
+    }
+
+    void pauseUntil(std::chrono::steady_clock::time_point end)
+    {
+        while (std::chrono::steady_clock::now() < end)
+            wait(gatePoll);
+    }
+
+    /// Waits, obeys a termination request that comes meanwhile, and ends a run that nobody wants any more.
+    void wait(std::chrono::milliseconds time)
+    {
+        const timespec pause{0, std::chrono::nanoseconds(time).count()};
+        if (sigtimedwait(&m_watched, nullptr, &pause) == SIGTERM)
+            terminationRequested();
+        const bool orphaned = !m_plan.outlive && getppid() != m_parent;
+        const bool tooOld = std::chrono::steady_clock::now() - m_start > longestLife;
+        if (orphaned || tooOld || fs::exists(m_script / "released") || !fs::exists(m_script))
+            _exit(givenUp);
+    }
+
+    void terminationRequested()
+    {
+        std::ofstream(m_call / "terminations", std::ios::app) << '.';
+        if (m_plan.termination == Termination::Ignore)
+            return;
+        if (m_plan.termination == Termination::Die)
+            dieBy(SIGTERM);
+        if (!m_ending) { // the second request while the first one is being obeyed changes nothing
+            m_ending = true;
+            waitFor(m_plan.terminationGate);
+            leave(m_plan.terminationExit);
+        }
+    }
+
+    [[noreturn]] void leave(int exitCode)
+    {
+        write(m_call / "ended", {});
+        _exit(exitCode);
+    }
+
+    [[noreturn]] void dieBy(int signal)
+    {
+        write(m_call / "ended", {});
+        std::signal(signal, SIG_DFL);
+        sigset_t only;
+        sigemptyset(&only);
+        sigaddset(&only, signal);
+        std::raise(signal);
+        sigprocmask(SIG_UNBLOCK, &only, nullptr);
+        _exit(givenUp);
+    }
+
+    const fs::path m_script;
+    const fs::path m_call;
+    const Plan m_plan;
+    const sigset_t m_watched;
+    const pid_t m_parent = getppid();
+    const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+    bool m_ending = false;
+};
+
+} // namespace
+
+int main(int, char **argv)
+{
+    const std::string descriptors = heldDescriptors();
+    const std::string status = contents("/proc/self/status");
+    const fs::path script = fs::read_symlink("/proc/self/exe").string() + ".script";
+
+    sigset_t watched;
+    sigemptyset(&watched);
+    sigaddset(&watched, SIGTERM);
+    sigprocmask(SIG_BLOCK, &watched, nullptr);
+
+    const bool readsInput = fs::exists(script / "reads-input");
+    const fs::path draft = script / ("draft-" + std::to_string(getpid()));
+    fs::create_directory(draft);
+    write(draft / "argv", joined(argv));
+    write(draft / "environment", joined(environ));
+    write(draft / "descriptors", descriptors);
+    write(draft / "status", status);
+    write(draft / "directory", fs::current_path().string());
+    write(draft / "session", std::to_string(getsid(0)));
+    write(draft / "input", readsInput ? pipedInput() : std::string());
+    const std::optional<fs::path> rule = findRule(script, joined(argv + 1));
+    if (!rule)
+        write(draft / "unexpected", {});
+    const fs::path call = record(script, draft);
+    if (!rule) {
+        print(STDERR_FILENO, "stand-in: no rule for these arguments\n");
+        return unexpectedCall;
+    }
+    Run(script, call, readPlan(*rule / "plan"), watched).play(contents(*rule / "stdout"), contents(*rule / "stderr"));
+}

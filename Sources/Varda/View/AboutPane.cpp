@@ -18,16 +18,15 @@ using namespace Qt::StringLiterals;
 constexpr int paneWidth = 520;
 constexpr int padding = 30;
 constexpr int spacing = 14;
-constexpr int linkInset = 4;
+constexpr int linkInset = 4; // the link's ring reaches into the padding
 
 } // namespace
 
 AboutPane::AboutPane(QWidget *parent)
-    : QDialog(parent)
+    : FittedDialog(paneWidth, parent)
 {
     setObjectName(u"aboutPane"_s);
     setWindowTitle(u"About Varda"_s);
-    setFixedWidth(paneWidth);
     QLabel *title = makeText(u"Varda by Halvex"_s, theme::font(theme::title2Size, QFont::Bold), theme::text, this);
     title->setObjectName(u"aboutTitle"_s);
     QLabel *build = makeText(u"Local development build · Apple Silicon · macOS 13+"_s, theme::font(theme::bodySize),
@@ -43,22 +42,22 @@ AboutPane::AboutPane(QWidget *parent)
     setPlainToolTip(link, page.toString());
     QObject::connect(link, &Button::clicked, this, [page] { QDesktopServices::openUrl(page); });
 
-    auto *foot = new QHBoxLayout; // a link's own inset is outside the column
-    foot->setContentsMargins(-linkInset, -linkInset, 0, 0);
-    foot->addWidget(link);
-    foot->addStretch(1);
-    auto *stack = new QVBoxLayout(this);
-    stack->setContentsMargins(padding, padding, padding, padding - linkInset);
+    auto *outer = new QVBoxLayout(this);
+    outer->setContentsMargins(padding - linkInset, padding, padding - linkInset, padding - linkInset);
+    outer->setSpacing(spacing - linkInset);
+    auto *stack = new QVBoxLayout;
+    stack->setContentsMargins(linkInset, 0, linkInset, 0);
     stack->setSpacing(spacing);
-    stack->setSizeConstraint(QLayout::SetMinAndMaxSize);
     stack->addWidget(title);
     stack->addWidget(build);
     stack->addWidget(text);
-    stack->addLayout(foot);
+    outer->addLayout(stack);
+    outer->addWidget(link, 0, Qt::AlignLeft);
 }
 
 void AboutPane::present()
 {
+    setFocus(); // not yet on the link
     show();
     raise();
     activateWindow();

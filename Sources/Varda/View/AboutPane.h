@@ -1,11 +1,11 @@
 // AboutPane: what this program is, and where to read about what it runs.
 #pragma once
 
-#include <QDialog>
+#include "Varda/View/FittedDialog.h"
 
 namespace varda {
 
-class AboutPane final : public QDialog
+class AboutPane final : public FittedDialog
 {
     Q_OBJECT
 

@@ -36,8 +36,11 @@ ConsolePanel::ConsolePanel(VardaModel &model, const Commands &commands, QWidget 
     QObject::connect(m_toggle, &Button::clicked, this, [this] { m_model.logging = !m_model.logging(); });
     QObject::connect(m_export, &Button::clicked, this, [this] { m_model.exportLogs(); });
 
-    auto *heading = new IconLabel(Icon::Terminal, headingIcon, u"DEVICE CONSOLE"_s,
-                                  theme::font(theme::captionSize, QFont::DemiBold), this);
+    auto *heading =
+        new IconLabel(Icon::Terminal, headingIcon, u"DEVICE CONSOLE"_s, theme::capitals(theme::captionSize), this);
+    QPalette colours = heading->palette();
+    colours.setColor(QPalette::WindowText, theme::accent);
+    heading->setPalette(colours);
     heading->setObjectName(u"consoleHeading"_s);
     QLabel *footer = makeText(u"Latest 350 lines · refreshes every 2.5s"_s, theme::font(theme::captionSize),
                               theme::secondaryText, this);

@@ -22,13 +22,14 @@ constexpr int tallestText = 320;
 } // namespace
 
 ErrorAlert::ErrorAlert(QWidget *window)
-    : QDialog(window)
+    : FittedDialog(alertWidth, window)
     , m_text(new TextBlock(theme::font(theme::bodySize), theme::text, QAccessible::StaticText, this))
 {
     setObjectName(u"alert"_s);
     setWindowTitle(u"Varda"_s);
     setWindowModality(Qt::WindowModal);
     auto *title = new IconLabel(Icon::Warning, iconSize, u"Varda"_s, theme::font(theme::title2Size, QFont::Bold), this);
+    title->setIconColour(theme::attention);
     title->setObjectName(u"alertTitle"_s);
     m_text->setObjectName(u"alertText"_s);
     m_text->setMaximumTextHeight(tallestText);
@@ -53,11 +54,9 @@ ErrorAlert::ErrorAlert(QWidget *window)
     auto *stack = new QVBoxLayout(this);
     stack->setContentsMargins(0, padding, 0, padding - 4);
     stack->setSpacing(spacing);
-    stack->setSizeConstraint(QLayout::SetFixedSize);
     stack->addLayout(head);
     stack->addLayout(message);
     stack->addLayout(foot);
-    stack->addStrut(alertWidth);
     ok->setFocus();
 }
 

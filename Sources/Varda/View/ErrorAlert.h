@@ -1,7 +1,7 @@
 // ErrorAlert: the last failure, in front of everything else.
 #pragma once
 
-#include <QDialog>
+#include "Varda/View/FittedDialog.h"
 
 namespace varda {
 
@@ -9,7 +9,7 @@ class TextBlock;
 
 /// A dialog that is opened, not executed. Emits `finished` when the person dismisses it by whatever means; neither
 /// `present` nor `withdraw` does.
-class ErrorAlert final : public QDialog
+class ErrorAlert final : public FittedDialog
 {
     Q_OBJECT
 

@@ -47,6 +47,12 @@ IconLabel::IconLabel(Icon icon, int iconSize, const QString &text, const QFont &
     makeRoom();
 }
 
+void IconLabel::setIconColour(const QColor &colour)
+{
+    m_iconColour = colour;
+    update();
+}
+
 int IconLabel::scaledIcon() const
 {
     return static_cast<int>(std::lround(font().pixelSize() * m_iconPerPixel));
@@ -71,7 +77,8 @@ void IconLabel::paintEvent(QPaintEvent *event)
     QLabel::paintEvent(event);
     QPainter painter(this);
     const int size = scaledIcon();
-    paintIcon(painter, m_icon, QRectF(0, (height() - size) / 2.0, size, size), palette().color(QPalette::WindowText));
+    paintIcon(painter, m_icon, QRectF(0, (height() - size) / 2.0, size, size),
+              m_iconColour.value_or(palette().color(QPalette::WindowText)));
 }
 
 ElidedLabel::ElidedLabel(Qt::TextElideMode mode, QWidget *parent)

@@ -22,6 +22,9 @@ class IconLabel final : public QLabel
 public:
     IconLabel(Icon icon, int iconSize, const QString &text, const QFont &font, QWidget *parent = nullptr);
 
+    /// The icon has the text's colour otherwise.
+    void setIconColour(const QColor &colour);
+
 protected:
     void paintEvent(QPaintEvent *event) override;
     void changeEvent(QEvent *event) override;
@@ -32,6 +35,7 @@ private:
 
     const Icon m_icon;
     const double m_iconPerPixel;
+    std::optional<QColor> m_iconColour;
 };
 
 /// One line of a text that came from outside, of any length: what does not fit is elided, and the tooltip holds it all.

@@ -31,7 +31,7 @@ Panel::Panel(const QString &title, Icon icon, QWidget *parent)
 {
     m_content->setContentsMargins(theme::panelPadding, theme::panelPadding, theme::panelPadding, theme::panelPadding);
     m_content->setSpacing(theme::panelSpacing);
-    auto *label = new IconLabel(icon, titleIcon, title, theme::font(theme::captionSize, QFont::DemiBold), this);
+    auto *label = new IconLabel(icon, titleIcon, title, theme::capitals(theme::captionSize), this);
     QPalette palette = label->palette();
     palette.setColor(QPalette::WindowText, theme::accent);
     label->setPalette(palette);

@@ -53,6 +53,7 @@ void SideColumn::addHeader(QVBoxLayout &stack, const Commands &commands)
     auto *product =
         new IconLabel(Icon::Product, productIcon, u"Varda"_s, theme::font(theme::title2Size, QFont::Bold), this);
     product->setObjectName(u"productLabel"_s);
+    product->setIconColour(theme::accent);
 
     auto *menuButton = new Button(Button::Kind::Bare, {}, Icon::Menu, this);
     menuButton->setObjectName(u"menuButton"_s);
@@ -64,8 +65,8 @@ void SideColumn::addHeader(QVBoxLayout &stack, const Commands &commands)
         m_menu->popup(menuButton->mapToGlobal(QPoint(0, menuButton->height() + 4)));
     });
 
-    QLabel *tag = makeText(u"HALVEX / ANDROID WORKSPACE"_s, theme::font(theme::tagSize, QFont::Medium),
-                           theme::secondaryText, this);
+    QLabel *tag =
+        makeText(u"HALVEX / ANDROID WORKSPACE"_s, theme::capitals(theme::tagSize), theme::secondaryText, this);
     tag->setObjectName(u"productTag"_s);
 
     auto *title = new QHBoxLayout;
@@ -81,7 +82,9 @@ void SideColumn::addHeader(QVBoxLayout &stack, const Commands &commands)
 
 void SideColumn::addDevices(QVBoxLayout &stack, const Commands &commands)
 {
-    QLabel *heading = makeText(u"DEVICES"_s, theme::font(theme::captionSize, QFont::Bold), theme::secondaryText, this);
+    QFont devicesFont = theme::capitals(theme::captionSize);
+    devicesFont.setWeight(QFont::Bold);
+    QLabel *heading = makeText(u"DEVICES"_s, devicesFont, theme::secondaryText, this);
     heading->setWordWrap(false);
     heading->setObjectName(u"devicesHeading"_s);
     m_refresh = new Button(Button::Kind::Bare, {}, Icon::Refresh, this);
@@ -115,6 +118,7 @@ void SideColumn::addTrustNote(QVBoxLayout &stack)
     auto *title = new IconLabel(Icon::Shield, noteIcon, u"Real hardware. Real results."_s,
                                 theme::font(theme::bodySize, QFont::Medium), this);
     title->setObjectName(u"trustTitle"_s);
+    title->setIconColour(theme::accent);
     QLabel *note =
         makeText(u"USB first. Authorize this Mac on your phone, then install and test your own development APKs."_s,
                  theme::font(theme::captionSize), theme::secondaryText, this);

@@ -87,6 +87,11 @@ void StatusLine::show(const QString &status, bool busy)
     m_text->show(status);
 }
 
+int StatusLine::padding()
+{
+    return verticalPadding + TextBlock::inset;
+}
+
 void StatusLine::setFloating(bool floating)
 {
     if (floating == m_floating)

@@ -37,6 +37,9 @@ public:
 
     void show(const QString &status, bool busy);
 
+    /// How far its text is from its upper and lower edges.
+    static int padding();
+
     /// While it floats over other content it paints a ground of its own.
     void setFloating(bool floating);
 

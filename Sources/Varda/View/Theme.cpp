@@ -23,6 +23,13 @@ QFont font(int pixels, QFont::Weight weight)
     return font;
 }
 
+QFont capitals(int pixels)
+{
+    QFont capitals = font(pixels, QFont::DemiBold);
+    capitals.setLetterSpacing(QFont::PercentageSpacing, 104);
+    return capitals;
+}
+
 QFont monospaced(int pixels)
 {
     static const QString fixed = family(QStringLiteral("DejaVu Sans Mono"), QFontDatabase::FixedFont);

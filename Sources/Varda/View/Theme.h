@@ -85,6 +85,8 @@ inline constexpr double focusRing = 2.0;
 
 /// The window's sans-serif face ("Inter" where installed, else the desktop's own) at `pixels`.
 QFont font(int pixels, QFont::Weight weight = QFont::Normal);
+/// The bold face of headings in capitals, which stand a little apart.
+QFont capitals(int pixels);
 /// The fixed-pitch face at `pixels`.
 QFont monospaced(int pixels);
 /// `base` brought from body size to `pixels`, so that a widget that paints several sizes follows its own font.

@@ -22,7 +22,7 @@ constexpr int spacing = 18;
 } // namespace
 
 WirelessSheet::WirelessSheet(VardaModel &model, QWidget *window)
-    : QDialog(window)
+    : FittedDialog(sheetWidth, window)
     , m_model(model)
     , m_pairingEndpoint(
           makeField(u"pairingEndpointField"_s, u"Pairing address"_s, u"Pairing address · 192.168.1.50:37123"_s, this))
@@ -36,11 +36,16 @@ WirelessSheet::WirelessSheet(VardaModel &model, QWidget *window)
     setObjectName(u"wirelessSheet"_s);
     setWindowTitle(u"Go wireless"_s);
     setWindowModality(Qt::WindowModal);
-    setFixedWidth(sheetWidth);
-    auto *stack = new QVBoxLayout(this);
-    stack->setContentsMargins(padding, padding, padding, padding - TextBlock::inset);
+    // The status has an inset of its own, so that it alone reaches into the padding.
+    constexpr int inset = TextBlock::inset;
+    auto *outer = new QVBoxLayout(this);
+    outer->setContentsMargins(padding - inset, padding, padding - inset, padding - inset);
+    outer->setSpacing(spacing - inset);
+    auto *stack = new QVBoxLayout;
+    stack->setContentsMargins(inset, 0, inset, 0);
     stack->setSpacing(spacing);
-    stack->setSizeConstraint(QLayout::SetMinAndMaxSize);
+    outer->addLayout(stack);
+    outer->addWidget(m_status);
     addHeader(*stack);
     addPairing(*stack);
     auto *divider = new Surface(theme::hairline, Qt::transparent, 0, this);
@@ -48,10 +53,6 @@ WirelessSheet::WirelessSheet(VardaModel &model, QWidget *window)
     stack->addWidget(divider);
     addConnection(*stack);
     m_status->setObjectName(u"sheetStatusText"_s);
-    auto *status = new QHBoxLayout;
-    status->setContentsMargins(-TextBlock::inset, -TextBlock::inset, -TextBlock::inset, 0);
-    status->addWidget(m_status);
-    stack->addLayout(status);
 
     bindText(*m_pairingEndpoint, m_model.pairingEndpoint);
     bindText(*m_pairingCode, m_model.pairingCode);

@@ -2,8 +2,7 @@
 #pragma once
 
 #include "Varda/Model/VardaModel.h"
-
-#include <QDialog>
+#include "Varda/View/FittedDialog.h"
 
 class QLineEdit;
 class QVBoxLayout;
@@ -14,7 +13,7 @@ class Button;
 class TextBlock;
 
 /// Shown while the model's `wireless` is true; closing it by any means writes false.
-class WirelessSheet final : public QDialog
+class WirelessSheet final : public FittedDialog
 {
     Q_OBJECT
 

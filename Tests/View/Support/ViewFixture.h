@@ -1,0 +1,74 @@
+// ViewFixture: a real window on a real model that was never started, whose properties a test writes.
+#pragma once
+
+#include "Varda/Model/VardaModel.h"
+#include "Varda/View/VardaView.h"
+
+#include <QTest>
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+
+namespace varda {
+
+/// Answers every question as the test has said beforehand, and counts the questions.
+class ScriptedDialogs final : public FileDialogs
+{
+public:
+    std::optional<QUrl> chooseBuild() override
+    {
+        ++questions;
+        return build;
+    }
+    std::optional<QString> saveLocation(SaveKind, const QString &) override
+    {
+        ++questions;
+        return location;
+    }
+
+    std::optional<QUrl> build;
+    std::optional<QString> location;
+    int questions = 0;
+};
+
+/// A window with its model. Nothing polls: what the window shows is what the test published.
+class ViewFixture
+{
+public:
+    ViewFixture();
+
+    /// Shows the window and waits until it is on the screen.
+    void show();
+
+    /// The one widget called `name`, in the window or in a dialog over it; fails the program where there is none.
+    template <typename Widget = QWidget>
+    Widget *find(const char *name) const
+    {
+        auto *widget = view->findChild<Widget *>(QString::fromLatin1(name));
+        if (!widget)
+            qFatal("no widget is called %s", name);
+        return widget;
+    }
+
+    /// Publishes one device as attached and selected.
+    void attach(const AndroidDevice &device);
+
+    /// Lets the window render what was published.
+    static void settle();
+
+    ScriptedDialogs *dialogs; ///< owned by the model
+    std::shared_ptr<VardaModel> model;
+    std::unique_ptr<VardaView> view;
+};
+
+inline const AndroidDevice readyPhone{QStringLiteral("R58M42ABCDE"), QStringLiteral("device"),
+                                      QStringLiteral("Pixel 8")};
+inline const AndroidDevice shyPhone{QStringLiteral("ZY22FQ7TKD"), QStringLiteral("unauthorized"),
+                                    QStringLiteral("moto g54 5G")};
+inline const AndroidDevice anEmulator{QStringLiteral("emulator-5554"), QStringLiteral("device"),
+                                      QStringLiteral("sdk gphone64 x86 64")};
+inline const AndroidDevice wirelessPhone{QStringLiteral("192.168.1.50:42137"), QStringLiteral("offline"),
+                                         QStringLiteral("SM S911B")};
+
+} // namespace varda

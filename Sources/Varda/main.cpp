@@ -1,7 +1,17 @@
 // The program `varda`.
+#include "Varda/CommandLine.h"
 #include "Varda/VardaApp.h"
+
+#include <cstdio>
 
 int main(int argc, char *argv[])
 {
-    return varda::VardaApp(argc, argv).run();
+    if (const auto text = varda::CommandLine::answer(argc, argv))
+        return std::fputs(qPrintable(*text), stdout) == EOF;
+    varda::VardaApp application(argc, argv);
+    if (const auto mistake = varda::CommandLine::mistake()) {
+        std::fprintf(stderr, "varda: %s\nTry 'varda --help'.\n", qPrintable(*mistake));
+        return 1;
+    }
+    return application.run();
 }

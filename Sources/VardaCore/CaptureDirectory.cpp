@@ -2,8 +2,6 @@
 // number.
 #include "VardaCore/CaptureDirectory.h"
 
-#include <QDir>
-#include <QFile>
 #include <QUuid>
 
 #include <algorithm>
@@ -27,10 +25,17 @@ constexpr mode_t filePermissions = 0600;
     throw std::system_error(number, std::generic_category(), path);
 }
 
-/// A path that no other command has, of this process or another.
-std::string newPath(const std::string &parent)
+/// Whether or not it exists; QDir::tempPath() has no name for a directory that is missing.
+std::string temporaryDirectory()
 {
-    return parent + "/varda-" + QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper().toStdString();
+    const QByteArray path = qgetenv("TMPDIR");
+    return path.isEmpty() ? "/tmp" : path.toStdString();
+}
+
+/// A path that no other command has, of this process or another.
+std::string newPath(const std::filesystem::path &parent)
+{
+    return parent / ("varda-" + QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper().toStdString());
 }
 
 /// The bytes of `file` that were there when this was called, `limit` at most.
@@ -57,7 +62,7 @@ QByteArray readAll(const Descriptor &file, qint64 limit, const std::string &path
 
 CaptureDirectory::CaptureDirectory()
 {
-    const std::string parent = QFile::encodeName(QDir::tempPath()).toStdString();
+    const std::string parent = temporaryDirectory();
     std::error_code failure;
     std::filesystem::create_directories(parent, failure);
     if (failure)

@@ -291,7 +291,7 @@ private:
 ChildProcess ChildProcess::launch(const ChildDescription &description)
 {
     const QByteArray path = QFile::encodeName(description.executable);
-    const std::string what = path.toStdString();
+    const std::string what = path.constData();
     check(holdsNul(description) ? EINVAL : 0, what);
     makeChildrenWaitable();
 

@@ -1,0 +1,228 @@
+// The private temporary directory of one command.
+#include "VardaCore/CaptureDirectory.h"
+#include "VardaCore/ToolError.h"
+
+#include "Support/ProcessCensus.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace varda;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Sets the umask for as long as it lives.
+class Umask
+{
+public:
+    explicit Umask(mode_t mask)
+        : m_previous(::umask(mask))
+    {
+    }
+    Umask(const Umask &) = delete;
+    Umask &operator=(const Umask &) = delete;
+    ~Umask() { ::umask(m_previous); }
+
+private:
+    mode_t m_previous;
+};
+
+mode_t permissions(const QString &path)
+{
+    struct stat attributes = {};
+    if (::lstat(QFile::encodeName(path).constData(), &attributes) != 0)
+        return 0;
+    return attributes.st_mode & 07777U;
+}
+
+void write(const Descriptor &file, const QByteArray &bytes)
+{
+    QCOMPARE(::write(file.get(), bytes.constData(), static_cast<size_t>(bytes.size())), bytes.size());
+}
+
+template <typename Action>
+QString failureOf(const Action &action)
+{
+    try {
+        action();
+    } catch (const std::system_error &error) {
+        return describe(error);
+    }
+    return u"(no failure)"_s;
+}
+
+} // namespace
+
+class CaptureDirectoryTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_home = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_home->isValid());
+        m_temporary = m_home->path();
+        qputenv("TMPDIR", QFile::encodeName(m_temporary));
+        m_census = std::make_unique<ProcessCensus>();
+    }
+
+    void cleanup()
+    {
+        QCOMPARE(m_census->newcomers(), QStringList());
+        qunsetenv("TMPDIR");
+    }
+
+    void isNamedAfterAnUpperCaseUuid()
+    {
+        const CaptureDirectory directory;
+        static const QRegularExpression name(
+            u"\\Avarda-[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}\\z"_s);
+        QVERIFY2(name.match(only()).hasMatch(), qPrintable(only()));
+    }
+
+    void isPrivateWhateverTheUmask_data()
+    {
+        QTest::addColumn<int>("mask");
+        for (const int mask : {0, 022, 077, 0777})
+            QTest::addRow("%03o", mask) << mask;
+    }
+    void isPrivateWhateverTheUmask()
+    {
+        QFETCH(int, mask);
+        const Umask umask(static_cast<mode_t>(mask));
+        const CaptureDirectory directory;
+        const Descriptor file = directory.createFile("stdout");
+        QCOMPARE(permissions(path()), 0700U);
+        QCOMPARE(permissions(path("stdout")), 0600U);
+    }
+
+    void makesMissingTemporaryDirectory()
+    {
+        m_temporary += u"/a/ä b"_s;
+        qputenv("TMPDIR", QFile::encodeName(m_temporary));
+        {
+            const CaptureDirectory directory;
+            QCOMPARE(permissions(path()), 0700U);
+        }
+        QVERIFY(QDir(m_temporary).isEmpty());
+    }
+
+    void namesTheTemporaryDirectoryThatCannotBeMade()
+    {
+        QFile obstacle(m_home->filePath(u"file"_s));
+        QVERIFY(obstacle.open(QIODevice::WriteOnly));
+        obstacle.close();
+        qputenv("TMPDIR", QFile::encodeName(obstacle.fileName()) + "/below");
+        QCOMPARE(failureOf([] { const CaptureDirectory directory; }),
+                 obstacle.fileName() + u"/below: Not a directory"_s);
+        qputenv("TMPDIR", QFile::encodeName(obstacle.fileName()));
+        QVERIFY(failureOf([] { const CaptureDirectory directory; }).endsWith(u": Not a directory"));
+    }
+
+    void opensFilesForWritingOnlyAndCloseOnExec()
+    {
+        const CaptureDirectory directory;
+        const Descriptor file = directory.createFile("stdout");
+        QCOMPARE(::fcntl(file.get(), F_GETFL) & O_ACCMODE, O_WRONLY);
+        QCOMPARE(::fcntl(file.get(), F_GETFD), FD_CLOEXEC);
+    }
+
+    void neverWritesWhereSomethingStands()
+    {
+        const CaptureDirectory directory;
+        QVERIFY(QFile::link(m_home->filePath(u"elsewhere"_s), path("stdout")));
+        QCOMPARE(failureOf([&] { directory.createFile("stdout"); }), path("stdout") + u": File exists"_s);
+        QVERIFY(!QFile::exists(m_home->filePath(u"elsewhere"_s)));
+    }
+
+    void readsBackWhatWasWritten()
+    {
+        const CaptureDirectory directory;
+        const Descriptor file = directory.createFile("stdout");
+        QCOMPARE(directory.size("stdout"), 0);
+        QCOMPARE(directory.read("stdout"), QByteArray());
+        const QByteArray bytes("a\0b\xFF\r\n", 6);
+        write(file, bytes);
+        QCOMPARE(directory.size("stdout"), 6);
+        QCOMPARE(directory.read("stdout"), bytes);
+        QCOMPARE(directory.read("stdout", 3), bytes.first(3));
+        QCOMPARE(directory.read("stdout", 0), QByteArray());
+    }
+
+    void saysWhichFileCannotBeRead()
+    {
+        const CaptureDirectory directory;
+        QCOMPARE(directory.size("stdout"), std::nullopt);
+        QCOMPARE(failureOf([&] { directory.read("stdout"); }), path("stdout") + u": No such file or directory"_s);
+        QVERIFY(QDir(path()).mkdir(u"stdout"_s));
+        QCOMPARE(failureOf([&] { directory.read("stdout"); }), path("stdout") + u": Is a directory"_s);
+    }
+
+    void doesNotBlockOnAPipeInTheFilesPlace()
+    {
+        const CaptureDirectory directory;
+        QCOMPARE(::mkfifo(QFile::encodeName(path("stdout")).constData(), 0600), 0);
+        QCOMPARE(directory.read("stdout"), QByteArray());
+    }
+
+    void removesAllThatIsInIt()
+    {
+        {
+            const CaptureDirectory directory;
+            const Descriptor file = directory.createFile("stdout");
+            QVERIFY(QDir(path()).mkpath(u"a/b"_s));
+            QVERIFY(QFile::link(QDir::homePath(), path("link")));
+        }
+        QVERIFY(QDir(m_temporary).isEmpty());
+        QVERIFY(QDir::home().exists());
+    }
+
+    void canBeRemovedEarlyAndByOthers()
+    {
+        const CaptureDirectory directory;
+        directory.remove();
+        QVERIFY(QDir(m_temporary).isEmpty());
+        directory.remove();
+        QVERIFY(failureOf([&] { directory.createFile("stdout"); }).endsWith(u"/stdout: No such file or directory"));
+    }
+
+    void sharesNothingWithAnother()
+    {
+        const CaptureDirectory first;
+        const QString firstName = only();
+        {
+            const CaptureDirectory second;
+            QCOMPARE(QDir(m_temporary).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size(), 2);
+        }
+        QCOMPARE(only(), firstName);
+    }
+
+private:
+    /// The one entry of the temporary directory.
+    QString only() const { return QDir(m_temporary).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).value(0); }
+
+    QString path(const char *name = nullptr) const
+    {
+        const QString directory = m_temporary + u'/' + only();
+        return name ? QString(directory + u'/' + QString::fromLatin1(name)) : directory;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_home;
+    QString m_temporary;
+    std::unique_ptr<ProcessCensus> m_census;
+};
+
+QTEST_GUILESS_MAIN(CaptureDirectoryTest)
+#include "CaptureDirectoryTest.moc"

@@ -1,0 +1,427 @@
+// Whole commands, from the launch to the last thing cleaned up.
+#include "VardaCore/Android.h"
+
+#include "Support/ProcessCensus.h"
+#include "Support/StandIn.h"
+#include "Support/Wait.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+
+#include <cmath>
+#include <csignal>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <vector>
+
+using namespace varda;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+using Seconds = std::chrono::duration<double>;
+
+const QString timedOut = u"The Android command timed out. Check the phone connection and try again."_s;
+const QString tooLarge = u"Command output was too large to display safely."_s;
+
+/// Longer than any command here may take.
+constexpr Seconds enough = 50s;
+
+QCoro::Task<CommandResult> standInThat(const QStringList &arguments, const std::optional<QString> &input = std::nullopt,
+                                       Seconds timeout = enough)
+{
+    return CommandRunner::run(standIn(), arguments, input, timeout);
+}
+
+/// The sentence of the error that `task` ends with.
+template <typename T>
+QString failureOf(QCoro::Task<T> task)
+{
+    try {
+        resultOf(std::move(task));
+    } catch (const std::exception &error) {
+        return describe(error);
+    }
+    return u"(no failure)"_s;
+}
+
+} // namespace
+
+class CommandRunnerTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_home = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_home->isValid());
+        QVERIFY(QDir(m_home->path()).mkdir(u"tmp"_s));
+        qputenv("TMPDIR", QFile::encodeName(m_home->filePath(u"tmp"_s)));
+        m_census = std::make_unique<ProcessCensus>();
+    }
+
+    void cleanup()
+    {
+        QTRY_COMPARE_WITH_TIMEOUT(m_census->newcomers(), QStringList(), 30'000);
+        QVERIFY(QDir::temp().isEmpty());
+        qunsetenv("TMPDIR");
+    }
+
+    void capturesStatusAndBothStreams()
+    {
+        const CommandResult result =
+            resultOf(standInThat({u"output"_s, u"Gerät\n"_s, u"error"_s, u" 警告\r\n"_s, u"exit"_s, u"3"_s}));
+        QCOMPARE(result.code, 3);
+        QCOMPARE(result.data, u"Gerät\n"_s.toUtf8());
+        QCOMPARE(result.error, u" 警告\r\n"_s);
+    }
+
+    void capturesNothingOfASilentChild()
+    {
+        const CommandResult result = resultOf(standInThat({}));
+        QCOMPARE(result.code, 0);
+        QCOMPARE(result.data, QByteArray());
+        QCOMPARE(result.error, QString());
+    }
+
+    void givesTheSignalNumberOfAChildThatASignalEnded_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<qint32>("number");
+        QTest::newRow("TERM") << u"TERM"_s << SIGTERM;
+        QTest::newRow("KILL") << u"KILL"_s << SIGKILL;
+        QTest::newRow("SEGV") << u"SEGV"_s << SIGSEGV;
+    }
+    void givesTheSignalNumberOfAChildThatASignalEnded()
+    {
+        QFETCH(QString, name);
+        QFETCH(qint32, number);
+        const CommandResult result = resultOf(standInThat({u"output"_s, u"before"_s, u"die-by"_s, name}));
+        QCOMPARE(result.code, number);
+        QCOMPARE(result.data, "before");
+    }
+
+    void repairsStandardErrorThatIsNotUtf8()
+    {
+        // The child copies its input, so bytes that no argument can carry come from a file.
+        QFile script(m_home->filePath(u"script"_s));
+        QVERIFY(script.open(QIODevice::WriteOnly));
+        script.write("#!/bin/sh\nprintf 'a\\377b\\342\\202A' >&2\n");
+        script.close();
+        QVERIFY(script.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+        const QStringList none;
+        QCOMPARE(resultOf(CommandRunner::run(script.fileName(), none, std::nullopt, enough)).error,
+                 u"a\uFFFDb\uFFFDA"_s);
+    }
+
+    void givesTheChildThreeStreamsAndNothingElse()
+    {
+        const CommandResult result = resultOf(standInThat({u"report"_s, u"a b"_s, u"手机 \"$HOME\""_s}));
+        const QJsonObject report = QJsonDocument::fromJson(result.data).object();
+        QCOMPARE(report[u"arguments"_s].toArray(), QJsonArray({standIn(), u"report"_s, u"a b"_s, u"手机 \"$HOME\""_s}));
+        const QJsonObject descriptors = report[u"descriptors"_s].toObject();
+        QCOMPARE(descriptors.keys(), QStringList({u"0"_s, u"1"_s, u"2"_s}));
+        QCOMPARE(descriptors[u"0"_s].toString(), u"/dev/null"_s);
+        QVERIFY(descriptors[u"1"_s].toString().endsWith(u"/stdout"));
+        QVERIFY(descriptors[u"2"_s].toString().endsWith(u"/stderr"));
+        QCOMPARE(report[u"directory"_s].toString(), QDir::currentPath());
+        QVERIFY(report[u"environment"_s].toArray().contains(QString(u"TMPDIR="_s + QDir::tempPath())));
+    }
+
+    void givesInputAsAPipeThatIsTheOnlyOtherDifference()
+    {
+        const CommandResult result = resultOf(standInThat({u"report"_s}, u"x"_s));
+        const QJsonObject report = QJsonDocument::fromJson(result.data).object();
+        const QJsonObject descriptors = report[u"descriptors"_s].toObject();
+        QCOMPARE(descriptors.keys(), QStringList({u"0"_s, u"1"_s, u"2"_s}));
+        QVERIFY(descriptors[u"0"_s].toString().startsWith(u"pipe:"));
+    }
+
+    void writesInputWithOneLineFeedAdded_data()
+    {
+        QTest::addColumn<QString>("input");
+        QTest::addColumn<QByteArray>("received");
+        QTest::newRow("empty") << QString(u""_s) << "\n"_ba;
+        QTest::newRow("pairing code") << u"123456"_s << "123456\n"_ba;
+        QTest::newRow("already ends in one") << u"a\n"_s << "a\n\n"_ba;
+        QTest::newRow("not ASCII") << u"Gerät 手机 📱"_s << u"Gerät 手机 📱\n"_s.toUtf8();
+        QTest::newRow("NUL") << u"a"_s + QChar(0) << QByteArray("a\0\n", 3);
+        QTest::newRow("fills the pipe") << QString(65535, u'x') << QByteArray(65535, 'x') + '\n';
+        QTest::newRow("more than the pipe takes") << QString(5'000'000, u'y') << QByteArray(5'000'000, 'y') + '\n';
+    }
+    void writesInputWithOneLineFeedAdded()
+    {
+        QFETCH(QString, input);
+        QFETCH(QByteArray, received);
+        const CommandResult result = resultOf(standInThat({u"copy-input"_s}, input));
+        QVERIFY(result.data == received);
+        QCOMPARE(result.code, 0);
+    }
+
+    void countsTheTimeoutFromTheEndOfTheInput()
+    {
+        const LoopMonitor monitor;
+        const CommandResult result =
+            resultOf(standInThat({u"sleep"_s, u"0.5"_s, u"copy-input"_s}, QString(200'000, u'x'), 0.4s));
+        QCOMPARE(result.data.size(), 200'001);
+        QVERIFY(monitor.turns() > 50);
+    }
+
+    void failsReadablyWhenNobodyReadsTheInput()
+    {
+        const QString sentence = u"Cannot write to "_s + standIn() + u": Broken pipe"_s;
+        const QString input(1'000'000, u'x');
+        QCOMPARE(failureOf(standInThat({u"exit"_s, u"0"_s}, input)), sentence);
+        QCOMPARE(failureOf(standInThat({u"sleep"_s, u"0.1"_s}, input)), sentence);
+        // Nor does it matter what this process does with the signal.
+        const auto previous = std::signal(SIGPIPE, SIG_IGN);
+        const QString failure = failureOf(standInThat({u"sleep"_s, u"0.1"_s}, input));
+        std::signal(SIGPIPE, previous);
+        QCOMPARE(failure, sentence);
+    }
+
+    void leavesAChildThatRefusesItsInputToEndOnItsOwn()
+    {
+        const QString ended = m_home->filePath(u"ended"_s);
+        const QStringList arguments = {u"close-input"_s, u"sleep"_s, u"0.3"_s, u"create-file"_s, ended};
+        QVERIFY(failureOf(standInThat(arguments, QString(1'000'000, u'x'), 0s)).endsWith(u": Broken pipe"));
+        QVERIFY(QDir::temp().isEmpty());
+        QVERIFY(!QFile::exists(ended));
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(ended), 30'000);
+    }
+
+    void writersThatWaitHoldUpNobody()
+    {
+        const QString go = m_home->filePath(u"go"_s);
+        std::vector<QCoro::Task<CommandResult>> writers;
+        for (int i = 0; i < 50; ++i)
+            writers.push_back(standInThat({u"await-file"_s, go, u"copy-input"_s}, QString(200'000, u'x')));
+        for (int i = 0; i < 20; ++i)
+            QCOMPARE(resultOf(standInThat({u"output"_s, u"x"_s})).data, "x");
+        for (const auto &writer : writers)
+            QVERIFY(!writer.isReady());
+        QFile file(go);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        for (auto &writer : writers)
+            QCOMPARE(resultOf(std::move(writer)).data.size(), 200'001);
+    }
+
+    void acceptsThirtyTwoMebibytesOfOutputAndNoByteMore()
+    {
+        const CommandResult result = resultOf(standInThat({u"flood-output"_s, u"33554432"_s}));
+        QCOMPARE(result.data.size(), 33'554'432);
+        QCOMPARE(failureOf(standInThat({u"flood-output"_s, u"33554433"_s})), tooLarge);
+        QCOMPARE(failureOf(standInThat({u"flood-output"_s, u"33554433"_s, u"exit"_s, u"1"_s})), tooLarge);
+    }
+
+    void holdsAllOfHundredMegabytesOfStandardError()
+    {
+        const LoopMonitor monitor;
+        const CommandResult result = resultOf(standInThat({u"flood-error"_s, u"100000000"_s, u"exit"_s, u"1"_s}));
+        QVERIFY(result.data.isEmpty());
+        QCOMPARE(result.error.size(), 100'000'000);
+        QVERIFY(monitor.turns() > 10);
+        QVERIFY_THROWS_EXCEPTION(ToolError, result.checked());
+    }
+
+    void endsAChildAtItsTimeout_data()
+    {
+        QTest::addColumn<double>("timeout");
+        QTest::newRow("short") << 0.05;
+        QTest::newRow("zero") << 0.0;
+        QTest::newRow("negative") << -1.0;
+        QTest::newRow("least") << -std::numeric_limits<double>::infinity();
+        QTest::newRow("no number") << std::numeric_limits<double>::quiet_NaN();
+    }
+    void endsAChildAtItsTimeout()
+    {
+        QFETCH(double, timeout);
+        QCOMPARE(failureOf(standInThat({u"sleep"_s, u"60"_s}, std::nullopt, Seconds(timeout))), timedOut);
+        QCOMPARE(failureOf(standInThat({u"sleep"_s, u"60"_s}, u"input"_s, Seconds(timeout))), timedOut);
+    }
+
+    void takesAnyLongTimeout_data()
+    {
+        QTest::addColumn<double>("timeout");
+        QTest::newRow("a month") << 30.0 * 24 * 3600;
+        QTest::newRow("ages") << 1e300;
+        QTest::newRow("for ever") << std::numeric_limits<double>::infinity();
+    }
+    void takesAnyLongTimeout()
+    {
+        QFETCH(double, timeout);
+        const QStringList arguments = {u"sleep"_s, u"0.02"_s, u"output"_s, u"x"_s};
+        QCOMPARE(resultOf(standInThat(arguments, std::nullopt, Seconds(timeout))).data, "x");
+    }
+
+    void timesOutEvenAChildThatEndsWellWhenTerminated()
+    {
+        const QStringList arguments = {u"exit-on"_s, u"TERM"_s, u"0"_s, u"output"_s, u"Success"_s, u"sleep"_s, u"60"_s};
+        QCOMPARE(failureOf(standInThat(arguments, std::nullopt, 0.2s)), timedOut);
+    }
+
+    void killsChildThatIgnoresTerminate()
+    {
+        const LoopMonitor monitor;
+        QElapsedTimer elapsed;
+        elapsed.start();
+        const QStringList arguments = {u"ignore"_s, u"TERM"_s, u"sleep"_s, u"60"_s};
+        QCOMPARE(failureOf(standInThat(arguments, std::nullopt, 0.2s)), timedOut);
+        // The grace is a promise to the child, not a measure of speed.
+        QVERIFY(elapsed.elapsed() >= 500);
+        QVERIFY(monitor.turns() > 50);
+    }
+
+    void saysWhyAProgramCannotBeLaunched()
+    {
+        const QStringList none;
+        QCOMPARE(failureOf(CommandRunner::run(u"/missing/adb"_s, none, std::nullopt, enough)),
+                 u"/missing/adb: No such file or directory"_s);
+        QVERIFY(QDir::temp().isEmpty());
+        QCOMPARE(failureOf(CommandRunner::run(m_home->path(), none, u"input"_s, enough)),
+                 m_home->path() + u": Permission denied"_s);
+        QVERIFY(QDir::temp().isEmpty());
+    }
+
+    void saysWhyItsDirectoryCannotBeMade()
+    {
+        qputenv("TMPDIR", QFile::encodeName(standIn()));
+        const QString failure = failureOf(standInThat({}));
+        qputenv("TMPDIR", QFile::encodeName(m_home->filePath(u"tmp"_s)));
+        QVERIFY2(failure.startsWith(standIn()) && failure.endsWith(u": Not a directory"), qPrintable(failure));
+    }
+
+    void failsWhenOutputCannotBeReadBack()
+    {
+        const QString failure = failureOf(standInThat({u"output"_s, u"x"_s, u"unlink-output"_s}));
+        QVERIFY2(failure.endsWith(u"/stdout: No such file or directory"), qPrintable(failure));
+    }
+
+    void hasNoErrorTextWhenStandardErrorCannotBeReadBack()
+    {
+        const CommandResult result =
+            resultOf(standInThat({u"output"_s, u"x"_s, u"error"_s, u"y"_s, u"unlink-error"_s, u"exit"_s, u"2"_s}));
+        QCOMPARE(result.code, 2);
+        QCOMPARE(result.data, "x");
+        QCOMPARE(result.error, QString());
+    }
+
+    void waitsForAChildThatHasClosedItsStreams()
+    {
+        const QStringList arguments = {u"output"_s, u"x"_s, u"close-streams"_s, u"sleep"_s, u"0.1"_s,
+                                       u"exit"_s,   u"5"_s};
+        const CommandResult result = resultOf(standInThat(arguments));
+        QCOMPARE(result.code, 5);
+        QCOMPARE(result.data, "x");
+    }
+
+    void waitsForTheDirectChildOnly()
+    {
+        // The second process holds both streams, as adb's server does when the first adb command starts it.
+        const CommandResult result = resultOf(standInThat({u"leave-behind"_s, u"60"_s, u"/dev/null"_s}));
+        QCOMPARE(result.code, 0);
+        const pid_t left = result.data.trimmed().toInt();
+        QVERIFY(left > 0);
+        QCOMPARE(::kill(left, 0), 0);
+        QVERIFY(QDir::temp().isEmpty());
+        QCOMPARE(::kill(left, SIGKILL), 0);
+    }
+
+    void leavesWhatTheChildStartedAliveAtATimeout()
+    {
+        const QString note = m_home->filePath(u"note"_s);
+        const QStringList arguments = {u"leave-behind"_s, u"0.6"_s, note, u"sleep"_s, u"60"_s};
+        QCOMPARE(failureOf(standInThat(arguments, std::nullopt, 0.1s)), timedOut);
+        QVERIFY(!QFile::exists(note));
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(note), 30'000);
+    }
+
+    void runsManyCommandsAtOnce()
+    {
+        std::vector<QCoro::Task<CommandResult>> tasks;
+        for (int i = 0; i < 200; ++i)
+            tasks.push_back(standInThat({u"sleep"_s, u"0.2"_s, u"copy-input"_s}, QString::number(i)));
+        int i = 0;
+        for (auto &task : tasks)
+            QCOMPARE(resultOf(std::move(task)).data, QByteArray::number(i++) + '\n');
+    }
+
+    void usesADirectoryPerCommand()
+    {
+        const QStringList arguments = {u"sleep"_s, u"0.3"_s, u"report"_s};
+        auto first = standInThat(arguments);
+        auto second = standInThat(arguments);
+        QTRY_COMPARE(QDir::temp().entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 2);
+        const auto output = [](const CommandResult &result) {
+            return QJsonDocument::fromJson(result.data)[u"descriptors"_s][u"1"_s].toString();
+        };
+        const QString firstOutput = output(resultOf(std::move(first)));
+        const QString secondOutput = output(resultOf(std::move(second)));
+        QVERIFY(firstOutput.startsWith(QDir::tempPath() + u"/varda-"_s));
+        QVERIFY(firstOutput != secondOutput);
+    }
+
+    void isNotShortenedByDroppingItsTask()
+    {
+        const QString ended = m_home->filePath(u"ended"_s);
+        {
+            const auto task = standInThat({u"sleep"_s, u"0.2"_s, u"create-file"_s, ended});
+            QVERIFY(!task.isReady());
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(ended), 30'000);
+        QTRY_VERIFY_WITH_TIMEOUT(QDir::temp().isEmpty(), 30'000);
+    }
+
+    void resultArrivesOnTheCallersThread()
+    {
+        QThread *resumedOn = nullptr;
+        const auto caller = [](QThread **resumed) -> QCoro::Task<> {
+            const QStringList arguments(u"exit"_s);
+            co_await CommandRunner::run(standIn(), QStringList{} << arguments << u"0"_s, std::nullopt, enough);
+            *resumed = QThread::currentThread();
+        };
+        resultOf(caller(&resumedOn));
+        QCOMPARE(resumedOn, QThread::currentThread());
+
+        std::unique_ptr<QThread> other(QThread::create([&] { resultOf(caller(&resumedOn)); }));
+        other->start();
+        QVERIFY(other->wait(30s));
+        QCOMPARE(resumedOn, other.get());
+    }
+
+    void leavesNoFileWhenTheProgramEndsInBetween_data()
+    {
+        QTest::addColumn<QStringList>("mode");
+        QTest::newRow("while the child runs") << QStringList();
+        QTest::newRow("while commands wait for a worker") << QStringList(u"queued"_s);
+    }
+    void leavesNoFileWhenTheProgramEndsInBetween()
+    {
+        QFETCH(QStringList, mode);
+        QProcess program;
+        program.setProcessChannelMode(QProcess::ForwardedChannels);
+        program.start(QStringLiteral(QUIT_IN_FLIGHT), QStringList{standIn(), m_home->filePath(u"running"_s)} + mode);
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        QVERIFY(QDir::temp().isEmpty());
+    }
+
+private:
+    std::unique_ptr<QTemporaryDir> m_home;
+    std::unique_ptr<ProcessCensus> m_census;
+};
+
+QTEST_GUILESS_MAIN(CommandRunnerTest)
+#include "CommandRunnerTest.moc"

@@ -1,0 +1,41 @@
+# The packages: a .deb for Debian 12 and an archive that runs wherever it is unpacked. Scripts/package makes both.
+set(CPACK_PACKAGE_NAME varda)
+set(CPACK_PACKAGE_VENDOR "Halvex")
+set(CPACK_PACKAGE_CONTACT "Halvex <varda@halvex.example>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "test your own Android builds on a real phone")
+set(CPACK_PACKAGE_FILE_NAME "varda-${PROJECT_VERSION}-linux-${CMAKE_SYSTEM_PROCESSOR}")
+set(CPACK_OUTPUT_FILE_PREFIX packages)
+set(CPACK_GENERATOR DEB TGZ)
+set(CPACK_VERBATIM_VARIABLES ON)
+set(CPACK_THREADS 0)
+# Whatever the umask of who makes the package.
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+if(IS_SYMLINK "${VARDA_TOOLS}/scrcpy/scrcpy")
+    set(scrcpy_package "scrcpy, ")
+    set(scrcpy_words " Mirroring needs scrcpy 3 or later with its server file.")
+endif()
+
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_SECTION devel)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+"One window for the rounds that every build of an Android app goes through:
+pick a phone, drop the APK file, install it and keep the app's data, launch
+and stop the app, read its log, save a screenshot, mirror and record the
+screen, pair and connect over Wi-Fi.
+.
+The package brings an adb of its own, because the one of Debian 12 cannot
+pair.${scrcpy_words}")
+# What the program links, and what the adb inside links, is found by dpkg-shlibdeps.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${VARDA_TOOLS}/platform-tools/lib")
+# The rules that let the user at the desk open a phone on USB.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "android-sdk-platform-tools-common | android-udev-rules")
+# A window on Wayland, its letters, links that open in the browser, and, where the package does not bring it, scrcpy.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-inter, qt6-wayland, ${scrcpy_package}xdg-utils")
+set(CPACK_PRE_BUILD_SCRIPTS "${CMAKE_CURRENT_LIST_DIR}/Finish.cmake")
+
+include(CPack)

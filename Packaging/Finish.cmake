@@ -1,0 +1,29 @@
+# Run by CPack between installing the files and packing them: what only one kind of package wants.
+set(here "${CMAKE_CURRENT_LIST_DIR}")
+
+# Leaves out of a program what only its makers read: more than CMake's own stripping does, and what Debian wants.
+function(strip_program path)
+    execute_process(COMMAND strip --remove-section=.comment --remove-section=.note "${path}" COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+if(CPACK_GENERATOR STREQUAL "TGZ")
+    strip_program("${CPACK_TEMPORARY_INSTALL_DIRECTORY}/bin/varda")
+    configure_file("${here}/Archive/README" "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/README" COPYONLY)
+    return()
+endif()
+
+# Debian's policy asks for compressed manual pages and changelogs under names of its own.
+set(usr "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr")
+set(doc "${usr}/share/doc/varda")
+
+function(compress path)
+    execute_process(COMMAND gzip -9nf "${path}" COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+strip_program("${usr}/bin/varda")
+configure_file("${here}/Debian/changelog" "${doc}/changelog.Debian" COPYONLY)
+configure_file("${here}/Debian/varda.lintian-overrides" "${usr}/share/lintian/overrides/varda" COPYONLY)
+file(RENAME "${doc}/CHANGELOG.md" "${doc}/changelog")
+compress("${doc}/changelog")
+compress("${doc}/changelog.Debian")
+compress("${usr}/share/man/man1/varda.1")

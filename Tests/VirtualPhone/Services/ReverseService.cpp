@@ -58,7 +58,7 @@ QByteArray answer(Phone &phone, Connection &connection, const QByteArray &reques
         const QMap<QByteArray, QByteArray> forwards = phone.forwards().list(connection);
         for (auto entry = forwards.begin(); entry != forwards.end(); ++entry)
             lines += "(reverse) " + entry.key() + ' ' + entry.value() + '\n';
-        return okay() + counted(lines);
+        return counted(lines); // alone among the answers, the list has no OKAY before it
     }
     return fail("unknown reverse command: " + request);
 }

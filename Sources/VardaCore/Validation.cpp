@@ -55,6 +55,9 @@ bool Validation::endpoint(const QString &value)
 {
     if (!matchesWhole(endpointPattern(), value))
         return false;
+    // QUrl (6.4) reckons the port modulo 2^64, so that a long enough number may seem to be a port.
+    if (QStringView(value).sliced(value.lastIndexOf(u':') + 1).toUShort() == 0)
+        return false;
     const QUrl url(u"tcp://"_s + value, QUrl::StrictMode);
     return url.isValid() && !url.host().isEmpty() && url.port() >= 1 && url.port() <= 65535 &&
            url.userInfo().isEmpty() && url.path().isEmpty() && !url.hasQuery() && !url.hasFragment();

@@ -141,8 +141,8 @@ private Q_SLOTS:
 
     void givesInputAsAPipeThatIsTheOnlyOtherDifference()
     {
-        const CommandResult result = resultOf(standInThat({u"report"_s}, u"x"_s));
-        const QJsonObject report = QJsonDocument::fromJson(result.data).object();
+        const CommandResult result = resultOf(standInThat({u"copy-input"_s, u"report"_s}, u"x"_s));
+        const QJsonObject report = QJsonDocument::fromJson(result.data.sliced(2)).object();
         const QJsonObject descriptors = report[u"descriptors"_s].toObject();
         QCOMPARE(descriptors.keys(), QStringList({u"0"_s, u"1"_s, u"2"_s}));
         QVERIFY(descriptors[u"0"_s].toString().startsWith(u"pipe:"));

@@ -42,6 +42,7 @@ MainColumn::MainColumn(VardaModel &model, const Commands &commands, QWidget *par
     , m_model(model)
 {
     setObjectName(u"mainColumn"_s);
+    setAccessibleName(u"Workspace"_s);
     setFrameShape(QFrame::NoFrame);
     setWidgetResizable(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

@@ -35,6 +35,7 @@ Panel::Panel(const QString &title, Icon icon, QWidget *parent)
     QPalette palette = label->palette();
     palette.setColor(QPalette::WindowText, theme::accent);
     label->setPalette(palette);
+    label->setObjectName(QStringLiteral("panelTitle"));
     m_content->addWidget(label);
 }
 

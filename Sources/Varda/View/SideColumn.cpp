@@ -118,6 +118,7 @@ void SideColumn::addTrustNote(QVBoxLayout &stack)
     auto *title = new IconLabel(Icon::Shield, noteIcon, u"Real hardware. Real results."_s,
                                 theme::font(theme::bodySize, QFont::Medium), this);
     title->setObjectName(u"trustTitle"_s);
+    title->setWordWrap(true);
     title->setIconColour(theme::accent);
     QLabel *note =
         makeText(u"USB first. Authorize this Mac on your phone, then install and test your own development APKs."_s,

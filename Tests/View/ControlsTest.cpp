@@ -1,0 +1,363 @@
+// The controls: when each is enabled, what each calls, and how the fields follow the model in both directions.
+#include "Support/ViewFixture.h"
+#include "Varda/View/DeviceRow.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QLineEdit>
+#include <QMenu>
+
+using namespace Qt::StringLiterals;
+using namespace varda;
+
+namespace {
+
+/// What the controls' states depend on.
+struct Situation
+{
+    std::optional<AndroidDevice> selected = std::nullopt;
+    bool busy = false;
+    bool build = false;
+    bool mirror = false;
+    bool logs = false;
+};
+
+constexpr std::array controls{"refreshButton", "wirelessButton", "chooseButton", "installButton", "mirrorButton",
+                              "recordButton",  "launchButton",   "stopButton",   "listButton",    "screenshotButton",
+                              "logsButton",    "exportButton",   "pairButton",   "connectButton", "doneButton",
+                              "packageField",  "menuButton"};
+
+} // namespace
+
+Q_DECLARE_METATYPE(Situation)
+
+class ControlsTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void disablesWhatCannotWork_data();
+    void disablesWhatCannotWork();
+    void bindsFieldsBothWays_data();
+    void bindsFieldsBothWays();
+    void selectsTheDeviceOfAClickedRow();
+    void keepsTwoRowsOfOneSerialApart();
+    void invertsLogging();
+    void opensTheSheet();
+    void asksForABuildAndForAnExport();
+    void refreshesOnTheNextTurn();
+    void followsTheKeys();
+    void namesTheKeysInTooltips();
+    void listsTheKeysInTheMenu();
+    void launchesNothingOnReturn();
+    void movesBetweenRowsWithArrows();
+    void givesTheFocusBack();
+    void reachesEveryControlByTab();
+};
+
+void ControlsTest::disablesWhatCannotWork_data()
+{
+    QTest::addColumn<Situation>("situation");
+    QTest::addColumn<QStringList>("disabled");
+    const QStringList needReady{u"installButton"_s, u"mirrorButton"_s, u"recordButton"_s,    u"launchButton"_s,
+                                u"stopButton"_s,    u"listButton"_s,   u"screenshotButton"_s};
+    const QStringList needIdle{u"refreshButton"_s, u"wirelessButton"_s, u"pairButton"_s, u"connectButton"_s};
+    const QStringList nothingChosen{u"installButton"_s};
+    const QStringList noLogs{u"exportButton"_s};
+    const QStringList logs{u"logsButton"_s};
+    const auto row = [](const char *name, const Situation &situation, const QStringList &disabled) {
+        QTest::newRow(name) << situation << disabled;
+    };
+    row("no phone", {}, needReady + logs + noLogs);
+    row("no phone, a build", {.build = true}, needReady + logs + noLogs);
+    row("unauthorized", {.selected = shyPhone, .build = true}, needReady + logs + noLogs);
+    row("offline", {.selected = wirelessPhone, .build = true, .logs = true}, needReady + logs);
+    row("ready", {.selected = readyPhone}, nothingChosen + noLogs);
+    row("ready, a build", {.selected = readyPhone, .build = true}, noLogs);
+    row("an emulator, a build", {.selected = anEmulator, .build = true, .logs = true}, {});
+    row("busy", {.selected = readyPhone, .busy = true, .build = true, .logs = true}, needReady + needIdle);
+    row("busy, no phone", {.busy = true}, needReady + needIdle + logs + noLogs);
+    row("mirror", {.selected = readyPhone, .build = true, .mirror = true, .logs = true}, {u"recordButton"_s});
+    QStringList whileMirroring = needReady;
+    whileMirroring.removeOne(u"mirrorButton"_s);
+    row("mirror, busy", {.selected = readyPhone, .busy = true, .build = true, .mirror = true, .logs = true},
+        whileMirroring + needIdle);
+    row("mirror, phone gone", {.build = true, .mirror = true}, whileMirroring + logs + noLogs);
+}
+
+void ControlsTest::disablesWhatCannotWork()
+{
+    QFETCH(Situation, situation);
+    QFETCH(QStringList, disabled);
+    ViewFixture fixture;
+    if (situation.selected)
+        fixture.attach(*situation.selected);
+    fixture.model->busy = situation.busy;
+    if (situation.build)
+        fixture.model->apk = QUrl(u"file:///tmp/demo.apk"_s);
+    fixture.model->mirrorRunning = situation.mirror;
+    fixture.model->logs = situation.logs ? u"a line"_s : QString();
+    fixture.settle();
+
+    QStringList found;
+    for (const char *name : controls) {
+        if (!fixture.find(name)->isEnabled())
+            found << QString::fromLatin1(name);
+    }
+    found.sort();
+    disabled.sort();
+    QCOMPARE(found, disabled);
+
+    const auto action = [&](const char *name) { return fixture.view->findChild<QAction *>(QString::fromLatin1(name)); };
+    QCOMPARE(action("refreshAction")->isEnabled(), fixture.find("refreshButton")->isEnabled());
+    QCOMPARE(action("wirelessAction")->isEnabled(), fixture.find("wirelessButton")->isEnabled());
+    QCOMPARE(action("exportAction")->isEnabled(), fixture.find("exportButton")->isEnabled());
+    QVERIFY(action("chooseAction")->isEnabled());
+}
+
+void ControlsTest::bindsFieldsBothWays_data()
+{
+    QTest::addColumn<int>("property");
+    QTest::newRow("packageField") << 0;
+    QTest::newRow("pairingEndpointField") << 1;
+    QTest::newRow("pairingCodeField") << 2;
+    QTest::newRow("connectEndpointField") << 3;
+}
+
+void ControlsTest::bindsFieldsBothWays()
+{
+    QFETCH(int, property);
+    ViewFixture fixture;
+    const std::array<Published<QString> *, 4> properties{&fixture.model->packageName, &fixture.model->pairingEndpoint,
+                                                         &fixture.model->pairingCode, &fixture.model->connectEndpoint};
+    Published<QString> &value = *properties.at(static_cast<std::size_t>(property));
+    auto *field = fixture.find<QLineEdit>(QTest::currentDataTag());
+
+    QTest::keyClicks(field, u" 12 "_s);
+    QCOMPARE(value(), u" 12 "_s); // untrimmed: trimming is the model's
+    value = u"from the model"_s;
+    QCOMPARE(field->text(), u" 12 "_s); // not before the next turn
+    fixture.settle();
+    QCOMPARE(field->text(), u"from the model"_s);
+
+    field->setCursorPosition(4);
+    value = u"from the model"_s;
+    fixture.settle();
+    QCOMPARE(field->cursorPosition(), 4);
+    field->clear();
+    QCOMPARE(value(), QString());
+}
+
+void ControlsTest::selectsTheDeviceOfAClickedRow()
+{
+    ViewFixture fixture;
+    fixture.model->devices = QList<AndroidDevice>{readyPhone, shyPhone, anEmulator};
+    fixture.settle();
+    fixture.show();
+    const auto rows = fixture.view->findChildren<DeviceRow *>();
+    QCOMPARE(rows.size(), 3);
+    for (const DeviceRow *row : rows)
+        QVERIFY(!row->isChecked());
+    QTest::mouseClick(rows.at(2), Qt::LeftButton);
+    QCOMPARE(fixture.model->selectedID(), anEmulator.id);
+    QTRY_VERIFY(rows.at(2)->isChecked());
+    QTest::mouseClick(rows.at(2), Qt::LeftButton); // again: stays selected
+    fixture.settle();
+    QVERIFY(rows.at(2)->isChecked());
+    fixture.model->selectedID = std::nullopt;
+    fixture.settle();
+    QVERIFY(!rows.at(2)->isChecked());
+}
+
+void ControlsTest::keepsTwoRowsOfOneSerialApart()
+{
+    ViewFixture fixture;
+    AndroidDevice twin = readyPhone;
+    twin.name = u"Twin"_s;
+    fixture.model->devices = QList<AndroidDevice>{readyPhone, twin};
+    fixture.model->selectedID = readyPhone.id;
+    fixture.settle();
+    const auto rows = fixture.view->findChildren<DeviceRow *>();
+    QCOMPARE(rows.size(), 2);
+    QCOMPARE(rows.at(0)->device().name, readyPhone.name);
+    QCOMPARE(rows.at(1)->device().name, u"Twin"_s);
+    QVERIFY(rows.at(0)->isChecked() && rows.at(1)->isChecked());
+}
+
+void ControlsTest::invertsLogging()
+{
+    ViewFixture fixture;
+    fixture.attach(readyPhone);
+    auto *button = fixture.find<QAbstractButton>("logsButton");
+    button->click();
+    QVERIFY(fixture.model->logging());
+    fixture.settle();
+    button->click();
+    QVERIFY(!fixture.model->logging());
+}
+
+void ControlsTest::opensTheSheet()
+{
+    ViewFixture fixture;
+    fixture.find<QAbstractButton>("wirelessButton")->click();
+    QVERIFY(fixture.model->wireless());
+}
+
+void ControlsTest::asksForABuildAndForAnExport()
+{
+    ViewFixture fixture;
+    fixture.find<QAbstractButton>("chooseButton")->click();
+    QCOMPARE(fixture.dialogs->questions, 1);
+    fixture.model->logs = u"a line"_s;
+    fixture.settle();
+    fixture.find<QAbstractButton>("exportButton")->click();
+    QCOMPARE(fixture.dialogs->questions, 2);
+}
+
+void ControlsTest::refreshesOnTheNextTurn()
+{
+    ViewFixture fixture;
+    const QString before = fixture.model->status();
+    fixture.find<QAbstractButton>("refreshButton")->click();
+    QCOMPARE(fixture.model->status(), before);
+    // This test has no tools beside it, which is what a refresh then reports.
+    QTRY_COMPARE(fixture.model->status(), u"Android tools are missing from this build."_s);
+}
+
+void ControlsTest::followsTheKeys()
+{
+    ViewFixture fixture;
+    fixture.model->logs = u"a line"_s;
+    fixture.settle();
+    fixture.show();
+    fixture.view->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(fixture.view.get()));
+
+    QTest::keyClick(fixture.view.get(), Qt::Key_O, Qt::ControlModifier);
+    QCOMPARE(fixture.dialogs->questions, 1);
+    for (const auto key : {Qt::Key_S, Qt::Key_E})
+        QTest::keyClick(fixture.view.get(), key, Qt::ControlModifier);
+    QCOMPARE(fixture.dialogs->questions, 3);
+    QTest::keyClick(fixture.view.get(), Qt::Key_F5);
+    QTRY_COMPARE(fixture.model->status(), u"Android tools are missing from this build."_s);
+    fixture.model->status = QString();
+    QTest::keyClick(fixture.view.get(), Qt::Key_R, Qt::ControlModifier);
+    QTRY_COMPARE(fixture.model->status(), u"Android tools are missing from this build."_s);
+
+    fixture.model->busy = true;
+    fixture.settle();
+    QTest::keyClick(fixture.view.get(), Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
+    QVERIFY(!fixture.model->wireless());
+    fixture.model->busy = false;
+    fixture.settle();
+    QTest::keyClick(fixture.view.get(), Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
+    QVERIFY(fixture.model->wireless());
+}
+
+void ControlsTest::namesTheKeysInTooltips()
+{
+    const ViewFixture fixture;
+    QVERIFY(fixture.find("chooseButton")->toolTip().contains(u"(Ctrl+O)"));
+    QVERIFY(fixture.find("refreshButton")->toolTip().contains(u"(F5)"));
+    QVERIFY(fixture.find("exportButton")->toolTip().contains(u"(Ctrl+S)"));
+    QVERIFY(fixture.find("wirelessButton")->toolTip().contains(u"(Ctrl+Shift+W)"));
+}
+
+void ControlsTest::listsTheKeysInTheMenu()
+{
+    const ViewFixture fixture;
+    QStringList keys;
+    for (const QAction *action : fixture.view->applicationMenu()->actions())
+        keys << action->shortcut().toString();
+    QCOMPARE(keys, QStringList({u"Ctrl+O"_s, u"F5"_s, u"Ctrl+Shift+W"_s, u"Ctrl+S"_s}));
+}
+
+void ControlsTest::launchesNothingOnReturn()
+{
+    ViewFixture fixture;
+    fixture.attach(readyPhone);
+    fixture.show();
+    auto *field = fixture.find<QLineEdit>("packageField");
+    field->setFocus();
+    QTest::keyClicks(field, u"com.example.app"_s);
+    QTest::keyClick(field, Qt::Key_Return);
+    fixture.settle();
+    QVERIFY(!fixture.model->busy());
+    QVERIFY(!fixture.model->error());
+    QCOMPARE(fixture.dialogs->questions, 0);
+}
+
+void ControlsTest::movesBetweenRowsWithArrows()
+{
+    ViewFixture fixture;
+    fixture.model->devices = QList<AndroidDevice>{readyPhone, shyPhone};
+    fixture.settle();
+    fixture.show();
+    const auto rows = fixture.view->findChildren<DeviceRow *>();
+    rows.at(0)->setFocus();
+    QTest::keyClick(rows.at(0), Qt::Key_Down);
+    QCOMPARE(fixture.view->focusWidget(), rows.at(1));
+    QVERIFY(!fixture.model->selectedID()); // looking is not choosing
+    QTest::keyClick(rows.at(1), Qt::Key_Down);
+    QCOMPARE(fixture.view->focusWidget(), rows.at(1));
+    QTest::keyClick(rows.at(1), Qt::Key_Space);
+    QCOMPARE(fixture.model->selectedID(), shyPhone.id);
+    QTest::keyClick(rows.at(1), Qt::Key_Up);
+    QCOMPARE(fixture.view->focusWidget(), rows.at(0));
+}
+
+void ControlsTest::givesTheFocusBack()
+{
+    ViewFixture fixture;
+    fixture.attach(readyPhone);
+    fixture.show();
+    QWidget *launch = fixture.find("launchButton");
+    launch->setFocus();
+    fixture.model->busy = true;
+    fixture.settle();
+    // On nothing that a key would press.
+    QVERIFY(!qobject_cast<QAbstractButton *>(fixture.view->focusWidget()));
+    fixture.model->busy = false;
+    fixture.settle();
+    QCOMPARE(fixture.view->focusWidget(), launch);
+
+    fixture.model->busy = true;
+    fixture.settle();
+    QWidget *package = fixture.find("packageField");
+    package->setFocus(); // the person went elsewhere
+    fixture.model->busy = false;
+    fixture.settle();
+    QCOMPARE(fixture.view->focusWidget(), package);
+}
+
+void ControlsTest::reachesEveryControlByTab()
+{
+    ViewFixture fixture;
+    fixture.model->devices = QList<AndroidDevice>{readyPhone, shyPhone};
+    fixture.model->selectedID = readyPhone.id;
+    fixture.model->apk = QUrl(u"file:///tmp/demo.apk"_s);
+    fixture.model->logs = u"a line"_s;
+    fixture.settle();
+    fixture.show();
+    fixture.view->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(fixture.view.get()));
+
+    fixture.find("menuButton")->setFocus();
+    QStringList order;
+    for (int i = 0; i < 40; ++i) {
+        const QString name = fixture.view->focusWidget()->objectName();
+        if (i > 0 && name == u"menuButton")
+            break;
+        order << name;
+        QTest::keyClick(fixture.view->focusWidget(), Qt::Key_Tab);
+    }
+    order.removeAll(u"mainColumn"_s);
+    QCOMPARE(order,
+             QStringList({u"menuButton"_s, u"refreshButton"_s, u"deviceRow"_s, u"deviceRow"_s, u"wirelessButton"_s,
+                          u"chooseButton"_s, u"installButton"_s, u"mirrorButton"_s, u"recordButton"_s,
+                          u"packageField"_s, u"launchButton"_s, u"stopButton"_s, u"listButton"_s, u"screenshotButton"_s,
+                          u"logsButton"_s, u"exportButton"_s, u"consoleText"_s, u"statusText"_s}));
+}
+
+QTEST_MAIN(ControlsTest)
+#include "ControlsTest.moc"

@@ -1,0 +1,410 @@
+// The alert and the sheet: bound to the model in both directions, and always on top of what lies below.
+#include "Support/ViewFixture.h"
+#include "Varda/View/ErrorAlert.h"
+#include "Varda/View/Labels.h"
+#include "Varda/View/WirelessSheet.h"
+
+#include <QAbstractButton>
+#include <QClipboard>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QScrollBar>
+#include <QStyle>
+#include <QTimer>
+#include <QWindow>
+
+using namespace Qt::StringLiterals;
+using namespace varda;
+
+namespace {
+
+QDialog *alertOf(const ViewFixture &fixture)
+{
+    return fixture.find<ErrorAlert>("alert");
+}
+
+QDialog *sheetOf(const ViewFixture &fixture)
+{
+    return fixture.find<WirelessSheet>("wirelessSheet");
+}
+
+QString alertText(const ViewFixture &fixture)
+{
+    return fixture.find<TextBlock>("alertText")->toPlainText();
+}
+
+/// Whether `dialog` comes up on the screen.
+bool comesUp(QDialog *dialog)
+{
+    return QTest::qWaitFor([dialog] { return dialog->isVisible(); }) && QTest::qWaitForWindowExposed(dialog);
+}
+
+/// Closes a window as the window manager does.
+void closeFromOutside(QWidget *window)
+{
+    window->windowHandle()->close();
+}
+
+/// Whether a person can press `widget`: visible, enabled, and not behind a modal window.
+bool reachable(QWidget *widget)
+{
+    if (!widget->isVisible() || !widget->isEnabled())
+        return false;
+    bool clicked = false;
+    const auto connection = QObject::connect(qobject_cast<QAbstractButton *>(widget), &QAbstractButton::pressed, widget,
+                                             [&clicked] { clicked = true; });
+    QWindow *window = widget->window()->windowHandle();
+    const QPoint place = widget->mapTo(widget->window(), widget->rect().center());
+    QTest::mousePress(window, Qt::LeftButton, {}, place);
+    QTest::mouseMove(window, QPoint(1, 1)); // away, so that the release presses nothing
+    QTest::mouseRelease(window, Qt::LeftButton, {}, QPoint(1, 1));
+    QObject::disconnect(connection);
+    return clicked;
+}
+
+} // namespace
+
+class DialogsTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void showsTheErrorUntilItIsDismissed_data();
+    void showsTheErrorUntilItIsDismissed();
+    void treatsAnEmptyTextAsAnError();
+    void showsTheLatestError();
+    void goesWhenTheErrorIsCleared();
+    void showsAnErrorOnTopOfTheSheet();
+    void comesBackOnTopWhenTheSheetOpens();
+    void comesBackOnTheWindowWhenTheSheetCloses();
+    void showsAnErrorOnTopOfAFileDialog();
+    void scrollsALongError();
+    void keepsTheSelectionInTheError();
+    void opensAndClosesWithTheModel();
+    void writesFalseWhenTheSheetIsDismissed_data();
+    void writesFalseWhenTheSheetIsDismissed();
+    void keepsWhatWasTyped();
+    void hasTheSheetsMeasures();
+    void pressesNothingOnReturn();
+    void neverGivesTheCodeAway();
+};
+
+void DialogsTest::showsTheErrorUntilItIsDismissed_data()
+{
+    QTest::addColumn<int>("way");
+    QTest::newRow("OK") << 0;
+    QTest::newRow("Escape") << 1;
+    QTest::newRow("window manager") << 2;
+    QTest::newRow("Return") << 3;
+}
+
+void DialogsTest::showsTheErrorUntilItIsDismissed()
+{
+    QFETCH(int, way);
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->error = u"adb: device offline"_s;
+    QVERIFY(!alertOf(fixture)->isVisible());
+    QDialog *alert = alertOf(fixture);
+    QVERIFY(comesUp(alert));
+    QCOMPARE(alert->windowTitle(), u"Varda"_s);
+    QCOMPARE(alertText(fixture), u"adb: device offline"_s);
+    QVERIFY(alert->isModal());
+    QVERIFY(!reachable(fixture.find("chooseButton")));
+    if (way == 0)
+        QTest::mouseClick(fixture.find("alertButton"), Qt::LeftButton);
+    else if (way == 1)
+        QTest::keyClick(alert, Qt::Key_Escape);
+    else if (way == 2)
+        closeFromOutside(alert);
+    else
+        QTest::keyClick(alert, Qt::Key_Return);
+    QTRY_VERIFY(!fixture.model->error());
+    QTRY_VERIFY(!alert->isVisible());
+    fixture.settle();
+    QVERIFY(!alert->isVisible());
+}
+
+void DialogsTest::treatsAnEmptyTextAsAnError()
+{
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->error = QString();
+    QTRY_VERIFY(alertOf(fixture)->isVisible());
+    fixture.find<QAbstractButton>("alertButton")->click();
+    QVERIFY(!fixture.model->error());
+}
+
+void DialogsTest::showsTheLatestError()
+{
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->error = u"first"_s;
+    QTRY_VERIFY(alertOf(fixture)->isVisible());
+    fixture.model->error = u"second"_s;
+    QTRY_COMPARE(alertText(fixture), u"second"_s);
+    fixture.find<QAbstractButton>("alertButton")->click();
+    fixture.settle();
+    QVERIFY(!alertOf(fixture)->isVisible());
+    fixture.model->error = u"second"_s; // the same failure again is another failure
+    QTRY_VERIFY(alertOf(fixture)->isVisible());
+}
+
+void DialogsTest::goesWhenTheErrorIsCleared()
+{
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->error = u"gone before it is read"_s;
+    QTRY_VERIFY(alertOf(fixture)->isVisible());
+    fixture.model->error = std::nullopt;
+    QTRY_VERIFY(!alertOf(fixture)->isVisible());
+}
+
+void DialogsTest::showsAnErrorOnTopOfTheSheet()
+{
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->wireless = true;
+    QVERIFY(comesUp(sheetOf(fixture)));
+    fixture.model->error = u"no route to host"_s;
+    QVERIFY(comesUp(alertOf(fixture)));
+    QCOMPARE(alertOf(fixture)->windowHandle()->transientParent(), sheetOf(fixture)->windowHandle());
+    QVERIFY(!reachable(fixture.find("doneButton")));
+    QVERIFY(reachable(fixture.find("alertButton")));
+    fixture.find<QAbstractButton>("alertButton")->click();
+    fixture.settle();
+    QVERIFY(sheetOf(fixture)->isVisible());
+    QVERIFY(fixture.model->wireless());
+    QVERIFY(reachable(fixture.find("doneButton")));
+}
+
+void DialogsTest::comesBackOnTopWhenTheSheetOpens()
+{
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->error = u"an earlier failure"_s;
+    QVERIFY(comesUp(alertOf(fixture)));
+    fixture.model->wireless = true;
+    QTRY_VERIFY(sheetOf(fixture)->isVisible());
+    QTRY_VERIFY(alertOf(fixture)->isVisible());
+    QCOMPARE(alertOf(fixture)->windowHandle()->transientParent(), sheetOf(fixture)->windowHandle());
+    QCOMPARE(fixture.model->error(), u"an earlier failure"_s);
+    QVERIFY(comesUp(alertOf(fixture)));
+    QVERIFY(reachable(fixture.find("alertButton")));
+}
+
+void DialogsTest::comesBackOnTheWindowWhenTheSheetCloses()
+{
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->wireless = true;
+    QVERIFY(comesUp(sheetOf(fixture)));
+    fixture.model->error = u"a failure"_s;
+    QVERIFY(comesUp(alertOf(fixture)));
+    fixture.model->wireless = false;
+    QTRY_VERIFY(!sheetOf(fixture)->isVisible());
+    QTRY_VERIFY(alertOf(fixture)->isVisible());
+    QCOMPARE(alertOf(fixture)->windowHandle()->transientParent(), fixture.view->windowHandle());
+    QCOMPARE(fixture.model->error(), u"a failure"_s);
+    QVERIFY(comesUp(alertOf(fixture)));
+    QVERIFY(reachable(fixture.find("alertButton")));
+}
+
+void DialogsTest::showsAnErrorOnTopOfAFileDialog()
+{
+    ViewFixture fixture;
+    fixture.show();
+    QFileDialog dialog(fixture.view.get());
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    bool onTop = false;
+    bool stillOpen = false;
+    QTimer::singleShot(0, this, [&] {
+        fixture.model->error = u"the mirror ended"_s;
+        if (comesUp(alertOf(fixture)))
+            onTop = reachable(fixture.find("alertButton"));
+        fixture.find<QAbstractButton>("alertButton")->click();
+        fixture.settle();
+        stillOpen = dialog.isVisible();
+        dialog.reject();
+    });
+    dialog.exec(); // as the model's questions about files do
+    QVERIFY(onTop);
+    QVERIFY(stillOpen);
+    QVERIFY(!fixture.model->error());
+    QVERIFY(!alertOf(fixture)->isVisible());
+}
+
+void DialogsTest::scrollsALongError()
+{
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->error = QString(3000, u'x');
+    QVERIFY(comesUp(alertOf(fixture)));
+    fixture.settle();
+    QVERIFY(alertOf(fixture)->height() < fixture.view->minimumHeight());
+    QVERIFY(alertOf(fixture)->width() < fixture.view->minimumWidth());
+    QVERIFY(reachable(fixture.find("alertButton")));
+
+    fixture.model->error = u"one more line of a long complaint\n"_s.repeated(90);
+    fixture.settle();
+    auto *text = fixture.find<TextBlock>("alertText");
+    QVERIFY(text->verticalScrollBar()->maximum() > 0);
+    QVERIFY(text->verticalScrollBar()->isVisible());
+    QVERIFY(alertOf(fixture)->height() < fixture.view->minimumHeight());
+
+    fixture.model->error = u"short"_s;
+    fixture.settle();
+    QVERIFY(alertOf(fixture)->height() < 220);
+}
+
+void DialogsTest::keepsTheSelectionInTheError()
+{
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->error = u"select me"_s;
+    QTRY_VERIFY(alertOf(fixture)->isVisible());
+    auto *text = fixture.find<TextBlock>("alertText");
+    text->selectAll();
+    fixture.model->error = u"select me"_s;
+    fixture.model->devices = QList<AndroidDevice>{readyPhone};
+    fixture.settle();
+    QCOMPARE(text->textCursor().selectedText(), u"select me"_s);
+}
+
+void DialogsTest::opensAndClosesWithTheModel()
+{
+    ViewFixture fixture;
+    fixture.show();
+    QVERIFY(!sheetOf(fixture)->isVisible());
+    fixture.model->wireless = true;
+    QTRY_VERIFY(sheetOf(fixture)->isVisible());
+    QVERIFY(sheetOf(fixture)->isModal());
+    fixture.model->wireless = true;
+    fixture.settle();
+    QVERIFY(sheetOf(fixture)->isVisible());
+    fixture.model->wireless = false;
+    QTRY_VERIFY(!sheetOf(fixture)->isVisible());
+    QVERIFY(!fixture.model->wireless());
+}
+
+void DialogsTest::writesFalseWhenTheSheetIsDismissed_data()
+{
+    QTest::addColumn<int>("way");
+    QTest::newRow("Done") << 0;
+    QTest::newRow("Escape") << 1;
+    QTest::newRow("window manager") << 2;
+}
+
+void DialogsTest::writesFalseWhenTheSheetIsDismissed()
+{
+    QFETCH(int, way);
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->wireless = true;
+    QDialog *sheet = sheetOf(fixture);
+    QVERIFY(comesUp(sheet));
+    if (way == 0)
+        QTest::mouseClick(fixture.find("doneButton"), Qt::LeftButton);
+    else if (way == 1)
+        QTest::keyClick(sheet, Qt::Key_Escape);
+    else
+        closeFromOutside(sheet);
+    QTRY_VERIFY(!fixture.model->wireless());
+    fixture.settle();
+    QVERIFY(!sheet->isVisible());
+    fixture.model->wireless = true; // and it opens again
+    QTRY_VERIFY(sheet->isVisible());
+}
+
+void DialogsTest::keepsWhatWasTyped()
+{
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->wireless = true;
+    QTRY_VERIFY(sheetOf(fixture)->isVisible());
+    QTest::keyClicks(fixture.find<QLineEdit>("pairingEndpointField"), u"10.0.0.7:4711"_s);
+    fixture.find<QAbstractButton>("doneButton")->click();
+    fixture.settle();
+    fixture.model->wireless = true;
+    QTRY_VERIFY(sheetOf(fixture)->isVisible());
+    QCOMPARE(fixture.find<QLineEdit>("pairingEndpointField")->text(), u"10.0.0.7:4711"_s);
+}
+
+void DialogsTest::hasTheSheetsMeasures()
+{
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->wireless = true;
+    QVERIFY(comesUp(sheetOf(fixture)));
+    QCOMPARE(sheetOf(fixture)->width(), 560);
+    constexpr std::array stack{"doneButton",       "sheetText",  "pairHeading",    "pairingEndpointField",
+                               "pairingCodeField", "pairButton", "connectHeading", "connectEndpointField",
+                               "connectButton"};
+    int bottom = 0;
+    for (const char *name : stack) {
+        const QWidget *widget = fixture.find(name);
+        const int top = widget->mapTo(sheetOf(fixture), QPoint(0, 0)).y();
+        if (bottom == 0)
+            QCOMPARE(top, 30);
+        else if (qstrcmp(name, "connectHeading") == 0)
+            QCOMPARE(top - bottom, 18 + 1 + 18); // a divider lies between
+        else
+            QCOMPARE(top - bottom, 18);
+        bottom = top + widget->height();
+    }
+    QCOMPARE(fixture.find("pairingEndpointField")->mapTo(sheetOf(fixture), QPoint(0, 0)).x(), 30);
+    QCOMPARE(fixture.find("pairingEndpointField")->width(), 500);
+}
+
+void DialogsTest::pressesNothingOnReturn()
+{
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->wireless = true;
+    QTRY_VERIFY(sheetOf(fixture)->isVisible());
+    auto *code = fixture.find<QLineEdit>("pairingCodeField");
+    code->setFocus();
+    QTest::keyClicks(code, u"123456"_s);
+    QTest::keyClick(code, Qt::Key_Return);
+    fixture.settle();
+    QVERIFY(sheetOf(fixture)->isVisible());
+    QVERIFY(!fixture.model->error());
+    QCOMPARE(fixture.model->pairingCode(), u"123456"_s);
+}
+
+void DialogsTest::neverGivesTheCodeAway()
+{
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->wireless = true;
+    QTRY_VERIFY(sheetOf(fixture)->isVisible());
+    auto *code = fixture.find<QLineEdit>("pairingCodeField");
+    QTest::keyClicks(code, u"482913"_s);
+    QCOMPARE(code->echoMode(), QLineEdit::Password);
+    QVERIFY(!code->displayText().contains(u'9'));
+    QVERIFY(code->inputMethodHints().testFlags(Qt::ImhSensitiveData | Qt::ImhHiddenText | Qt::ImhNoPredictiveText));
+    QCOMPARE(code->style()->styleHint(QStyle::SH_LineEdit_PasswordMaskDelay, nullptr, code), 0);
+
+    QGuiApplication::clipboard()->setText(u"before"_s);
+    code->selectAll();
+    QTest::keyClick(code, Qt::Key_C, Qt::ControlModifier);
+    QTest::keyClick(code, Qt::Key_X, Qt::ControlModifier);
+    QCOMPARE(QGuiApplication::clipboard()->text(), u"before"_s);
+    QVERIFY(!QGuiApplication::clipboard()->text(QClipboard::Selection).contains(u"482913"));
+
+    QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(code);
+    QVERIFY(accessible->state().passwordEdit);
+    QCOMPARE(accessible->text(QAccessible::Name), u"Pairing code"_s);
+    for (const auto kind : {QAccessible::Name, QAccessible::Value, QAccessible::Description, QAccessible::Help})
+        QVERIFY(!accessible->text(kind).contains(u"482913"));
+    if (auto *text = accessible->textInterface())
+        QVERIFY(!text->text(0, text->characterCount()).contains(u"482913"));
+
+    fixture.model->pairingCode = QString(); // as pairing does
+    fixture.settle();
+    QCOMPARE(code->text(), QString());
+    QVERIFY(!code->isUndoAvailable());
+}
+
+QTEST_MAIN(DialogsTest)
+#include "DialogsTest.moc"

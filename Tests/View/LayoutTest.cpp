@@ -1,0 +1,372 @@
+// Sizes and colours that are fixed, and texts of any length, any character and any font that must not upset them.
+#include "Support/ViewFixture.h"
+#include "Varda/View/AboutPane.h"
+#include "Varda/View/DeviceRow.h"
+#include "Varda/View/Labels.h"
+#include "Varda/View/PlainText.h"
+#include "Varda/View/Theme.h"
+
+#include <QAbstractButton>
+#include <QLineEdit>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QToolTip>
+
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+using namespace varda;
+
+namespace {
+
+/// `colour` as it looks on the opaque `ground`.
+QColor over(const QColor &colour, const QColor &ground)
+{
+    const double a = colour.alphaF();
+    const auto mix = [a](double top, double bottom) { return static_cast<float>(top * a + bottom * (1 - a)); };
+    return QColor::fromRgbF(mix(colour.redF(), ground.redF()), mix(colour.greenF(), ground.greenF()),
+                            mix(colour.blueF(), ground.blueF()));
+}
+
+/// Relative luminance, as the Web Content Accessibility Guidelines 2.1 define it.
+double luminance(const QColor &colour)
+{
+    const auto linear = [](double c) { return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4); };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) + 0.0722 * linear(colour.blueF());
+}
+
+double contrast(const QColor &text, const QColor &ground)
+{
+    const double a = luminance(over(text, ground));
+    const double b = luminance(ground);
+    return (qMax(a, b) + 0.05) / (qMin(a, b) + 0.05);
+}
+
+/// Every visible widget below `window` that would rather be larger than it is, and so is clipped.
+QStringList clipped(const QWidget &window)
+{
+    QStringList found;
+    for (const QWidget *widget : window.findChildren<QWidget *>()) {
+        if (!widget->isVisible() || widget->window() != &window)
+            continue;
+        const QString name = QString::fromLatin1(widget->metaObject()->className()) + u' ' + widget->objectName();
+        if (qobject_cast<const QAbstractButton *>(widget) && !qobject_cast<const DeviceRow *>(widget)) {
+            if (widget->width() < widget->sizeHint().width() || widget->height() < widget->sizeHint().height())
+                found << name;
+        } else if (const auto *label = qobject_cast<const QLabel *>(widget)) {
+            const int wanted = label->wordWrap() ? label->heightForWidth(label->width()) : label->sizeHint().height();
+            const bool elides = qobject_cast<const ElidedLabel *>(label);
+            if (label->height() < wanted || (!elides && label->width() < label->minimumSizeHint().width()))
+                found << name;
+        } else if (qobject_cast<const DeviceRow *>(widget) || qobject_cast<const QLineEdit *>(widget)) {
+            if (widget->height() < widget->sizeHint().height())
+                found << name;
+        }
+    }
+    return found;
+}
+
+void enlargeFonts(QWidget &window, double factor)
+{
+    for (QWidget *widget : window.findChildren<QWidget *>()) {
+        QFont font = widget->font();
+        if (font.pixelSize() > 0) {
+            font.setPixelSize(qRound(font.pixelSize() * factor));
+            widget->setFont(font);
+        }
+    }
+}
+
+void publishLongTexts(VardaModel &model)
+{
+    const AndroidDevice service{u"adb-"_s + u"R58M42ABCDE-"_s.repeated(16) + u"._adb-tls-connect._tcp"_s, u"device"_s,
+                                QString(200, u'W')};
+    model.devices = QList<AndroidDevice>{service, shyPhone};
+    model.selectedID = service.id;
+    model.apk = QUrl::fromLocalFile(u"/tmp/"_s + QString(250, u'm') + u".apk"_s);
+    model.status = u"Installing "_s + QString(250, u'm') + u".apk…\nand a line\nand another"_s;
+    model.logs = QString(4000, u'x');
+    model.packageName = QString(500, u'p');
+}
+
+} // namespace
+
+class LayoutTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void hasItsMeasures();
+    void isDark();
+    void scrollsTheMainColumnVerticallyOnly();
+    void keepsTheStatusInSight();
+    void neverWidensForLongTexts();
+    void holdsWholeTextsInTooltips();
+    void clipsNothing_data();
+    void clipsNothing();
+    void listsMoreDevicesThanFit();
+    void showsHostileTextsAsTheyAre();
+    void showsTooltipsLiterally();
+    void makesHiddenCharactersVisible_data();
+    void makesHiddenCharactersVisible();
+    void isLegible_data();
+    void isLegible();
+};
+
+void LayoutTest::hasItsMeasures()
+{
+    ViewFixture fixture;
+    QCOMPARE(fixture.view->size(), QSize(1180, 820));
+    QCOMPARE(fixture.view->minimumSize(), QSize(980, 700));
+    fixture.show();
+    QCOMPARE(fixture.find("sideColumn")->width(), 272);
+    QCOMPARE(fixture.find("consoleText")->height(), 220);
+    const QWidget *column = fixture.find("mainColumn");
+    const QWidget *panel = fixture.find("deployPanel");
+    QCOMPARE(panel->mapTo(column, QPoint(0, 0)).x(), 30);
+    QCOMPARE(panel->width(), column->width() - 60);
+    QCOMPARE(fixture.find("dropZone")->mapTo(panel, QPoint(0, 0)).x(), 20);
+    const QWidget *live = fixture.find("livePhonePanel");
+    QCOMPARE(live->y() - panel->geometry().bottom() - 1, 22);
+
+    fixture.view->resize(400, 300);
+    QCOMPARE(fixture.view->size(), QSize(980, 700));
+    QCOMPARE(fixture.find("sideColumn")->width(), 272);
+}
+
+void LayoutTest::isDark()
+{
+    ViewFixture fixture;
+    fixture.show();
+    const QImage picture = fixture.view->grab().toImage();
+    QCOMPARE(picture.pixelColor(6, 400), QColor(14, 19, 31));
+    QCOMPARE(picture.pixelColor(290, 8), QColor(19, 24, 38));
+    QCOMPARE(theme::accent, QColor(66, 217, 207));
+}
+
+void LayoutTest::scrollsTheMainColumnVerticallyOnly()
+{
+    ViewFixture fixture;
+    fixture.view->resize(980, 700);
+    fixture.show();
+    auto *column = fixture.find<QScrollArea>("mainColumn");
+    QVERIFY(column->verticalScrollBar()->maximum() > 0);
+    QCOMPARE(column->horizontalScrollBar()->maximum(), 0);
+}
+
+void LayoutTest::keepsTheStatusInSight()
+{
+    ViewFixture fixture;
+    fixture.view->resize(980, 700);
+    fixture.show();
+    fixture.settle();
+    auto *column = fixture.find<QScrollArea>("mainColumn");
+    const QWidget *status = fixture.find("statusLine");
+    const QRect sight = column->viewport()->rect();
+    QCOMPARE(status->geometry().bottom(), sight.bottom());
+
+    column->verticalScrollBar()->setValue(column->verticalScrollBar()->maximum());
+    const auto below = [&](const char *upper, const QWidget *lower) {
+        const QWidget *widget = fixture.find(upper);
+        const QPoint bottom = widget->mapTo(column, QPoint(0, widget->height()));
+        return lower->mapTo(column, QPoint(0, 0)).y() >= bottom.y();
+    };
+    const QWidget *text = fixture.find("statusText");
+    QVERIFY(below("consoleFooter", text)); // under the console, above the note
+    QVERIFY(fixture.find("setupNote")->mapTo(column, QPoint(0, 0)).y() >=
+            text->mapTo(column, QPoint(0, text->height())).y());
+}
+
+void LayoutTest::neverWidensForLongTexts()
+{
+    ViewFixture fixture;
+    fixture.view->resize(980, 700);
+    fixture.show();
+    publishLongTexts(*fixture.model);
+    fixture.model->wireless = true;
+    fixture.settle();
+    QTRY_VERIFY(fixture.find("wirelessSheet")->isVisible());
+    fixture.settle();
+    QCOMPARE(fixture.view->size(), QSize(980, 700));
+    QCOMPARE(fixture.find("sideColumn")->width(), 272);
+    const auto *column = fixture.find<QScrollArea>("mainColumn");
+    QCOMPARE(column->widget()->width(), column->viewport()->width());
+    QCOMPARE(fixture.find("deployPanel")->width(), column->width() - 60);
+    QCOMPARE(fixture.find("wirelessSheet")->width(), 560);
+    QVERIFY(fixture.find("deviceTransport")->isVisible());
+    QCOMPARE(clipped(*fixture.view).join(u", "_s), QString());
+}
+
+void LayoutTest::holdsWholeTextsInTooltips()
+{
+    ViewFixture fixture;
+    publishLongTexts(*fixture.model);
+    fixture.settle();
+    const auto *row = fixture.find<DeviceRow>("deviceRow");
+    QVERIFY(row->toolTip().contains(QString(200, u'W')));
+    QVERIFY(row->toolTip().contains(fixture.model->selectedID().value_or(QString())));
+    QVERIFY(fixture.find("deviceName")->toolTip().contains(QString(200, u'W')));
+    QVERIFY(fixture.find("apkName")->toolTip().contains(u"/tmp/mmm"));
+    // The status is whole where it stands.
+    const auto *status = fixture.find<TextBlock>("statusText");
+    QVERIFY(status->toPlainText().contains(QString(250, u'm')));
+}
+
+void LayoutTest::clipsNothing_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<double>("factor");
+    QTest::newRow("first size") << QSize(1180, 820) << 1.0;
+    QTest::newRow("smallest") << QSize(980, 700) << 1.0;
+    QTest::newRow("larger font") << QSize(1180, 820) << 1.3;
+    QTest::newRow("smallest, larger font") << QSize(980, 700) << 1.3;
+}
+
+void LayoutTest::clipsNothing()
+{
+    QFETCH(QSize, size);
+    QFETCH(double, factor);
+    ViewFixture fixture;
+    fixture.view->resize(size);
+    fixture.model->devices = QList<AndroidDevice>{shyPhone, readyPhone};
+    fixture.model->selectedID = shyPhone.id;
+    fixture.model->apk = QUrl(u"file:///tmp/demo.apk"_s);
+    fixture.model->wireless = true;
+    fixture.settle();
+    fixture.show();
+    if (factor > 1.0)
+        enlargeFonts(*fixture.view, factor);
+    fixture.settle();
+    QCOMPARE(clipped(*fixture.view).join(u", "_s), QString());
+    QTRY_COMPARE(clipped(*fixture.find("wirelessSheet")).join(u", "_s), QString());
+    QCOMPARE(fixture.find("sideColumn")->width(), 272);
+    const auto *column = fixture.find<QScrollArea>("mainColumn");
+    QVERIFY(column->widget()->width() <= column->viewport()->width());
+
+    AboutPane about;
+    about.present();
+    QVERIFY(QTest::qWaitForWindowExposed(&about));
+    if (factor > 1.0)
+        enlargeFonts(about, factor);
+    fixture.settle();
+    QTRY_COMPARE(clipped(about).join(u", "_s), QString());
+}
+
+void LayoutTest::listsMoreDevicesThanFit()
+{
+    ViewFixture fixture;
+    fixture.view->resize(980, 700);
+    QList<AndroidDevice> many;
+    for (int i = 0; i < 40; ++i)
+        many << AndroidDevice{u"SERIAL%1"_s.arg(i), u"device"_s, u"Phone %1"_s.arg(i)};
+    fixture.model->devices = many;
+    fixture.settle();
+    fixture.show();
+    QCOMPARE(fixture.view->size(), QSize(980, 700));
+    const auto *list = fixture.find<QScrollArea>("deviceList");
+    QVERIFY(list->verticalScrollBar()->maximum() > 0);
+    const QWidget *side = fixture.find("sideColumn");
+    for (const char *name : {"wirelessButton", "trustText"}) {
+        const QWidget *widget = fixture.find(name);
+        QVERIFY(side->rect().contains(QRect(widget->mapTo(side, QPoint(0, 0)), widget->size())));
+        QVERIFY(!list->geometry().intersects(widget->geometry()));
+    }
+}
+
+void LayoutTest::showsHostileTextsAsTheyAre()
+{
+    ViewFixture fixture;
+    const AndroidDevice hostile{u"<i>serial</i>"_s, u"device"_s, u"<b>x</b><img src=\"file:///etc/passwd\">"_s};
+    fixture.attach(hostile);
+    fixture.model->status = u"<h1>done</h1>"_s;
+    fixture.model->error = u"<a href=\"https://example.com\">click</a>"_s;
+    fixture.model->logs = u"<script>"_s;
+    fixture.settle();
+    auto *name = fixture.find<QLabel>("deviceName");
+    QCOMPARE(name->text(), hostile.name);
+    for (const auto *label : fixture.view->findChildren<QLabel *>())
+        QCOMPARE(label->textFormat(), Qt::PlainText);
+    QCOMPARE(fixture.find<TextBlock>("statusText")->toPlainText(), u"<h1>done</h1>"_s);
+    QCOMPARE(fixture.find<TextBlock>("alertText")->toPlainText(), u"<a href=\"https://example.com\">click</a>"_s);
+    QVERIFY(fixture.find("deviceRow")->accessibleName().contains(u"<b>x</b>"));
+
+    AndroidDevice reversed = readyPhone;
+    reversed.name = u"Pixel\u202Eydaer\u0007\n"_s;
+    fixture.attach(reversed);
+    QCOMPARE(name->text(), u"Pixel[U+202E]ydaer␇␊"_s);
+}
+
+void LayoutTest::showsTooltipsLiterally()
+{
+    ViewFixture fixture;
+    AndroidDevice hostile = readyPhone;
+    hostile.name = u"<b>x</b> & <img src=y>"_s;
+    fixture.attach(hostile);
+    const QWidget *row = fixture.find("deviceRow");
+    // Mark-up in the tip is this program's own and wraps it; what came from the phone is escaped.
+    QVERIFY(Qt::mightBeRichText(row->toolTip()));
+    QVERIFY(row->toolTip().contains(hostile.name.toHtmlEscaped()));
+    QVERIFY(!row->toolTip().contains(u"<b>"));
+    QVERIFY(row->accessibleDescription().contains(hostile.name));
+}
+
+void LayoutTest::makesHiddenCharactersVisible_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("lines");
+    QTest::newRow("ordinary") << u"Pixel 8 – Größe 😀 שלום"_s << u"Pixel 8 – Größe 😀 שלום"_s
+                              << u"Pixel 8 – Größe 😀 שלום"_s;
+    QTest::newRow("line ends") << u"a\r\nb\nc"_s << u"a␍␊b␊c"_s << u"a\nb\nc"_s;
+    QTest::newRow("tab") << u"a\tb"_s << u"a␉b"_s << u"a\tb"_s;
+    QTest::newRow("escape") << u"\u001b[31mred"_s << u"␛[31mred"_s << u"␛[31mred"_s;
+    QTest::newRow("nul") << QString(QChar(u'\0')) << u"␀"_s << u"␀"_s;
+    QTest::newRow("delete and C1") << u"\u007f\u0085\u009b"_s << u"␡[U+0085][U+009B]"_s << u"␡[U+0085][U+009B]"_s;
+    QTest::newRow("overrides") << u"\u202d\u202e\u2066\u2069\u200f\u061c"_s
+                               << u"[U+202D][U+202E][U+2066][U+2069][U+200F][U+061C]"_s
+                               << u"[U+202D][U+202E][U+2066][U+2069][U+200F][U+061C]"_s;
+}
+
+void LayoutTest::makesHiddenCharactersVisible()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, line);
+    QFETCH(QString, lines);
+    QCOMPARE(visibleLine(text), line);
+    QCOMPARE(visibleLines(text), lines);
+}
+
+void LayoutTest::isLegible_data()
+{
+    QTest::addColumn<QColor>("text");
+    QTest::addColumn<QColor>("ground");
+    const auto panel = over(theme::panelFill, theme::mainBackground);
+    QTest::newRow("text") << theme::text << panel;
+    QTest::newRow("secondary, side") << theme::secondaryText << theme::sideBackground;
+    QTest::newRow("secondary, main") << theme::secondaryText << theme::mainBackground;
+    QTest::newRow("secondary, panel") << theme::secondaryText << panel;
+    QTest::newRow("secondary, selected row")
+        << theme::secondaryText << over(theme::rowSelectedHover, theme::sideBackground);
+    QTest::newRow("placeholder") << theme::placeholderText << theme::fieldBackground;
+    QTest::newRow("accent") << theme::accent << panel;
+    QTest::newRow("orange") << theme::attention << panel;
+    QTest::newRow("warning") << theme::text << over(theme::faded(theme::attention, 0.14), theme::mainBackground);
+    QTest::newRow("console") << theme::consoleText << theme::consoleBackground;
+    QTest::newRow("primary button") << theme::textOnAccent << theme::accent;
+    QTest::newRow("primary button, hover") << theme::textOnAccent << theme::accentHover;
+    QTest::newRow("primary button, pressed") << theme::textOnAccent << theme::accentPressed;
+    QTest::newRow("secondary button, hover") << theme::text << over(theme::controlHover, panel);
+    QTest::newRow("selected text") << QColor(Qt::white) << theme::selection;
+    QTest::newRow("tooltip") << theme::text << theme::popupBackground;
+}
+
+void LayoutTest::isLegible()
+{
+    QFETCH(QColor, text);
+    QFETCH(QColor, ground);
+    const double ratio = contrast(text, ground);
+    QVERIFY2(ratio >= 4.5, qPrintable(u"contrast is %1"_s.arg(ratio)));
+}
+
+QTEST_MAIN(LayoutTest)
+#include "LayoutTest.moc"

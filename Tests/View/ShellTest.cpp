@@ -1,0 +1,227 @@
+// The shell: the program comes up with one window, and every way to end it ends it in order.
+#include "Varda/VardaApp.h"
+#include "Varda/View/VardaStyle.h"
+
+#include <QAction>
+#include <QFileDialog>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QTest>
+#include <QTimer>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+using namespace varda;
+
+namespace {
+
+constexpr int guard = 20000; // ms
+
+QWidget *topLevel(const QString &name)
+{
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (widget->objectName() == name)
+            return widget;
+    }
+    return nullptr;
+}
+
+/// One life of the program: runs it, calls `during` once its window is up, and answers how it ended.
+struct Life
+{
+    int status = -1;
+    int quits = 0; ///< how often the program announced its end, upon which the model is stopped
+    bool inTime = true;
+
+    explicit Life(const std::function<void(QWidget *)> &during)
+    {
+        int count = 1;
+        QByteArray name("varda");
+        std::array<char *, 2> arguments{name.data(), nullptr};
+        VardaApp app(count, arguments.data());
+        QObject::connect(qApp, &QCoreApplication::aboutToQuit, qApp, [this] { ++quits; });
+        QTimer::singleShot(guard, qApp, [this] {
+            inTime = false;
+            QCoreApplication::exit(99);
+        });
+        QTimer::singleShot(0, qApp, [&during] {
+            QWidget *window = topLevel(u"workspace"_s);
+            if (!QTest::qWaitForWindowExposed(window))
+                qFatal("the window did not come up");
+            window->activateWindow();
+            if (!QTest::qWaitForWindowActive(window))
+                qFatal("the window did not become active");
+            during(window);
+        });
+        status = app.run();
+    }
+
+    bool inOrder() const { return inTime && status == 0 && quits == 1; }
+};
+
+QPushButton *button(QWidget *window, const char *name)
+{
+    return window->findChild<QPushButton *>(QString::fromLatin1(name));
+}
+
+} // namespace
+
+class ShellTest final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void endsInOrder_data();
+    void endsInOrder();
+    void endsWithDialogsOpen_data();
+    void endsWithDialogsOpen();
+    void endsInsideAFileDialog();
+    void endsWithTheAboutPaneOpen();
+    void opensAboutFromMenuAndKey();
+    void saysWhoItIs();
+    void dressesDark();
+    void leavesNoSettingsBehind();
+};
+
+void ShellTest::endsInOrder_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("closed window") << 0;
+    QTest::newRow("Ctrl+Q") << -1;
+    QTest::newRow("menu") << -2;
+    QTest::newRow("SIGTERM") << SIGTERM;
+    QTest::newRow("SIGINT") << SIGINT;
+    QTest::newRow("SIGHUP") << SIGHUP;
+}
+
+void ShellTest::endsInOrder()
+{
+    QFETCH(int, signal);
+    const Life life([signal](QWidget *window) {
+        if (signal > 0)
+            ::raise(signal);
+        else if (signal == 0)
+            window->close();
+        else if (signal == -1)
+            QTest::keyClick(window, Qt::Key_Q, Qt::ControlModifier);
+        else
+            window->findChild<QAction *>(u"quitAction"_s)->trigger();
+    });
+    QVERIFY(life.inOrder());
+}
+
+void ShellTest::endsWithDialogsOpen_data()
+{
+    QTest::addColumn<bool>("bySignal");
+    QTest::newRow("Ctrl+Q") << false;
+    QTest::newRow("SIGTERM") << true;
+}
+
+void ShellTest::endsWithDialogsOpen()
+{
+    QFETCH(bool, bySignal);
+    const Life life([bySignal](QWidget *window) {
+        button(window, "wirelessButton")->click();
+        QWidget *sheet = window->findChild<QWidget *>(u"wirelessSheet"_s);
+        QTRY_VERIFY(sheet->isVisible());
+        QTRY_COMPARE(QApplication::activeWindow(), sheet);
+        button(sheet, "connectButton")->click(); // an empty address: an error
+        QWidget *alert = window->findChild<QWidget *>(u"alert"_s);
+        QTRY_VERIFY(alert->isVisible());
+        QTRY_COMPARE(QApplication::activeWindow(), alert);
+        if (bySignal)
+            ::raise(SIGTERM);
+        else
+            QTest::keyClick(alert, Qt::Key_Q, Qt::ControlModifier);
+    });
+    QVERIFY(life.inOrder());
+}
+
+void ShellTest::endsInsideAFileDialog()
+{
+    bool opened = false;
+    const Life life([&opened](QWidget *window) {
+        QTimer::singleShot(0, window, [&opened] {
+            QTRY_VERIFY(topLevel(u"fileDialog"_s) && topLevel(u"fileDialog"_s)->isVisible());
+            opened = true;
+            ::raise(SIGTERM);
+        });
+        button(window, "chooseButton")->click(); // returns when the dialog is closed
+    });
+    QVERIFY(opened);
+    QVERIFY(life.inOrder());
+}
+
+void ShellTest::endsWithTheAboutPaneOpen()
+{
+    const Life life([](QWidget *window) {
+        window->findChild<QAction *>(u"aboutAction"_s)->trigger();
+        QTRY_VERIFY(topLevel(u"aboutPane"_s)->isVisible());
+        window->close();
+    });
+    QVERIFY(life.inOrder());
+}
+
+void ShellTest::opensAboutFromMenuAndKey()
+{
+    const Life life([](QWidget *window) {
+        QWidget *about = topLevel(u"aboutPane"_s);
+        QVERIFY(!about->isVisible());
+        QTest::keyClick(window, Qt::Key_F1);
+        QVERIFY(about->isVisible());
+        QCOMPARE(about->windowTitle(), u"About Varda"_s);
+        QVERIFY(QTest::qWaitForWindowActive(about));
+        QTest::keyClick(about, Qt::Key_Escape);
+        QVERIFY(!about->isVisible());
+        window->findChild<QAction *>(u"aboutAction"_s)->trigger();
+        QVERIFY(about->isVisible());
+        ::raise(SIGTERM);
+    });
+    QVERIFY(life.inOrder());
+}
+
+void ShellTest::saysWhoItIs()
+{
+    const Life life([](QWidget *window) {
+        QCOMPARE(QCoreApplication::applicationName(), u"varda"_s);
+        QCOMPARE(QGuiApplication::applicationDisplayName(), u"Varda"_s);
+        QCOMPARE(QGuiApplication::desktopFileName(), u"varda"_s);
+        QCOMPARE(window->windowTitle(), u"Varda"_s);
+        QVERIFY(!QGuiApplication::windowIcon().isNull());
+        QCOMPARE(window->size(), QSize(1180, 820));
+        ::raise(SIGTERM);
+    });
+    QVERIFY(life.inOrder());
+}
+
+void ShellTest::dressesDark()
+{
+    const Life life([](QWidget *window) {
+        QVERIFY(qobject_cast<VardaStyle *>(QApplication::style()));
+        QVERIFY(window->palette().color(QPalette::Window).lightness() < 60);
+        QVERIFY(window->palette().color(QPalette::WindowText).lightness() > 200);
+        ::raise(SIGTERM);
+    });
+    QVERIFY(life.inOrder());
+}
+
+void ShellTest::leavesNoSettingsBehind()
+{
+    const QString settings =
+        QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + u"/QtProject.conf"_s;
+    QVERIFY2(!QFile::exists(settings), "run this test with a home folder of its own");
+    const Life life([](QWidget *window) {
+        QTimer::singleShot(0, window, [] {
+            QTRY_VERIFY(topLevel(u"fileDialog"_s) && topLevel(u"fileDialog"_s)->isVisible());
+            static_cast<QDialog *>(topLevel(u"fileDialog"_s))->reject();
+        });
+        button(window, "chooseButton")->click();
+        ::raise(SIGTERM);
+    });
+    QVERIFY(life.inOrder());
+    QVERIFY(!QFile::exists(settings));
+}
+
+QTEST_APPLESS_MAIN(ShellTest)
+#include "ShellTest.moc"

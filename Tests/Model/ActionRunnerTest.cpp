@@ -2,6 +2,7 @@
 #include "ModelTest.h"
 
 #include <QCoroTask>
+#include <QDir>
 #include <QFile>
 #include <QTimer>
 
@@ -44,6 +45,10 @@ private Q_SLOTS:
     void everyActionShowsItsOwnTexts();
     void missingToolFailsWithTheLaunchError_data();
     void missingToolFailsWithTheLaunchError();
+    void unlaunchableToolFailsInOneSentence_data();
+    void unlaunchableToolFailsInOneSentence();
+    void garbageIsNeverTakenForSuccess_data();
+    void garbageIsNeverTakenForSuccess();
     void toolKilledByASignalFailsTheAction();
     void longComplaintIsCutToThreeThousandCharacters();
     void tooMuchOutputFailsTheAction();
@@ -214,6 +219,65 @@ void ActionRunnerTest::missingToolFailsWithTheLaunchError()
     if (working.startsWith(u"Pairing"))
         expected.prepend(u"pairingCode="_s);
     QCOMPARE(writes->take(), expected);
+}
+
+void ActionRunnerTest::unlaunchableToolFailsInOneSentence_data()
+{
+    QTest::addColumn<QString>("trouble");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("not executable") << u"plain"_s << u"Permission denied"_s;
+    QTest::newRow("a directory") << u"directory"_s << u"Permission denied"_s;
+    QTest::newRow("no program") << u"garbage"_s << u"Exec format error"_s;
+    QTest::newRow("the tree is gone") << u"tree"_s << u"No such file or directory"_s;
+}
+
+void ActionRunnerTest::unlaunchableToolFailsInOneSentence()
+{
+    QFETCH(QString, trouble);
+    QFETCH(QString, reason);
+    selectPhoneAndApp();
+    const QString tool = adb().path();
+    if (trouble == u"tree")
+        QVERIFY(QDir(StandInTools::directory()).removeRecursively());
+    else
+        QVERIFY(QFile::remove(tool));
+    if (trouble == u"directory")
+        QVERIFY(QDir().mkdir(tool));
+    if (trouble == u"plain" || trouble == u"garbage") {
+        QFile file(tool);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("\x01garbage");
+        file.close();
+        const QFile::Permissions plain = QFile::ReadOwner | QFile::WriteOwner;
+        QVERIFY(file.setPermissions(trouble == u"plain" ? plain : plain | QFile::ExeOwner));
+    }
+    perform([this] { model->appAction(false); });
+    QCOMPARE(writes->take(), failure(stopping, tool + u": " + reason));
+}
+
+void ActionRunnerTest::garbageIsNeverTakenForSuccess_data()
+{
+    QTest::addColumn<QString>("working");
+    for (const auto &[working, start] : actions()) {
+        // A stop and a list have no word of success that garbage could lack.
+        if (!working.startsWith(u"Stopping") && !working.startsWith(u"Reading"))
+            QTest::newRow(qUtf8Printable(working)) << working;
+    }
+}
+
+void ActionRunnerTest::garbageIsNeverTakenForSuccess()
+{
+    QFETCH(QString, working);
+    selectPhoneAndApp();
+    QByteArray garbage;
+    for (int i = 0; i < 100'000; ++i)
+        garbage.append(static_cast<char>(i * 37 + i / 251));
+    adb().onAnything().prints(garbage).complains(garbage);
+    perform(actions().at(working));
+    QCOMPARE(model->status(), working + u" failed.");
+    QVERIFY(model->error());
+    QVERIFY(model->error()->size() <= 6000);
+    QVERIFY(!QFile::exists(scratch(u"shot.png"_s)));
 }
 
 void ActionRunnerTest::toolKilledByASignalFailsTheAction()

@@ -42,7 +42,7 @@ VardaApp::VardaApp(int &argc, char **argv)
     : m_application(argc, argv)
     , m_model(VardaModel::create(std::make_unique<QtFileDialogs>()))
     , m_view(makeView(m_model))
-    , m_about(std::make_unique<AboutPane>())
+    , m_about(std::make_unique<AboutPane>(m_view.get()))
 {
     fillApplicationMenu();
     QObject::connect(m_view.get(), &VardaView::closed, &m_application, quit);

@@ -16,8 +16,9 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-constexpr std::array names{"product", "phone",   "desktop", "refresh", "wifi",     "shield", "check", "warning",
-                           "box",     "windows", "play",    "camera",  "terminal", "menu",   "drop",  "file"};
+constexpr std::array names{"product", "phone",   "desktop", "refresh", "wifi",       "shield", "check",   "warning",
+                           "box",     "windows", "play",    "camera",  "terminal",   "menu",   "drop",    "file",
+                           "back",    "forward", "up",      "folder",  "new-folder", "list",   "details", "document"};
 
 QString resource(QLatin1StringView name)
 {

@@ -27,6 +27,14 @@ enum class Icon {
     Menu,
     Drop, ///< an arrow into a tray
     File, ///< the chosen build
+    Back,
+    Forward,
+    Up,
+    Folder,
+    NewFolder,
+    List,
+    Details,
+    Document,
 };
 
 /// Draws `icon` into the square `target` in `colour`, crisp at the painter's own scale.

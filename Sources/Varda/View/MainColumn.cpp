@@ -9,6 +9,7 @@
 #include "Varda/View/WorkPanels.h"
 
 #include <QEvent>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 namespace varda {
@@ -47,7 +48,7 @@ MainColumn::MainColumn(VardaModel &model, const Commands &commands, QWidget *par
     setWidgetResizable(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // within the padding; invisible where nothing scrolls
-    setFocusPolicy(Qt::StrongFocus);
+    setFocusPolicy(Qt::ClickFocus);                    // keys scroll it from wherever the focus is
 
     auto *column = new QWidget;
     auto *stack = new QVBoxLayout(column);
@@ -153,16 +154,23 @@ void MainColumn::placeStatus()
 bool MainColumn::focusNextPrevChild(bool next)
 {
     const bool moved = QScrollArea::focusNextPrevChild(next);
-    keepFocusInSight();
+    showFocus();
     return moved;
 }
 
-/// A control that has just received the focus must not hide behind the floating status line.
-void MainColumn::keepFocusInSight()
+/// Scrolls a control that has just received the focus out from under the edges and the floating status line.
+void MainColumn::showFocus()
 {
-    QWidget *focused = widget()->focusWidget();
-    if (focused && widget()->isAncestorOf(focused) && focused->hasFocus())
-        ensureWidgetVisible(focused, 0, m_status->height() + focusMargin);
+    const QWidget *focused = widget()->focusWidget();
+    if (!focused || !focused->hasFocus() || !widget()->isAncestorOf(focused))
+        return;
+    const int top = focused->mapTo(widget(), QPoint(0, 0)).y() - focusMargin;
+    const int bottom = top + focused->height() + 2 * focusMargin + m_status->height();
+    QScrollBar *bar = verticalScrollBar();
+    if (bottom > bar->value() + viewport()->height())
+        bar->setValue(bottom - viewport()->height());
+    if (top < bar->value())
+        bar->setValue(top);
 }
 
 } // namespace varda

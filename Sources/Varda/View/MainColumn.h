@@ -38,7 +38,7 @@ protected:
 private:
     void addHeader(QVBoxLayout &stack);
     void placeStatus();
-    void keepFocusInSight();
+    void showFocus();
 
     VardaModel &m_model;
     DeviceCard *m_card = nullptr;

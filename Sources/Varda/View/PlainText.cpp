@@ -10,6 +10,8 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
+constexpr qsizetype tipWidth = 72; // characters; longer lines are left to wrap
+
 bool isBidiControl(QChar c)
 {
     const char16_t u = c.unicode();
@@ -69,8 +71,13 @@ QString visibleLines(const QString &text)
 void setPlainToolTip(QWidget *widget, const QString &text)
 {
     const QString plain = visibleLines(text);
+    const QStringList lines = plain.split(u'\n');
+    const bool fits =
+        std::all_of(lines.begin(), lines.end(), [](const QString &line) { return line.size() <= tipWidth; });
+    const QString space = fits ? u"pre"_s : u"pre-wrap"_s;
     const QString markUp =
-        plain.isEmpty() ? QString() : u"<div style=\"white-space: pre-wrap\">"_s + plain.toHtmlEscaped() + u"</div>"_s;
+        plain.isEmpty() ? QString()
+                        : u"<div style=\"white-space: "_s + space + u"\">"_s + plain.toHtmlEscaped() + u"</div>"_s;
     if (widget->toolTip() == markUp)
         return;
     widget->setToolTip(markUp);

@@ -21,6 +21,8 @@ constexpr int buttonIcon = 16;
 constexpr int iconGap = 8;
 constexpr int consoleFrame = 10;
 constexpr int fieldPadding = 10;
+constexpr int menuMargin = 6;
+constexpr int menuItemHeight = 30;
 constexpr int shortestScrollThumb = 36;
 
 struct ButtonLook
@@ -120,6 +122,9 @@ int VardaStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, cons
     case PM_ButtonShiftHorizontal:
     case PM_ButtonShiftVertical:
         return 0;
+    case PM_MenuHMargin:
+    case PM_MenuVMargin:
+        return menuMargin;
     case PM_ToolTipLabelFrameWidth:
         return 8;
     case PM_DefaultFrameWidth:
@@ -140,6 +145,8 @@ int VardaStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWid
         return 0;
     case SH_LineEdit_PasswordMaskDelay:
         return 0; // a masked character is never shown in clear, not even for a moment
+    case SH_DialogButtonBox_ButtonsHaveIcons:
+        return 0;
     case SH_ToolTipLabel_Opacity:
         return 255;
     case SH_ScrollBar_LeftClickAbsolutePosition:
@@ -169,7 +176,46 @@ QSize VardaStyle::sizeFromContents(ContentsType type, const QStyleOption *option
     }
     if (type == CT_LineEdit && isFramedField(option, widget))
         return {contents.width() + 2 * fieldPadding, qMax(theme::controlHeight, option->fontMetrics.height() + 16)};
-    return QProxyStyle::sizeFromContents(type, option, contents, widget);
+    QSize size = QProxyStyle::sizeFromContents(type, option, contents, widget);
+    if (type == CT_ComboBox)
+        size.setHeight(qMax(size.height(), theme::controlHeight));
+    const auto *item = qstyleoption_cast<const QStyleOptionMenuItem *>(option);
+    if (type == CT_MenuItem && item && item->menuItemType != QStyleOptionMenuItem::Separator)
+        size = {size.width() + menuMargin * 2, qMax(size.height(), menuItemHeight)};
+    return size;
+}
+
+/// Qt's own file dialog, which stands in where the desktop has none, is of the same family.
+QIcon VardaStyle::standardIcon(StandardPixmap standard, const QStyleOption *option, const QWidget *widget) const
+{
+    switch (standard) {
+    case SP_ArrowBack:
+    case SP_FileDialogBack:
+        return icon(Icon::Back);
+    case SP_ArrowForward:
+        return icon(Icon::Forward);
+    case SP_FileDialogToParent:
+        return icon(Icon::Up);
+    case SP_FileDialogNewFolder:
+        return icon(Icon::NewFolder);
+    case SP_FileDialogListView:
+        return icon(Icon::List);
+    case SP_FileDialogDetailedView:
+        return icon(Icon::Details);
+    case SP_DirIcon:
+    case SP_DirHomeIcon:
+    case SP_DirOpenIcon:
+    case SP_DirLinkIcon:
+        return icon(Icon::Folder);
+    case SP_FileIcon:
+    case SP_FileLinkIcon:
+        return icon(Icon::Document);
+    case SP_ComputerIcon:
+    case SP_DriveHDIcon:
+        return icon(Icon::Desktop);
+    default:
+        return QProxyStyle::standardIcon(standard, option, widget);
+    }
 }
 
 QRect VardaStyle::subElementRect(SubElement element, const QStyleOption *option, const QWidget *widget) const
@@ -217,6 +263,13 @@ QRect VardaStyle::subControlRect(ComplexControl control, const QStyleOptionCompl
 void VardaStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *option, QPainter *painter,
                                const QWidget *widget) const
 {
+    if (element == PE_PanelMenu || element == PE_PanelTipLabel) {
+        painter->fillRect(option->rect, theme::popupBackground);
+        paintRounded(*painter, option->rect, 0, Qt::transparent, theme::controlLine);
+        return;
+    }
+    if (element == PE_FrameMenu)
+        return;
     const bool focused = option->state.testFlag(State_HasFocus);
     if ((element == PE_PanelLineEdit || element == PE_FrameLineEdit) && isFramedField(option, widget)) {
         paintRounded(*painter, option->rect, theme::controlRadius, theme::fieldBackground,

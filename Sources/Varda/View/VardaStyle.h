@@ -26,6 +26,7 @@ public:
                   QStyleHintReturn *returned) const override;
     QSize sizeFromContents(ContentsType type, const QStyleOption *option, const QSize &contents,
                            const QWidget *widget) const override;
+    QIcon standardIcon(StandardPixmap standard, const QStyleOption *option, const QWidget *widget) const override;
     QRect subElementRect(SubElement element, const QStyleOption *option, const QWidget *widget) const override;
     QRect subControlRect(ComplexControl control, const QStyleOptionComplex *option, SubControl part,
                          const QWidget *widget) const override;

@@ -13,6 +13,7 @@ namespace {
 constexpr qint64 firstAppPid = 8400;
 constexpr qint64 systemServerPid = 812;
 constexpr qint64 pidStep = 37;
+constexpr qsizetype tagLength = 23; // the longest that Android's log takes everywhere
 
 } // namespace
 
@@ -31,6 +32,7 @@ Device::Device(const QString &model, QSize screen, QObject *parent)
     , m_lastPid(firstAppPid)
     , m_log(this)
 {
+    connect(&m_log, &SystemLog::chatted, this, &Device::logAsForegroundApp);
 }
 
 QString Device::identifier() const
@@ -43,6 +45,13 @@ const App *Device::app(const QString &package) const
 {
     const auto found = std::find_if(m_apps.begin(), m_apps.end(), [&](const App &a) { return a.package == package; });
     return found == m_apps.end() ? nullptr : &*found;
+}
+
+void Device::logAsForegroundApp()
+{
+    const App *front = app(m_foreground);
+    if (front != nullptr && front->pid != 0)
+        m_log.append(front->pid, 'D', front->package.toUtf8().right(tagLength), "onDraw: alles in Ordnung, 60 fps");
 }
 
 App *Device::find(const QString &package)
@@ -83,7 +92,7 @@ bool Device::launch(const QString &package)
     m_log.append(systemServerPid, 'I', "ActivityManager",
                  "Start proc " + QByteArray::number(app->pid) + ':' + name + " for top-activity");
     m_log.append(app->pid, 'I', "Zygote", "Process " + QByteArray::number(app->pid) + " crossed fork");
-    m_log.append(app->pid, 'D', name.right(23), "onCreate: Willkommen, übliche Prüfung läuft ✓");
+    m_log.append(app->pid, 'D', name.right(tagLength), "onCreate: Willkommen, übliche Prüfung läuft ✓");
     m_log.append(app->pid, 'I', "Choreographer", "Skipped 31 frames! " + name + " may be doing too much work");
     return true;
 }

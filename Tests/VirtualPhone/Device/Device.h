@@ -65,6 +65,7 @@ public:
     FileStore &files() { return m_files; }
 
 private:
+    void logAsForegroundApp();
     App *find(const QString &package);
 
     const QString m_model;

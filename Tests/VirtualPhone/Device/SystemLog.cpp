@@ -92,6 +92,7 @@ void SystemLog::chat()
     const Phrase &phrase = phrases.at(static_cast<std::size_t>(m_nextPhrase) % phrases.size());
     ++m_nextPhrase;
     append(phrase.pid, phrase.level, phrase.tag, phrase.message);
+    Q_EMIT chatted();
 }
 
 } // namespace varda::phone

@@ -44,6 +44,8 @@ public:
 
 Q_SIGNALS:
     void appended(const LogLine &line);
+    /// The phone wrote a line of its own accord: the moment for an app to do so, too.
+    void chatted();
 
 private:
     void chat();

@@ -11,8 +11,8 @@
 
 namespace varda::phone {
 
-/// Android's numbers of what a finger or a mouse does.
-enum class MotionAction : quint8 { Down = 0, Up = 1, Move = 2, HoverMove = 7, HoverEnter = 9, HoverExit = 10 };
+/// Android's numbers of what a finger or a mouse does on the screen. Higher ones are a mouse's that only hovers.
+enum class MotionAction : quint8 { Down = 0, Up = 1, Move = 2 };
 
 struct ControlMessage
 {

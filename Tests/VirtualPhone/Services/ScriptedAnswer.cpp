@@ -1,7 +1,6 @@
 #include "Services/ScriptedAnswer.h"
 
 #include "Adb/Stream.h"
-#include "Phone.h"
 #include "Services/ServiceRecord.h"
 #include "Services/ShellService.h"
 
@@ -25,14 +24,13 @@ bool answersByScript(const QByteArray &service)
     return command && !isInstall(service);
 }
 
-ScriptedAnswer::ScriptedAnswer(Phone &phone, Stream &stream, ServiceRecord &record, const Fault &fault)
+ScriptedAnswer::ScriptedAnswer(Stream &stream, ServiceRecord &record, const Fault &fault)
     : QObject(&stream)
     , m_channel(new CommandChannel(stream, shellProtocolOf(stream.destination())))
     , m_record(record)
     , m_fault(fault)
     , m_remaining(fault.flood.value_or(0))
 {
-    Q_UNUSED(phone)
     m_channel->error(fault.error.value_or(QByteArray()));
     m_channel->output(fault.output.value_or(QByteArray()));
     if (fault.garble)

@@ -8,7 +8,6 @@
 namespace varda::phone {
 
 class CommandChannel;
-class Phone;
 class ServiceRecord;
 class Stream;
 
@@ -20,7 +19,7 @@ class ScriptedAnswer : public QObject
     Q_OBJECT
 
 public:
-    ScriptedAnswer(Phone &phone, Stream &stream, ServiceRecord &record, const Fault &fault);
+    ScriptedAnswer(Stream &stream, ServiceRecord &record, const Fault &fault);
 
 private:
     /// Sends the next piece of a flood when the last one has gone, so that a flood of any size needs little memory.

@@ -51,7 +51,7 @@ void start(Phone &phone, Stream &stream, ServiceRecord &record, const Fault &fau
     if (!stream.isOpen())
         return;
     if (fault.replacesAnswer() && answersByScript(stream.destination()))
-        new ScriptedAnswer(phone, stream, record, fault);
+        new ScriptedAnswer(stream, record, fault);
     else
         starter(phone, stream, record);
 }

@@ -81,7 +81,8 @@ void SyncService::handle(const QByteArray &request, const QByteArray &argument)
     if (request == "SEND")
         return beginFile(argument);
     if (request == "DATA") {
-        m_file.content += argument;
+        if (!m_path.isEmpty())
+            m_file.content += argument;
         return;
     }
     if (request == "RECV")

@@ -2,7 +2,10 @@
 #include "VirtualPhone.h"
 #include "WireHost.h"
 
+#include <QRandomGenerator>
 #include <QTest>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 using namespace varda::phone;
@@ -211,6 +214,48 @@ private Q_SLOTS:
         host.send(open(2, QByteArray()));
         host.send(open(3, "exec:echo alive"));
         QCOMPARE(host.receiveUntil(isFor(3, PacketCommand::Write)).last().payload, QByteArray("alive\n"));
+    }
+
+    void anyPacketsInAnyOrderAreSurvived_data()
+    {
+        QTest::addColumn<quint32>("seed");
+        for (const quint32 seed : {1U, 2U, 3U, 4U, 5U})
+            QTest::addRow("seed %u", seed) << seed;
+    }
+
+    void anyPacketsInAnyOrderAreSurvived()
+    {
+        QFETCH(quint32, seed);
+        constexpr int packets = 2'000;
+        const QList<PacketCommand> commands = {PacketCommand::Open,  PacketCommand::Open,  PacketCommand::Okay,
+                                               PacketCommand::Write, PacketCommand::Write, PacketCommand::Close};
+        const QByteArrayList services = {"exec:cat",
+                                         "sync:",
+                                         "shell,v2,raw:cat",
+                                         "exec:logcat",
+                                         "exec:pidof x",
+                                         "exec:cmd package install -S 9",
+                                         "reverse:forward:localabstract:a;tcp:1",
+                                         "exec:'"};
+        const QByteArrayList pieces = {"SEND\4\0\0\0/x,6", "DATA", "\0\4\0\0\0", "\1\0\0\0\0", "x", QByteArray()};
+        QRandomGenerator random(seed);
+        const auto upTo = [&](qsizetype count) {
+            return static_cast<quint32>(random.bounded(static_cast<int>(count)));
+        };
+        VirtualPhone phone;
+        {
+            WireHost host(phone.port());
+            QVERIFY(host.greet());
+            for (int index = 0; index < packets; ++index) {
+                const PacketCommand command = commands.at(upTo(commands.size()));
+                const QByteArray &payload = command == PacketCommand::Open ? services.at(upTo(services.size()))
+                                                                           : pieces.at(upTo(pieces.size()));
+                host.send({command, upTo(20) + 1, upTo(40), payload});
+            }
+            host.send(open(99, "exec:echo end"));
+            QVERIFY(!host.receiveUntil(isFor(99, PacketCommand::Write)).isEmpty());
+        }
+        QVERIFY(WireHost(phone.port()).greet());
     }
 
     void secondGreetingEndsAllStreams()

@@ -8,8 +8,8 @@
 
 namespace varda::test {
 
-/// The calls that can be made to fail. Those about files count only for paths of capture directories ("/varda-") and of
-/// files being saved ("/saved"), `Write` and `Read` also for pipes, so that neither Qt nor the test meets the fault.
+/// The calls that can be made to fail. Those about files count only below capture directories ("/varda-…") and below
+/// "/saved", `Write` and `Read` also for pipes, so that neither Qt nor the test meets the fault.
 enum class Call {
     MakeDirectory, ///< mkdir
     ChangeMode,    ///< chmod, fchmod

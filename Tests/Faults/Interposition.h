@@ -40,8 +40,8 @@ int callsMade(Call call);
 /// Has the monotonic clock jump ahead: what waits for a deadline sees it pass.
 void skipTime(std::chrono::nanoseconds time);
 
-/// While on, a wait of the main thread in which nothing is to come but a timer ends at once, and the clock jumps to
-/// that timer; a wait while a child process lives takes its time.
+/// While on, a wait of the main thread in which nothing happens for a millisecond ends, and the clock jumps to the
+/// timer that would have ended it; a wait while a child process lives takes its time.
 void skipIdleTime(bool on);
 
 } // namespace varda::test

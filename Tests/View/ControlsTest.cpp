@@ -50,6 +50,7 @@ private Q_SLOTS:
     void namesTheKeysInTooltips();
     void listsTheKeysInTheMenu();
     void launchesNothingOnReturn();
+    void pressesTheFocusedButtonOnReturn();
     void movesBetweenRowsWithArrows();
     void givesTheFocusBack();
     void reachesEveryControlByTab();
@@ -288,6 +289,15 @@ void ControlsTest::launchesNothingOnReturn()
     QCOMPARE(fixture.dialogs->questions, 0);
 }
 
+void ControlsTest::pressesTheFocusedButtonOnReturn()
+{
+    ViewFixture fixture;
+    fixture.show();
+    for (const auto key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space})
+        QTest::keyClick(fixture.find("chooseButton"), key);
+    QCOMPARE(fixture.dialogs->questions, 3);
+}
+
 void ControlsTest::movesBetweenRowsWithArrows()
 {
     ViewFixture fixture;
@@ -305,6 +315,8 @@ void ControlsTest::movesBetweenRowsWithArrows()
     QCOMPARE(fixture.model->selectedID(), shyPhone.id);
     QTest::keyClick(rows.at(1), Qt::Key_Up);
     QCOMPARE(fixture.view->focusWidget(), rows.at(0));
+    QTest::keyClick(rows.at(0), Qt::Key_Return);
+    QCOMPARE(fixture.model->selectedID(), readyPhone.id);
 }
 
 void ControlsTest::givesTheFocusBack()

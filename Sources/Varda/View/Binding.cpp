@@ -14,7 +14,7 @@ QLineEdit *makeField(const QString &objectName, const QString &accessibleName, c
     field->setObjectName(objectName);
     field->setAccessibleName(accessibleName);
     field->setPlaceholderText(placeholder);
-    field->setFont(theme::font(theme::bodySize));
+    field->setFont(theme::literal(theme::font(theme::bodySize)));
     return field;
 }
 

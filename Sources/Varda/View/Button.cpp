@@ -3,6 +3,8 @@
 
 #include "Varda/View/Theme.h"
 
+#include <QKeyEvent>
+
 namespace varda {
 
 Button::Button(Kind kind, const QString &text, std::optional<Icon> icon, QWidget *parent)
@@ -18,6 +20,15 @@ Button::Button(Kind kind, const QString &text, std::optional<Icon> icon, QWidget
         setCursor(Qt::PointingHandCursor);
     if (icon)
         setIcon(varda::icon(*icon));
+}
+
+void Button::keyPressEvent(QKeyEvent *event)
+{
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (enter && !event->isAutoRepeat())
+        click();
+    else
+        QPushButton::keyPressEvent(event);
 }
 
 } // namespace varda

@@ -9,6 +9,7 @@
 
 namespace varda {
 
+/// Return presses it as Space does, but only while it has the focus: no button is pressed from elsewhere.
 class Button final : public QPushButton
 {
     Q_OBJECT
@@ -26,6 +27,9 @@ public:
     Button(Kind kind, const QString &text, std::optional<Icon> icon = std::nullopt, QWidget *parent = nullptr);
 
     Kind kind() const { return m_kind; }
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     const Kind m_kind;

@@ -34,7 +34,7 @@ ConsoleText::ConsoleText(QWidget *parent)
     setLineWrapMode(QPlainTextEdit::NoWrap);
     setTabChangesFocus(true);
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    setFont(theme::monospaced(theme::consoleSize));
+    setFont(theme::literal(theme::monospaced(theme::consoleSize)));
     setFixedHeight(theme::consoleHeight);
     document()->setDocumentMargin(2);
     QPalette colours = palette();

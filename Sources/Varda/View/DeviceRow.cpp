@@ -6,7 +6,7 @@
 #include "Varda/View/Theme.h"
 #include "Varda/View/VardaStyle.h"
 
-#include <QAccessible>
+#include <QKeyEvent>
 #include <QPainter>
 
 namespace varda {
@@ -26,7 +26,7 @@ DeviceRow::DeviceRow(QWidget *parent)
 {
     setObjectName(u"deviceRow"_s);
     setCheckable(true);
-    setFont(theme::font(theme::bodySize));
+    setFont(theme::literal(theme::font(theme::bodySize)));
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
@@ -66,6 +66,15 @@ QSize DeviceRow::sizeHint() const
 QSize DeviceRow::minimumSizeHint() const
 {
     return {0, sizeHint().height()};
+}
+
+void DeviceRow::keyPressEvent(QKeyEvent *event)
+{
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (enter && !event->isAutoRepeat())
+        click();
+    else
+        QAbstractButton::keyPressEvent(event);
 }
 
 void DeviceRow::paintEvent(QPaintEvent *)

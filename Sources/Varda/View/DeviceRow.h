@@ -26,6 +26,7 @@ public:
 
 protected:
     void nextCheckState() override {}
+    void keyPressEvent(QKeyEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:

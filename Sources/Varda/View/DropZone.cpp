@@ -71,7 +71,7 @@ DropZone::DropZone(VardaModel &model, QWidget *parent)
     text->setObjectName(u"dropText"_s);
 
     m_fileName->setObjectName(u"apkName"_s);
-    m_fileName->setFont(theme::font(theme::bodySize, QFont::DemiBold));
+    m_fileName->setFont(theme::literal(theme::font(theme::bodySize, QFont::DemiBold)));
     auto *chosen = new QHBoxLayout(m_chosen);
     chosen->setContentsMargins(0, 4, 0, 0);
     chosen->setSpacing(8);

@@ -117,7 +117,7 @@ TextBlock::TextBlock(const QFont &font, const QColor &colour, QAccessible::Role 
     : QTextEdit(parent)
     , m_role(role)
 {
-    setFont(font);
+    setFont(theme::literal(font));
     setTextColour(*this, colour);
     setFrameShape(QFrame::NoFrame);
     viewport()->setAutoFillBackground(false);

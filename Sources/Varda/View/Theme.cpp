@@ -30,6 +30,12 @@ QFont capitals(int pixels)
     return capitals;
 }
 
+QFont literal(QFont base)
+{
+    base.setStyleStrategy(QFont::PreferNoShaping);
+    return base;
+}
+
 QFont monospaced(int pixels)
 {
     static const QString fixed = family(QStringLiteral("DejaVu Sans Mono"), QFontDatabase::FixedFont);

@@ -87,6 +87,9 @@ inline constexpr double focusRing = 2.0;
 QFont font(int pixels, QFont::Weight weight = QFont::Normal);
 /// The bold face of headings in capitals, which stand a little apart.
 QFont capitals(int pixels);
+/// `base` without ligatures and contextual forms, for text from outside: a fine sans shows "64 x86" with a
+/// multiplication sign otherwise.
+QFont literal(QFont base);
 /// The fixed-pitch face at `pixels`.
 QFont monospaced(int pixels);
 /// `base` brought from body size to `pixels`, so that a widget that paints several sizes follows its own font.

@@ -1,6 +1,7 @@
 // What a coroutine here can wait for: work on another thread, and a descriptor that becomes ready.
 #pragma once
 
+#include <QCoroTask>
 #include <QObject>
 #include <QSocketNotifier>
 #include <QThreadPool>
@@ -12,8 +13,6 @@
 #include <optional>
 #include <type_traits>
 #include <utility>
-
-#include <coroutine>
 
 namespace varda {
 

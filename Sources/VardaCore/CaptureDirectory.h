@@ -20,8 +20,7 @@ class CaptureDirectory
 public:
     /// Makes the directory, and the temporary directory where that is missing.
     CaptureDirectory();
-    CaptureDirectory(const CaptureDirectory &) = delete;
-    CaptureDirectory &operator=(const CaptureDirectory &) = delete;
+    Q_DISABLE_COPY_MOVE(CaptureDirectory)
     ~CaptureDirectory();
 
     /// Creates the empty file `name`, readable by this user only, and opens it for writing.

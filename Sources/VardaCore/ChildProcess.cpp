@@ -231,8 +231,7 @@ public:
             throw;
         }
     }
-    FileActions(const FileActions &) = delete;
-    FileActions &operator=(const FileActions &) = delete;
+    Q_DISABLE_COPY_MOVE(FileActions)
     ~FileActions() { ::posix_spawn_file_actions_destroy(&m_actions); }
 
     const posix_spawn_file_actions_t *get() const { return &m_actions; }
@@ -276,8 +275,7 @@ public:
         ::posix_spawnattr_setflags(&m_attributes,
                                    static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | session));
     }
-    Attributes(const Attributes &) = delete;
-    Attributes &operator=(const Attributes &) = delete;
+    Q_DISABLE_COPY_MOVE(Attributes)
     ~Attributes() { ::posix_spawnattr_destroy(&m_attributes); }
 
     const posix_spawnattr_t *get() const { return &m_attributes; }

@@ -37,8 +37,8 @@ using Clock = ChildProcess::Clock;
 /// Between SIGTERM and SIGKILL.
 constexpr auto terminationGrace = 300ms;
 
-/// Largest standard output in bytes. Standard error has no limit.
-constexpr qint64 outputLimit = 32 * 1024 * 1024;
+/// Largest standard output in bytes, 32 MiB. Standard error has no limit.
+constexpr qint64 outputLimit = 33'554'432;
 
 /// Longer time-outs mean the same, and this one can be added to any time.
 constexpr std::chrono::duration<double> longestTimeout = 24h * 36500;
@@ -63,8 +63,7 @@ public:
         m_wasPending = ::sigismember(&pending, SIGPIPE) == 1;
         ::pthread_sigmask(SIG_BLOCK, &m_sigpipe, &m_previous);
     }
-    SigpipeBlock(const SigpipeBlock &) = delete;
-    SigpipeBlock &operator=(const SigpipeBlock &) = delete;
+    Q_DISABLE_COPY_MOVE(SigpipeBlock)
     ~SigpipeBlock()
     {
         const timespec now = {};
@@ -74,8 +73,8 @@ public:
     }
 
 private:
-    sigset_t m_sigpipe;
-    sigset_t m_previous;
+    sigset_t m_sigpipe = {};
+    sigset_t m_previous = {};
     bool m_wasPending = false;
 };
 
@@ -85,8 +84,7 @@ class Command
 {
 public:
     Command(QString executable, QStringList arguments, std::optional<QString> input);
-    Command(const Command &) = delete;
-    Command &operator=(const Command &) = delete;
+    Q_DISABLE_COPY_MOVE(Command)
     ~Command();
 
     /// Makes the directory and its files and launches the child. Blocks.
@@ -109,7 +107,8 @@ public:
     }
 
     const ChildProcess &child() const { return *m_child; }
-    int inputDescriptor() const { return m_input.get(); }
+    /// The child's standard input; never blocks.
+    int inputDescriptor() const { return m_pipe.get(); }
     /// When the child had been launched and its input been written.
     Clock::time_point started() const { return m_started; }
 
@@ -119,8 +118,9 @@ private:
     const std::optional<QString> m_text;
 
     std::optional<CaptureDirectory> m_directory;
-    QByteArray m_unwritten;
-    Descriptor m_input;
+    QByteArray m_input;
+    qsizetype m_written = 0;
+    Descriptor m_pipe;
     std::optional<ChildProcess> m_child;
     Clock::time_point m_started;
 };
@@ -171,6 +171,8 @@ public:
         return workers.m_pool;
     }
 
+    Q_DISABLE_COPY_MOVE(Workers)
+
 private:
     Workers() { m_pool.setMaxThreadCount(std::max(fewestWorkers, QThread::idealThreadCount())); }
     ~Workers()
@@ -210,13 +212,13 @@ void Command::launch()
 
     Descriptor readSide;
     if (m_text) {
-        m_unwritten = (*m_text + u'\n').toUtf8();
+        m_input = (*m_text + u'\n').toUtf8();
         std::array<int, 2> pipe = {-1, -1};
         if (::pipe2(pipe.data(), O_CLOEXEC) != 0)
             throw std::system_error(errno, std::generic_category(), "Cannot make a pipe");
         readSide = Descriptor(pipe[0]);
-        m_input = Descriptor(pipe[1]);
-        ::fcntl(m_input.get(), F_SETFL, O_NONBLOCK);
+        m_pipe = Descriptor(pipe[1]);
+        ::fcntl(m_pipe.get(), F_SETFL, O_NONBLOCK);
         description.standardInput = StandardStream::from(readSide.get());
     }
     m_child = ChildProcess::launch(description);
@@ -226,10 +228,11 @@ void Command::launch()
 bool Command::writeInput()
 {
     const SigpipeBlock block;
-    while (!m_unwritten.isEmpty()) {
-        const ssize_t count = ::write(m_input.get(), m_unwritten.constData(), static_cast<size_t>(m_unwritten.size()));
+    while (m_written < m_input.size()) {
+        const QByteArrayView rest = QByteArrayView(m_input).sliced(m_written);
+        const ssize_t count = ::write(m_pipe.get(), rest.data(), static_cast<size_t>(rest.size()));
         if (count >= 0) {
-            m_unwritten.remove(0, count);
+            m_written += count;
         } else if (errno == EAGAIN) {
             return false;
         } else if (errno != EINTR) {
@@ -239,7 +242,7 @@ bool Command::writeInput()
                                     "Cannot write to " + QFile::encodeName(m_executable).toStdString());
         }
     }
-    m_input.close();
+    m_pipe.close();
     m_started = Clock::now();
     return true;
 }
@@ -256,13 +259,13 @@ CommandResult Command::collect() const
     } catch (const std::system_error &) {
         // What cannot be read is shown as nothing.
     }
-    return {m_child->status().value_or(0), output, decodeUtf8(error)};
+    return {m_child->status().value(), output, decodeUtf8(error)};
 }
 
 void Command::release()
 {
     m_child.reset();
-    m_input.close();
+    m_pipe.close();
     m_directory.reset();
 }
 

@@ -15,7 +15,7 @@ namespace varda {
 namespace {
 
 /// Bytes that one ICU call decodes; its lengths are 32-bit numbers.
-constexpr qsizetype decodingChunk = 64 * 1024 * 1024;
+constexpr qsizetype decodingChunk = 67'108'864;
 
 /// UTF-16 units that are first searched for clusters; most texts are shorter, and most clusters are one unit.
 constexpr qsizetype firstWindow = 4096;

@@ -12,27 +12,34 @@ namespace varda {
 
 namespace {
 
+/// The patterns set no limit to the length of a text, but PCRE2's just-in-time compiler does: its stack is small. The
+/// interpreter has no such limit.
+QRegularExpression compiled(const QString &pattern)
+{
+    return QRegularExpression(u"(*NO_JIT)"_s + pattern);
+}
+
 const QRegularExpression &packagePattern()
 {
-    static const QRegularExpression pattern(uR"(^[A-Za-z_][A-Za-z0-9_]*(\.[A-Za-z_][A-Za-z0-9_]*)+$)"_s);
+    static const QRegularExpression pattern = compiled(uR"(^[A-Za-z_][A-Za-z0-9_]*(\.[A-Za-z_][A-Za-z0-9_]*)+$)"_s);
     return pattern;
 }
 
 const QRegularExpression &endpointPattern()
 {
-    static const QRegularExpression pattern(uR"(^[A-Za-z0-9\[][A-Za-z0-9_.:\[\]-]*:[0-9]+$)"_s);
+    static const QRegularExpression pattern = compiled(uR"(^[A-Za-z0-9\[][A-Za-z0-9_.:\[\]-]*:[0-9]+$)"_s);
     return pattern;
 }
 
 const QRegularExpression &componentPattern()
 {
-    static const QRegularExpression pattern(uR"(^[A-Za-z0-9_.$]+/[A-Za-z0-9_.$]+$)"_s);
+    static const QRegularExpression pattern = compiled(uR"(^[A-Za-z0-9_.$]+/[A-Za-z0-9_.$]+$)"_s);
     return pattern;
 }
 
 const QRegularExpression &pairingCodePattern()
 {
-    static const QRegularExpression pattern(uR"(^[0-9]{6}$)"_s);
+    static const QRegularExpression pattern = compiled(uR"(^[0-9]{6}$)"_s);
     return pattern;
 }
 

@@ -80,7 +80,7 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        QCOMPARE(m_census->newcomers(), QStringList());
+        QCOMPARE(m_census->leftovers(), QStringList());
         qunsetenv("TMPDIR");
     }
 

@@ -14,7 +14,7 @@ QString repaired(qsizetype count, const QString &rest = {})
 }
 
 /// Bytes that one decoding step takes at a time.
-constexpr qsizetype chunk = 64 * 1024 * 1024;
+constexpr qsizetype chunk = 67'108'864;
 
 } // namespace
 
@@ -60,12 +60,12 @@ private Q_SLOTS:
         QTest::addColumn<int>("shift");
         QTest::addColumn<QByteArray>("sequence");
         QTest::addColumn<QString>("text");
-        for (int shift = 0; shift <= 4; ++shift) {
-            QTest::addRow("euro %d", shift) << shift << "€"_ba << u"€"_s;
+        for (int shift = 1; shift <= 3; ++shift) {
             QTest::addRow("emoji %d", shift) << shift << "😀"_ba << u"😀"_s;
             QTest::addRow("truncated %d", shift) << shift << QByteArray("\xF0\x9F\x98") << repaired(1);
-            QTest::addRow("continuations %d", shift) << shift << QByteArray(6, '\x80') << repaired(6);
         }
+        QTest::addRow("at the edge") << 0 << "😀"_ba << u"😀"_s;
+        QTest::addRow("continuations") << 2 << QByteArray(6, '\x80') << repaired(6);
     }
     void decodesAcrossChunks()
     {

@@ -28,7 +28,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("value");
         QTest::addColumn<bool>("valid");
         addRows({u"com.example.myapp"_s, u"a.b"_s, u"_._"_s, u"Com.Example_1.a2"_s, u"a1.b2.c3.d4"_s,
-                 u"a."_s + QString(10'000, u'b'), u"a"_s + u".b"_s.repeated(1000)},
+                 u"a."_s + QString(1'000'000, u'b'), u"a"_s + u".b"_s.repeated(200'000)},
                 true);
         addRows({QString(),
                  u"com"_s,

@@ -2,14 +2,21 @@
 #include "Support/ProcessCensus.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
+#include <QTimer>
+
+#include <chrono>
 
 using namespace Qt::StringLiterals;
 
 namespace varda {
 
 namespace {
+
+constexpr std::chrono::seconds patience{30};
+constexpr std::chrono::milliseconds lookInterval{5};
 
 /// The child processes of this one. A line of /proc/<pid>/stat: "1234 (adb) S 1200 …", the name may hold anything.
 QStringList children()
@@ -61,6 +68,20 @@ ProcessCensus::ProcessCensus()
 {
     for (const QString &holding : holdings())
         m_before.insert(holding);
+}
+
+QStringList ProcessCensus::leftovers() const
+{
+    const QDeadlineTimer deadline(patience);
+    QTimer wakeUp;
+    wakeUp.start(lookInterval);
+    for (;;) {
+        const QStringList found = newcomers();
+        if (found.isEmpty() || deadline.hasExpired())
+            return found;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
 }
 
 QStringList ProcessCensus::newcomers() const

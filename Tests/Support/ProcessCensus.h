@@ -10,15 +10,18 @@ namespace varda {
 /// What this process held when the object was made: child processes (zombies too), file descriptors, and capture
 /// directories in its temporary directory.
 ///
-/// Make one in a test's `init()` and check it in `cleanup()`:
-/// `QTRY_COMPARE(m_census->newcomers(), QStringList());` (an abandoned child is reaped on a thread of its own).
-/// A test program that looks at directories sets TMPDIR to a directory of its own first.
+/// Make one in a test's `init()` and check it in `cleanup()`: `QCOMPARE(m_census->leftovers(), QStringList());`. A test
+/// program sets TMPDIR to a directory of its own first, or it sees what other programs make there meanwhile.
 class ProcessCensus
 {
 public:
     ProcessCensus();
 
-    /// What this process holds now but did not then, one readable line each.
+    /// What this process has come to hold and does not give up within half a minute, while its event loop turns; one
+    /// readable line each. Returns as soon as there is nothing: an abandoned child, for one, is reaped a little later.
+    QStringList leftovers() const;
+
+    /// What this process holds at this moment but did not then, one readable line each.
     QStringList newcomers() const;
 
 private:

@@ -35,6 +35,15 @@ QByteArrayList ended(const QByteArray &bytes)
     return texts;
 }
 
+/// FNV-1a, 64 bits, as the program computes it.
+QString keyOf(const QByteArray &argv)
+{
+    quint64 hash = 14695981039346656037U;
+    for (const char byte : argv)
+        hash = (hash ^ static_cast<uchar>(byte)) * 1099511628211U;
+    return u"%1"_s.arg(hash, 16, 16, QChar(u'0'));
+}
+
 ToolCall readCall(const QString &record)
 {
     ToolCall call;
@@ -169,15 +178,17 @@ QString StandInTool::script() const
 
 ToolAnswer StandInTool::newRule(const std::optional<QStringList> &arguments)
 {
-    const QString rule = script() + u"/rules/%1"_s.arg(++m_rules, 6, 10, QChar(u'0'));
     const QString draft = script() + u"/drafted-rule"_s;
     QDir().mkpath(draft);
+    QString key = u"any"_s;
     if (arguments) {
         QByteArray argv;
         for (const QString &each : *arguments)
             argv += each.toUtf8() + '\0';
         put(draft + u"/argv", argv);
+        key = keyOf(argv);
     }
+    const QString rule = script() + u"/rules/%1-%2"_s.arg(++m_rules, 6, 10, QChar(u'0')).arg(key);
     return ToolAnswer(draft, rule);
 }
 

@@ -18,7 +18,7 @@ using varda::VirtualPhone;
 
 namespace {
 
-constexpr int guard = 20'000; // milliseconds
+constexpr int guard = 60'000; // milliseconds, for a machine that is busy with other things
 constexpr QSize windowSize(360, 800);
 
 /// Runs a helper program and returns its standard output; nothing when it fails.
@@ -102,6 +102,14 @@ private:
         return QJsonDocument::fromJson(report.value_or(QByteArray())).object();
     }
 
+    /// What both sides know of a test that failed.
+    void explain()
+    {
+        qInfo("scrcpy said: %s", m_mirror->readAll().constData());
+        for (const QJsonObject &record : m_phone->log())
+            qInfo("%s", QJsonDocument(record).toJson(QJsonDocument::Compact).constData());
+    }
+
     std::optional<AdbSandbox> m_adb;
     std::optional<VirtualPhone> m_phone;
     std::unique_ptr<QProcess> m_mirror;
@@ -141,7 +149,7 @@ private Q_SLOTS:
             m_mirror->waitForFinished();
         }
         if (QTest::currentTestFailed() && m_mirror)
-            qInfo("scrcpy said: %s", m_mirror->readAll().constData());
+            explain();
         m_mirror.reset();
         m_adb->run({u"disconnect"_s});
         m_phone.reset();

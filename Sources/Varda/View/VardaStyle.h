@@ -4,7 +4,6 @@
 
 #include <QProxyStyle>
 
-class QStyleOptionButton;
 class QStyleOptionSlider;
 
 namespace varda {
@@ -38,7 +37,6 @@ public:
                             const QWidget *widget) const override;
 
 private:
-    void drawButton(const QStyleOptionButton &option, QPainter &painter, const QWidget *widget) const;
     void drawScrollBar(const QStyleOptionSlider &option, QPainter &painter) const;
 };
 

@@ -1,0 +1,133 @@
+// The program ends in order whenever it is told to: at any moment of any action it exits with 0, has removed its
+// capture directories, and has asked the mirror to end. Under the sanitizers this is also the search for uses after the
+// end.
+#include "StandInTools.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace varda::test;
+
+namespace {
+
+constexpr int patience = 60000; // ms
+constexpr int lives = 30;
+constexpr int longestLife = 700; // ms
+
+/// One run of the program, in a temporary directory of its own.
+class Life
+{
+public:
+    explicit Life(quint32 seed)
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"TMPDIR"_s, m_directory.path());
+        environment.insert(u"HOME"_s, m_directory.path());
+        environment.insert(u"XDG_RUNTIME_DIR"_s, m_directory.path());
+        environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+        m_process.setProcessEnvironment(environment);
+        m_process.setWorkingDirectory(m_directory.path());
+        m_process.start(QCoreApplication::applicationDirPath() + u"/short-life"_s, {QString::number(seed)});
+    }
+
+    bool comesUp() { return m_process.waitForReadyRead(patience) && m_process.readAllStandardOutput() == "up\n"; }
+
+    void signal(int number) const { ::kill(static_cast<pid_t>(m_process.processId()), number); }
+    bool ends() { return m_process.state() == QProcess::NotRunning || m_process.waitForFinished(patience); }
+
+    /// How it ended, for a comparison that shows it.
+    QString ending()
+    {
+        const QString how = m_process.exitStatus() == QProcess::NormalExit ? u"exit"_s : u"signal"_s;
+        QStringList said = QString::fromUtf8(m_process.readAllStandardError()).split(u'\n', Qt::SkipEmptyParts);
+        // What the offscreen platform cannot do.
+        said.removeIf([](const QString &line) { return line.startsWith(u"This plugin does not support"_s); });
+        return how + u" %1 "_s.arg(m_process.exitCode()) + said.join(u'\n');
+    }
+
+    QStringList captureDirectories() const
+    {
+        return QDir(m_directory.path()).entryList({u"varda-*"_s}, QDir::AllEntries | QDir::Hidden);
+    }
+
+private:
+    QTemporaryDir m_directory;
+    QProcess m_process;
+};
+
+} // namespace
+
+class LifetimeTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    void stage(std::chrono::milliseconds commandTime)
+    {
+        m_tools.emplace();
+        m_tools->adb().onAnything().prints("Success\ncom.example.app/.Main\n").takes(commandTime);
+        m_tools->adb().on({u"devices"_s, u"-l"_s}).prints("List of devices attached\nR58M42ABCDE\tdevice\n");
+        m_tools->scrcpy().onAnything().hangs().exitsOnTermination(0);
+    }
+
+    std::optional<StandInTools> m_tools;
+
+private Q_SLOTS:
+    void cleanup() { m_tools.reset(); }
+    void orderlyEndAtAnyMomentLeavesNothing_data();
+    void orderlyEndAtAnyMomentLeavesNothing();
+    void abruptEndLeavesTheFilesOfCommandsInFlightOnly();
+};
+
+void LifetimeTest::orderlyEndAtAnyMomentLeavesNothing_data()
+{
+    QTest::addColumn<quint32>("seed");
+    for (int life = 0; life < lives; ++life) {
+        const quint32 seed = QRandomGenerator::global()->generate() % 1000000;
+        QTest::addRow("seed %u", seed) << seed;
+    }
+}
+
+void LifetimeTest::orderlyEndAtAnyMomentLeavesNothing()
+{
+    QFETCH(quint32, seed);
+    QRandomGenerator random(seed);
+    stage(std::chrono::milliseconds(random.bounded(120)));
+    Life life(seed);
+    QVERIFY(life.comesUp());
+    QTest::qWait(random.bounded(longestLife));
+    static const QList<int> endings = {SIGTERM, SIGINT, SIGHUP};
+    for (int times = random.bounded(1, 4); times > 0; --times)
+        life.signal(endings[random.bounded(3)]);
+    QVERIFY(life.ends());
+    QCOMPARE(life.ending(), u"exit 0 "_s);
+    QCOMPARE(life.captureDirectories(), QStringList());
+    QVERIFY(!m_tools->adb().calls().isEmpty());
+    for (const ToolCall &mirror : m_tools->scrcpy().calls())
+        QTRY_VERIFY(m_tools->scrcpy().calls(mirror.arguments()).last().ended);
+}
+
+void LifetimeTest::abruptEndLeavesTheFilesOfCommandsInFlightOnly()
+{
+    stage(10s);
+    Life life(1);
+    QVERIFY(life.comesUp());
+    // A listing has been answered; the next command takes longer than this test.
+    QTRY_VERIFY(m_tools->adb().calls().size() >= 2);
+    life.signal(SIGKILL);
+    QVERIFY(life.ends());
+    const QStringList left = life.captureDirectories();
+    QVERIFY2(left.size() >= 1 && left.size() <= 2, qPrintable(left.join(u' ')));
+}
+
+QTEST_GUILESS_MAIN(LifetimeTest)
+#include "LifetimeTest.moc"

@@ -3,6 +3,7 @@
 
 #include <atspi/atspi.h>
 
+#include <algorithm>
 #include <chrono>
 
 using namespace Qt::StringLiterals;
@@ -48,6 +49,13 @@ QString takeText(gchar *owned)
 {
     const std::unique_ptr<gchar, Free> text{owned};
     return QString::fromUtf8(text.get());
+}
+
+/// Views of models have any number of children, and Qt's answers about cells that it has not laid out are warnings.
+bool isView(const Accessible &object)
+{
+    const QString role = object.role();
+    return role == u"table"_s || role == u"tree table"_s || role == u"tree"_s || role == u"list"_s;
 }
 
 void joinBus()
@@ -120,6 +128,14 @@ QString Accessible::text() const
         return {};
     const gint length = atspi_text_get_character_count(text.get(), IgnoredError{});
     return length > 0 ? takeText(atspi_text_get_text(text.get(), 0, length, IgnoredError{})) : QString{};
+}
+
+int Accessible::characterCount() const
+{
+    if (!object)
+        return 0;
+    const Owned<AtspiText> text{atspi_accessible_get_text_iface(object.get())};
+    return text ? std::max(0, atspi_text_get_character_count(text.get(), IgnoredError{})) : 0;
 }
 
 QRect Accessible::extents() const
@@ -197,7 +213,7 @@ bool Accessible::walk(const std::function<bool(const Accessible &)> &visit) cons
 {
     const std::function<bool(const Accessible &, int)> below = [&](const Accessible &parent, int depth) {
         for (const Accessible &child : parent.children()) {
-            if (visit(child) || (depth < deepest && below(child, depth + 1)))
+            if (visit(child) || (depth < deepest && !isView(child) && below(child, depth + 1)))
                 return true;
         }
         return false;
@@ -243,7 +259,7 @@ void Accessible::appendTree(QString &lines, int depth) const
     if (!ownText.isEmpty() && ownText != ownName)
         lines += u" text \"" + ownText + u'"';
     lines += u" [" + states().join(u' ') + u"]\n";
-    if (depth > deepest)
+    if (depth > deepest || isView(*this))
         return;
     for (const Accessible &child : children())
         child.appendTree(lines, depth + 1);

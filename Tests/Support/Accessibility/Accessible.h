@@ -37,6 +37,8 @@ public:
     QStringList states() const;
     /// What the Text interface tells, empty where the object has none.
     QString text() const;
+    /// How many characters the Text interface counts, those of a masked field included; 0 where the object has none.
+    int characterCount() const;
     /// Position and size on the screen in pixels; empty where the object has no Component interface.
     QRect extents() const;
     QList<Accessible> children() const;
@@ -52,7 +54,8 @@ public:
     bool setText(const QString &text) const;
     bool grabFocus() const;
 
-    /// The first object below this one, in depth-first order, that `predicate` accepts.
+    /// The first object below this one, in depth-first order, that `predicate` accepts. Items of
+    /// tables, trees and lists are not looked at, here and below.
     Accessible find(const std::function<bool(const Accessible &)> &predicate) const;
     /// All objects below this one, in depth-first order, that `predicate` accepts.
     QList<Accessible> findAll(const std::function<bool(const Accessible &)> &predicate) const;

@@ -53,12 +53,16 @@ public:
     /// The whole tree as indented text.
     QString tree() const;
 
-private:
+protected:
+    /// Waits until `condition` holds or the program has ended; where it does not hold, says that `what` was waited for,
+    /// and prints the tree.
     bool awaited(const QString &what, const std::function<bool()> &condition) const;
-
-    qint64 pid;
-    mutable Accessible program; ///< absent until the program was first seen on the accessibility bus
+    /// The program itself, absent until it was first seen on the accessibility bus.
     const Accessible &root() const;
+
+private:
+    qint64 pid;
+    mutable Accessible program;
 };
 
 } // namespace varda::testing

@@ -1,0 +1,71 @@
+// Stage: an installation of Varda of its own to play on, with the real adb, an adb server of its own and a home folder
+// of its own, so that any number of plays run side by side and none touches the machine's own server or files.
+//
+//     Stage stage({.varda = …, .adb = …});
+//     QVERIFY2(stage.errorString().isEmpty(), …);
+//     stage.startVarda();
+//     WindowDriver window(stage.varda().processId());
+//     stage.adb({u"connect"_s, phone.endpoint()});
+//     …
+//     QCOMPARE(stage.leftovers(), QStringList{});          // after varda has ended and the server was killed
+#pragma once
+
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QStringList>
+#include <QTemporaryDir>
+
+namespace varda::testing {
+
+/// Where the programs are that are put on the stage.
+struct Programs
+{
+    QString varda;
+    /// The adb of a staged tools tree, with its libraries beside it.
+    QString adb;
+    /// Played instead of scrcpy; empty for none.
+    QString scrcpy;
+};
+
+class Stage
+{
+public:
+    explicit Stage(const Programs &programs);
+    /// Ends what still runs: Varda, the adb server, and whatever they left behind.
+    ~Stage();
+    Q_DISABLE_COPY_MOVE(Stage)
+
+    /// Empty when the stage is set.
+    QString errorString() const { return error; }
+
+    /// Starts the installed Varda; false where it does not start.
+    bool startVarda();
+    QProcess &varda() { return process; }
+
+    /// Runs the real adb against the stage's own server and returns all that it printed. Blocks, and starts the server
+    /// where none runs.
+    QString adb(const QStringList &arguments) const;
+    void killServer() const { adb({QStringLiteral("kill-server")}); }
+
+    /// A path in the home folder of whoever sits before the window.
+    QString home(const QString &name = {}) const;
+    /// What is left in the folder for temporary files and of processes that were started on the stage.
+    QStringList leftovers() const;
+    /// The processes that were started on the stage and live, as their ids and command lines.
+    QStringList processes() const;
+
+    /// The environment of everything on the stage.
+    QProcessEnvironment environment() const;
+
+private:
+    QString install(const Programs &programs);
+    QList<qint64> processIds() const;
+
+    QTemporaryDir folder;
+    quint16 serverPort = 0;
+    QString adbProgram;
+    QProcess process;
+    QString error;
+};
+
+} // namespace varda::testing

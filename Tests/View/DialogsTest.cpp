@@ -75,6 +75,7 @@ private Q_SLOTS:
     void showsTheLatestError();
     void goesWhenTheErrorIsCleared();
     void showsAnErrorOnTopOfTheSheet();
+    void takesTheKeyboardFromASheetThatHasJustOpened();
     void comesBackOnTopWhenTheSheetOpens();
     void comesBackOnTheWindowWhenTheSheetCloses();
     void showsAnErrorOnTopOfAFileDialog();
@@ -176,6 +177,18 @@ void DialogsTest::showsAnErrorOnTopOfTheSheet()
     QVERIFY(sheetOf(fixture)->isVisible());
     QVERIFY(fixture.model->wireless());
     QVERIFY(reachable(fixture.find("doneButton")));
+}
+
+void DialogsTest::takesTheKeyboardFromASheetThatHasJustOpened()
+{
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->wireless = true;
+    QTRY_VERIFY(sheetOf(fixture)->isVisible());
+    fixture.model->error = u"a failure"_s; // before the window manager has given the sheet the keyboard
+    QTRY_VERIFY(alertOf(fixture)->isVisible());
+    QVERIFY(comesUp(sheetOf(fixture)));
+    QTRY_COMPARE(QApplication::activeWindow(), alertOf(fixture));
 }
 
 void DialogsTest::comesBackOnTopWhenTheSheetOpens()

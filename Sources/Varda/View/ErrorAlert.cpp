@@ -5,6 +5,7 @@
 #include "Varda/View/Labels.h"
 #include "Varda/View/Theme.h"
 
+#include <QGuiApplication>
 #include <QVBoxLayout>
 #include <QWindow>
 
@@ -58,6 +59,12 @@ ErrorAlert::ErrorAlert(QWidget *window)
     stack->addLayout(message);
     stack->addLayout(foot);
     ok->setFocus();
+
+    // What lies below may be given the keyboard late, because it was opened just before.
+    QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, [this](const QWindow *focused) {
+        if (focused && isVisible() && focused == windowHandle()->transientParent())
+            activateWindow();
+    });
 }
 
 void ErrorAlert::present(const QString &text, QWidget *host)

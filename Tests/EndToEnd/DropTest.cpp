@@ -41,6 +41,7 @@ private Q_SLOTS:
 
 private:
     bool startSource(const QString &type, const QString &content);
+    void endSource();
     /// Drags from the source's window onto the drop zone and lets go; true when the zone took it.
     bool dragOntoZone(bool expectTaken);
     bool sourceSays(const QString &word, std::chrono::milliseconds guard = guardTime);
@@ -73,7 +74,7 @@ void DropTest::init()
 void DropTest::cleanup()
 {
     xdotool({u"mouseup"_s, u"1"_s});
-    source.reset();
+    endSource();
     window.reset();
     stage.reset();
 }
@@ -86,9 +87,19 @@ QString DropTest::makeFile(const QString &name)
     return file.fileName();
 }
 
-bool DropTest::startSource(const QString &type, const QString &content)
+void DropTest::endSource()
 {
     said.clear();
+    if (!source)
+        return;
+    source->kill();
+    source->waitForFinished();
+    source.reset();
+}
+
+bool DropTest::startSource(const QString &type, const QString &content)
+{
+    endSource();
     source = std::make_unique<QProcess>();
     source->setProcessEnvironment(stage->environment());
     source->start(QStringLiteral(DRAG_SOURCE), {type, content});

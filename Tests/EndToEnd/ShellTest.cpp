@@ -159,8 +159,9 @@ void ShellTest::showsItsProductInformation()
 
     // The same from the application menu.
     QVERIFY(window->press(u"Main menu"_s));
-    const Accessible item = window->await(u"menu item"_s, u"About Varda"_s);
-    QVERIFY(item.act(u"Press"_s));
+    // Qt tells of an open menu by events only, so its items are not in the tree: the keyboard goes to the last but one.
+    QVERIFY(eventually([this] { return visibleWindows(stage->varda().processId()).size() > 1; }));
+    pressKeys({u"Up"_s, u"Up"_s, u"Return"_s});
     QVERIFY(window->shows(texts.first()));
 }
 
@@ -210,6 +211,7 @@ void ShellTest::namesWhatItShows()
                      u"separately and is never presented as a real phone test."_s},
     };
     const QString tree = window->tree();
+    qInfo().noquote() << u"The tree:\n"_s + tree;
     for (const auto &[role, name] : expected)
         QVERIFY2(tree.contains(role + u" \"" + name + u'"'), qUtf8Printable(role + u" \"" + name + u"\" in\n" + tree));
     for (const QString &fact : {u"Pixel 8"_s, u"Wi-Fi"_s, phone->serial(), u"device"_s})

@@ -110,6 +110,12 @@ QByteArray CaptureDirectory::read(const char *name, std::optional<qint64> limit)
     return readAll(descriptor, limit.value_or(std::numeric_limits<qint64>::max()), file);
 }
 
+void CaptureDirectory::bound(const char *name, qint64 limit) const noexcept
+{
+    if (size(name) > limit) [[maybe_unused]]
+        const int ignored = ::truncate(path(name).c_str(), limit);
+}
+
 void CaptureDirectory::remove() const noexcept
 {
     std::error_code ignored;

@@ -33,6 +33,10 @@ public:
     /// is not waited for, and nothing beyond the first `limit` bytes is read.
     QByteArray read(const char *name, std::optional<qint64> limit = std::nullopt) const;
 
+    /// Gives back the room that the file `name` takes beyond its first `limit` bytes, ignoring errors. Who writes to it
+    /// goes on behind what it has written so far; what lies in between then reads as zeros and takes no room.
+    void bound(const char *name, qint64 limit) const noexcept;
+
     /// Removes the directory now, ignoring errors. Removing it twice does no harm.
     void remove() const noexcept;
 

@@ -37,8 +37,14 @@ using Clock = ChildProcess::Clock;
 /// Between SIGTERM and SIGKILL.
 constexpr auto terminationGrace = 300ms;
 
-/// Largest standard output in bytes, 32 MiB. Standard error has no limit.
+/// Largest standard output in bytes, 32 MiB.
 constexpr qint64 outputLimit = 33'554'432;
+
+/// As much of standard error as is kept, in bytes, 256 MiB: more than anybody reads, and less than a disk.
+constexpr qint64 errorLimit = 268'435'456;
+
+/// How often the files of a running command are looked at, so that a tool gone wild does not fill the disk.
+constexpr auto boundInterval = 100ms;
 
 /// Longer time-outs mean the same, and this one can be added to any time.
 constexpr std::chrono::duration<double> longestTimeout = 24h * 36500;
@@ -98,6 +104,13 @@ public:
 
     /// Gives up all that is held. Blocks.
     void release();
+
+    /// Keeps the files from growing without end; their sizes still tell that there was too much. Blocks.
+    void boundFiles() const
+    {
+        m_directory->bound(outputName, outputLimit + 1);
+        m_directory->bound(errorName, errorLimit);
+    }
 
     /// Removes the files early. Blocks.
     void removeFiles() const
@@ -255,7 +268,7 @@ CommandResult Command::collect() const
     const QByteArray output = m_directory->read(outputName, size);
     QByteArray error;
     try {
-        error = m_directory->read(errorName);
+        error = m_directory->read(errorName, errorLimit);
     } catch (const std::system_error &) {
         // What cannot be read is shown as nothing.
     }
@@ -295,14 +308,27 @@ QCoro::Task<> start(Command *command)
     }
 }
 
+/// Waits until the child exits or `end` passes, and tells whether it has exited.
+QCoro::Task<bool> waitForExit(Command *command, Clock::time_point end)
+{
+    for (;;) {
+        const Clock::time_point next = std::min(end, Clock::now() + boundInterval);
+        const bool exited = co_await command->child().waitForExit(next);
+        if (exited || next == end)
+            co_return exited;
+        OnWorker bound(Workers::pool(), [command] { command->boundFiles(); });
+        co_await bound;
+    }
+}
+
 /// Sees the child to its end: its own, or the one that its time-out sets.
 QCoro::Task<> finish(Command *command, std::chrono::duration<double> timeout)
 {
-    const bool finished = co_await command->child().waitForExit(deadline(command->started(), timeout));
+    const bool finished = co_await waitForExit(command, deadline(command->started(), timeout));
     if (finished)
         co_return;
     command->child().terminate();
-    const bool terminated = co_await command->child().waitForExit(Clock::now() + terminationGrace);
+    const bool terminated = co_await waitForExit(command, Clock::now() + terminationGrace);
     if (!terminated) {
         command->child().kill();
         co_await command->child().waitForExit();

@@ -1,5 +1,6 @@
 // What a person types stays what it is: the pairing code reaches adb and nothing else, no typed text becomes an option,
 // no text reaches a shell, and nobody else can read or plant what a command writes.
+#include "Children.h"
 #include "ModelTest.h"
 
 #include "VardaCore/CommandRunner.h"
@@ -34,17 +35,6 @@ QByteArray contentsOf(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-/// The children of this process, by number.
-QStringList childProcesses()
-{
-    QStringList children;
-    for (const QString &thread : QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        const QByteArray list = contentsOf(u"/proc/self/task/"_s + thread + u"/children"_s);
-        children += QString::fromLatin1(list).split(u' ', Qt::SkipEmptyParts);
-    }
-    return children;
 }
 
 /// What anybody who may look at this process and its children can read of them.

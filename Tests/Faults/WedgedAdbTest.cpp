@@ -1,0 +1,144 @@
+// An adb that is stuck or gone wild: the event loop keeps turning, the command ends as it should, and the disk does not
+// fill.
+#include "Children.h"
+
+#include "Support/ProcessCensus.h"
+#include "Support/StandIn.h"
+#include "Support/Wait.h"
+#include "VardaCore/CommandRunner.h"
+#include "VardaCore/ToolError.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace varda;
+
+namespace {
+
+const QString timeOut = u"The Android command timed out. Check the phone connection and try again."_s;
+constexpr qint64 mebibyte = 1024 * 1024;
+
+/// The room that the files called `name` take below TMPDIR, in bytes.
+qint64 roomTaken(const QString &name)
+{
+    qint64 room = 0;
+    for (const QString &directory : QDir::temp().entryList({u"varda-*"_s}, QDir::Dirs)) {
+        struct stat attributes = {};
+        if (::stat(QFile::encodeName(QDir::temp().filePath(directory + u'/' + name)).constData(), &attributes) == 0)
+            room += attributes.st_blocks * 512;
+    }
+    return room;
+}
+
+struct Ending
+{
+    std::optional<CommandResult> result;
+    QString error;
+    bool ended = false;
+};
+
+QCoro::Task<> run(QStringList arguments, std::chrono::duration<double> timeout, Ending *ending)
+{
+    try {
+        ending->result = co_await CommandRunner::run(standIn(), arguments, std::nullopt, timeout);
+    } catch (const std::exception &failure) {
+        ending->error = describe(failure);
+    }
+    ending->ended = true;
+}
+
+} // namespace
+
+class WedgedAdbTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { qputenv("TMPDIR", QFile::encodeName(m_temporary.path())); }
+    void init() { m_census.emplace(); }
+    void cleanup() { QTRY_COMPARE_WITH_TIMEOUT(m_census->newcomers(), QStringList(), 20000); }
+
+    void stuckToolEndsAtItsTimeoutAndTheLoopTurns_data()
+    {
+        QTest::addColumn<QStringList>("behaviour");
+        QTest::newRow("hangs at once") << QStringList{u"sleep"_s, u"60"_s};
+        QTest::newRow("hangs after its output") << QStringList{u"output"_s, u"Success"_s, u"sleep"_s, u"60"_s};
+        QTest::newRow("ignores SIGTERM") << QStringList{u"ignore"_s, u"TERM"_s, u"sleep"_s, u"60"_s};
+        QTest::newRow("closes its streams and stays") << QStringList{u"close-streams"_s, u"sleep"_s, u"60"_s};
+        QTest::newRow("floods its output") << QStringList{u"flood-output"_s, u"1000000000000"_s};
+        QTest::newRow("floods its error text") << QStringList{u"flood-error"_s, u"1000000000000"_s};
+        QTest::newRow("floods and ignores SIGTERM")
+            << QStringList{u"ignore"_s, u"TERM"_s, u"flood-output"_s, u"1000000000000"_s};
+    }
+    void stuckToolEndsAtItsTimeoutAndTheLoopTurns()
+    {
+        QFETCH(QStringList, behaviour);
+        Ending ending;
+        const LoopMonitor monitor;
+        run(behaviour, 700ms, &ending);
+        QTRY_VERIFY_WITH_TIMEOUT(ending.ended, 60000);
+        QCOMPARE(ending.error, timeOut);
+        // A loop that is held up while the command runs turns a handful of times in all.
+        QVERIFY2(monitor.turns() >= 50, qPrintable(QString::number(monitor.turns())));
+    }
+
+    void toolThatLeavesAProcessWithItsStreamsIsDone()
+    {
+        Ending ending;
+        run({u"leave-behind"_s, u"60"_s, u"/dev/null"_s}, 60s, &ending);
+        QTRY_VERIFY_WITH_TIMEOUT(ending.ended, 20000);
+        const pid_t left = ending.result->text().trimmed().toInt();
+        QVERIFY(left > 0);
+        QCOMPARE(::kill(left, 0), 0); // it outlived the command, and held nothing up
+        ::kill(left, SIGKILL);
+    }
+
+    void floodGivesItsRoomBack_data()
+    {
+        QTest::addColumn<QString>("behaviour");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<qint64>("bound");
+        QTest::newRow("output") << u"flood-output"_s << u"stdout"_s << 33 * mebibyte;
+        QTest::newRow("error text") << u"flood-error"_s << u"stderr"_s << 257 * mebibyte;
+    }
+    void floodGivesItsRoomBack()
+    {
+        QFETCH(QString, behaviour);
+        QFETCH(QString, file);
+        QFETCH(qint64, bound);
+        Ending ending;
+        const QString written = m_temporary.filePath(u"written"_s);
+        run({behaviour, QString::number(320 * mebibyte), u"create-file"_s, written, u"output"_s, u"more"_s, u"error"_s,
+             u"more"_s, u"exit-on"_s, u"TERM"_s, u"0"_s, u"sleep"_s, u"60"_s},
+            60s, &ending);
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(written), 60000);
+        QTRY_VERIFY_WITH_TIMEOUT(roomTaken(file) <= bound, 20000);
+        QVERIFY(!ending.ended);
+        const QStringList children = test::childProcesses();
+        QCOMPARE(children.size(), 1);
+        ::kill(children.first().toInt(), SIGTERM);
+        QTRY_VERIFY_WITH_TIMEOUT(ending.ended, 60000);
+        QVERIFY(QFile::remove(written));
+        if (file == u"stdout"_s) {
+            QCOMPARE(ending.error, u"Command output was too large to display safely."_s);
+        } else {
+            QCOMPARE(ending.result->data, "more"_ba);
+            QCOMPARE(ending.result->error.size(), 256 * mebibyte);
+            QCOMPARE(ending.result->error.count(u'x'), 256 * mebibyte);
+        }
+    }
+
+private:
+    QTemporaryDir m_temporary;
+    std::optional<ProcessCensus> m_census;
+};
+
+QTEST_GUILESS_MAIN(WedgedAdbTest)
+#include "WedgedAdbTest.moc"

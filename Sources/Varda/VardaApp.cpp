@@ -82,7 +82,9 @@ int VardaApp::run()
 {
     showWindow();
     m_model->start();
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    QCoreApplication::processEvents(); // a poll loop that was cancelled in its pause ends on its next turn
+    return status;
 }
 
 } // namespace varda

@@ -508,6 +508,7 @@ void ConsoleTest::unwritableExportIsAnErrorAndNothingElse()
     const QString path = scratch(u"no such folder/log.txt"_s);
     dialogs->locations = {path};
     model->exportLogs();
+    QVERIFY(model->error());
     QCOMPARE(writes->take(), QStringList({u"error="_s + *model->error()}));
     QVERIFY2(model->error()->contains(u"No such file or directory"), qUtf8Printable(*model->error()));
     QVERIFY(model->logging());

@@ -218,7 +218,7 @@ void RealAdbTest::firstListingStartsTheServer()
 {
     adb({u"kill-server"_s});
     refresh();
-    QVERIFY2(model->error() == std::nullopt, qUtf8Printable(*model->error()));
+    QCOMPARE(model->error(), std::nullopt);
     QVERIFY2(!model->status().contains(u"timed out"), qUtf8Printable(model->status()));
     refresh();
     QVERIFY(!model->status().contains(u"daemon"));

@@ -219,7 +219,8 @@ void RefreshTest::anUnauthorizedPhoneIsSelectedWithoutAWord()
 void RefreshTest::unreadableOutputListsNothing()
 {
     selectPhone();
-    adb().on(listing).prints(QByteArray("\xff\xfe\x00\x01garbage \x80 device\x00\n\n\n<html>502</html>", 42));
+    static constexpr char garbage[] = "\xff\xfe\x00\x01garbage \x80 device\x00\n\n\n<html>502</html>";
+    adb().on(listing).prints(QByteArray(garbage, sizeof garbage - 1));
     refresh();
     QCOMPARE(model->devices(), QList<varda::AndroidDevice>());
     QCOMPARE(model->status(), noDevice);

@@ -1,5 +1,5 @@
 // Long texts made to be slow: each is worked through in linear time. A function that were quadratic in any of them
-// would take days; nothing here looks at a clock but the time-out of the test itself.
+// would take hours; nothing here looks at a clock but the time-out of the test itself.
 #include "VardaCore/AndroidDevice.h"
 #include "VardaCore/Text.h"
 #include "VardaCore/ToolError.h"

@@ -298,6 +298,22 @@ private Q_SLOTS:
         QCOMPARE(contents(u"out"_s), "abc");
     }
 
+    void connectsDescriptorsWhereThisProcessHasNoStandardInput()
+    {
+        const Descriptor output = openFile(m_home->filePath(u"out"_s), O_WRONLY);
+        ChildDescription description = standInThat(u"copy-input output abc"_s);
+        description.standardOutput = StandardStream::from(output.get());
+        const Descriptor kept(::dup(STDIN_FILENO));
+        ::close(STDIN_FILENO);
+        std::optional<ChildProcess> child;
+        const QString failure = failureIn([&] { child = ChildProcess::launch(description); });
+        if (kept)
+            ::dup2(kept.get(), STDIN_FILENO);
+        QCOMPARE(failure, QString());
+        QVERIFY(resultOf(child->waitForExit()));
+        QCOMPARE(contents(u"out"_s), "abc");
+    }
+
     void saysWhenAGivenDescriptorIsNotOpen()
     {
         ChildDescription description = standInThat(u"exit 0"_s);

@@ -5,14 +5,19 @@
 #include "Phone.h"
 #include "Shell/CommandChannel.h"
 
+#include <chrono>
 #include <utility>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace varda::phone {
 
 namespace {
 
+// A phone's encoder takes its time to start, and clients rely on it: scrcpy 4.1 crashes now and then (a null format
+// context) when the video begins before its recorder thread has opened the file.
+constexpr auto encoderStart = 300ms;
 constexpr qsizetype backlogLimit = 4096; // bytes: more than the heads, less than most pictures
 
 // Android's numbers of keys.
@@ -126,7 +131,13 @@ void MirrorServer::begin(const QList<Stream *> &streams)
         }
     }
     m_phone.log().add(u"mirror"_s, {{u"width"_s, m_size.width()}, {u"height"_s, m_size.height()}});
-    if (m_video == nullptr)
+    if (m_video != nullptr)
+        QTimer::singleShot(encoderStart, this, &MirrorServer::startVideo);
+}
+
+void MirrorServer::startVideo()
+{
+    if (m_ended)
         return;
     m_encoder = std::make_unique<VideoEncoder>(m_size, m_phone.options().frameRate);
     if (!m_encoder->isValid())

@@ -40,6 +40,7 @@ private:
     void connectNext();
     void adopt(Stream &stream);
     void begin(const QList<Stream *> &streams);
+    void startVideo();
     void sendPicture();
     void readControl();
     void play(const ControlMessage &message);

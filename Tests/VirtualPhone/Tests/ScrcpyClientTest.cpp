@@ -18,7 +18,7 @@ using varda::VirtualPhone;
 
 namespace {
 
-constexpr int guard = 60'000; // milliseconds, for a machine that is busy with other things
+constexpr int guard = 10'000; // milliseconds
 constexpr QSize windowSize(360, 800);
 
 /// Runs a helper program and returns its standard output; nothing when it fails.
@@ -82,6 +82,8 @@ private:
     /// Whether the mirror's window shows the phone's home screen.
     bool isShown()
     {
+        if (m_mirror->state() == QProcess::NotRunning)
+            return false;
         const QString shown = window();
         return !shown.isEmpty() && picture(shown).pixelColor(20, 400).blue() > 40;
     }
@@ -106,6 +108,9 @@ private:
     void explain()
     {
         qInfo("scrcpy said: %s", m_mirror->readAll().constData());
+        if (m_mirror->state() == QProcess::NotRunning)
+            qInfo("scrcpy ended %s %d", m_mirror->exitStatus() == QProcess::CrashExit ? "by signal" : "with status",
+                  m_mirror->exitCode());
         for (const QJsonObject &record : m_phone->log())
             qInfo("%s", QJsonDocument(record).toJson(QJsonDocument::Compact).constData());
     }
@@ -144,12 +149,12 @@ private Q_SLOTS:
 
     void cleanup()
     {
+        if (QTest::currentTestFailed() && m_mirror)
+            explain();
         if (m_mirror) {
             m_mirror->kill();
             m_mirror->waitForFinished();
         }
-        if (QTest::currentTestFailed() && m_mirror)
-            explain();
         m_mirror.reset();
         m_adb->run({u"disconnect"_s});
         m_phone.reset();

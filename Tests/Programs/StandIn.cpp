@@ -222,10 +222,15 @@ void denyPidfds()
         fail("seccomp");
 }
 
+/// Gives up after a minute: the test that was to create the file has ended badly.
 void awaitFile(const std::string &path)
 {
-    while (::access(path.c_str(), F_OK) != 0)
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (::access(path.c_str(), F_OK) != 0) {
+        if (std::chrono::steady_clock::now() > end)
+            fail(path);
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
 }
 
 /// Becomes the program that the arguments from the one at `first` on name.

@@ -5,7 +5,9 @@
 #include "Varda/View/DeviceRow.h"
 #include "Varda/View/ErrorAlert.h"
 #include "Varda/View/Labels.h"
+#include "Varda/View/Panel.h"
 #include "Varda/View/StatusLine.h"
+#include "Varda/View/VardaView.h"
 
 #include <QAccessibleWidget>
 
@@ -93,6 +95,10 @@ QAccessibleInterface *create(const QString &, QObject *object)
         return new QAccessibleWidget(alert, QAccessible::AlertMessage);
     if (auto *spinner = qobject_cast<Spinner *>(object))
         return new QAccessibleWidget(spinner, QAccessible::ProgressBar);
+    if (auto *panel = qobject_cast<Panel *>(object))
+        return new QAccessibleWidget(panel, QAccessible::Grouping);
+    if (auto *workspace = qobject_cast<VardaView *>(object))
+        return new QAccessibleWidget(workspace, QAccessible::Window);
     return nullptr;
 }
 

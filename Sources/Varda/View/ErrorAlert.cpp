@@ -72,7 +72,7 @@ void ErrorAlert::present(const QString &text, QWidget *host)
     m_text->show(text);
     if (isVisible())
         return;
-    winId(); // the native window, which is then tied to the host's
+    create(); // the native window, which is then tied to the host's; asking for its number would make its parents' too
     if (QWindow *below = host->window()->windowHandle())
         windowHandle()->setTransientParent(below);
     open();

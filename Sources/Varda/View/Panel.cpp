@@ -12,7 +12,7 @@ namespace varda {
 constexpr int titleIcon = 16;
 
 Surface::Surface(const QColor &fill, const QColor &line, double radius, QWidget *parent)
-    : QFrame(parent)
+    : QWidget(parent)
     , m_fill(fill)
     , m_line(line)
     , m_radius(radius)
@@ -29,6 +29,7 @@ Panel::Panel(const QString &title, Icon icon, QWidget *parent)
     : Surface(theme::panelFill, theme::hairline, theme::panelRadius, parent)
     , m_content(new QVBoxLayout(this))
 {
+    setAccessibleName(title);
     m_content->setContentsMargins(theme::panelPadding, theme::panelPadding, theme::panelPadding, theme::panelPadding);
     m_content->setSpacing(theme::panelSpacing);
     auto *label = new IconLabel(icon, titleIcon, title, theme::capitals(theme::captionSize), this);

@@ -3,13 +3,13 @@
 
 #include "Varda/View/Icon.h"
 
-#include <QFrame>
 #include <QVBoxLayout>
+#include <QWidget>
 
 namespace varda {
 
 /// A rounded surface with a thin line around it.
-class Surface : public QFrame
+class Surface : public QWidget
 {
     Q_OBJECT
 

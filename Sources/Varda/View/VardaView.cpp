@@ -20,8 +20,20 @@ namespace varda {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// A widget keeps the accessible object that it has when something first asks for it, as setting its name does: the
+/// kinds of our own have to be known before any widget is made.
+QWidget *madeAccessible(QWidget *parent)
+{
+    installAccessibility();
+    return parent;
+}
+
+} // namespace
+
 VardaView::VardaView(std::shared_ptr<VardaModel> model, QWidget *parent)
-    : QWidget(parent)
+    : QWidget(madeAccessible(parent))
     , m_model(std::move(model))
     , m_commands(new Commands(*m_model, *this))
     , m_side(new SideColumn(*m_model, *m_commands, this))
@@ -31,7 +43,6 @@ VardaView::VardaView(std::shared_ptr<VardaModel> model, QWidget *parent)
     , m_windowFocus(this, m_main)
     , m_sheetFocus(m_sheet, m_sheet)
 {
-    installAccessibility();
     setObjectName(u"workspace"_s);
     setWindowTitle(u"Varda"_s);
     setMinimumSize(theme::minimumWindowWidth, theme::minimumWindowHeight);

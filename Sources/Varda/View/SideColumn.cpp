@@ -22,7 +22,7 @@ constexpr int headerGap = 6;
 constexpr int listGap = 10;
 
 /// A thin line across the column.
-QFrame *makeDivider()
+QWidget *makeDivider()
 {
     auto *line = new Surface(theme::hairline, Qt::transparent, 0);
     line->setFixedHeight(1);

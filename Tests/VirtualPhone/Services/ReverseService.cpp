@@ -25,15 +25,15 @@ QByteArray fail(const QByteArray &reason)
     return "FAIL" + counted(reason);
 }
 
-QByteArray forward(Phone &phone, Connection &connection, QByteArray specification)
+QByteArray forward(Phone &phone, Connection &connection, QByteArray request)
 {
     const QByteArray norebind = "norebind:";
-    const bool mayReplace = !specification.startsWith(norebind);
+    const bool mayReplace = !request.startsWith(norebind);
     if (!mayReplace)
-        specification.remove(0, norebind.size());
-    const QList<QByteArray> ends = specification.split(';');
+        request.remove(0, norebind.size());
+    const QList<QByteArray> ends = request.split(';');
     if (ends.size() != 2 || ends.first().isEmpty() || ends.last().isEmpty())
-        return fail("bad forward: " + specification);
+        return fail("bad forward: " + request);
     if (!phone.forwards().add(connection, ends.first(), ends.last(), mayReplace))
         return fail("cannot rebind existing socket");
     return okay();

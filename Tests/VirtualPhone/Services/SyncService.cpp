@@ -102,11 +102,11 @@ void SyncService::status(const QByteArray &path)
     m_stream.write("STAT" + word(mode) + word(static_cast<quint32>(file.content.size())) + word(file.modified));
 }
 
-void SyncService::beginFile(const QByteArray &request)
+void SyncService::beginFile(const QByteArray &argument)
 {
-    const qsizetype comma = request.lastIndexOf(',');
-    m_path = request.left(comma);
-    const quint32 permissions = request.mid(comma + 1).toUInt() & permissionBits;
+    const qsizetype comma = argument.lastIndexOf(',');
+    m_path = argument.left(comma);
+    const quint32 permissions = argument.mid(comma + 1).toUInt() & permissionBits;
     m_file = {regularFileMode | permissions, 0, {}};
 }
 

@@ -25,7 +25,7 @@ private:
     bool handleNext();
     void handle(const QByteArray &request, const QByteArray &argument);
     void status(const QByteArray &path);
-    void beginFile(const QByteArray &request);
+    void beginFile(const QByteArray &argument);
     void endFile(quint32 modified);
     void sendFile(const QByteArray &path);
     void fail(const QByteArray &reason);

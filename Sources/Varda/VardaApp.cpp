@@ -83,7 +83,11 @@ int VardaApp::run()
     showWindow();
     m_model->start();
     const int status = QApplication::exec();
-    QCoreApplication::processEvents(); // a poll loop that was cancelled in its pause ends on its next turn
+    // A poll loop that was cancelled in its pause ends on its next turn. Nothing else may begin: a dialog that opened
+    // now would keep the program for ever, and a mirror would not be asked to end.
+    m_view->hide();
+    m_about->hide();
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::ExcludeSocketNotifiers);
     return status;
 }
 

@@ -1,10 +1,11 @@
 // What a coroutine here can wait for: work on another thread, and a descriptor that becomes ready.
 #pragma once
 
+#include "VardaCore/WorkerThreads.h"
+
 #include <QCoroTask>
 #include <QObject>
 #include <QSocketNotifier>
-#include <QThreadPool>
 #include <QTimer>
 
 #include <chrono>
@@ -47,16 +48,16 @@ struct Awaiter
     Operation *operation;
 };
 
-/// Runs `Work` on a thread of a pool while the awaiting coroutine is suspended; hands back its result, or throws what
-/// it threw.
+/// Runs `Work` on a worker thread while the awaiting coroutine is suspended; hands back its result, or throws what it
+/// threw. Throws std::system_error when there is no thread to be had.
 template <typename Work>
 class [[nodiscard]] OnWorker
 {
 public:
     using Result = std::invoke_result_t<Work &>;
 
-    OnWorker(QThreadPool &pool, Work work)
-        : m_pool(pool)
+    OnWorker(WorkerThreads &workers, Work work)
+        : m_workers(workers)
         , m_work(std::move(work))
     {
     }
@@ -73,7 +74,7 @@ private:
     void start(std::coroutine_handle<> coroutine)
     {
         m_resumption.suspend(coroutine);
-        m_pool.start([this] { run(); });
+        m_workers.start([this] { run(); });
     }
 
     Result result()
@@ -97,7 +98,7 @@ private:
         m_resumption.schedule();
     }
 
-    QThreadPool &m_pool;
+    WorkerThreads &m_workers;
     Work m_work;
     std::optional<std::conditional_t<std::is_void_v<Result>, Nothing, Result>> m_result;
     std::exception_ptr m_failure;

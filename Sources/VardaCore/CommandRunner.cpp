@@ -8,10 +8,9 @@
 #include "VardaCore/Descriptor.h"
 #include "VardaCore/Text.h"
 #include "VardaCore/ToolError.h"
+#include "VardaCore/WorkerThreads.h"
 
 #include <QFile>
-#include <QThread>
-#include <QThreadPool>
 
 #include <algorithm>
 #include <array>
@@ -20,6 +19,7 @@
 #include <mutex>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <unordered_set>
 
 #include <fcntl.h>
@@ -50,7 +50,7 @@ constexpr auto boundInterval = 100ms;
 constexpr std::chrono::duration<double> longestTimeout = 24h * 36500;
 
 /// Workers are busy for a millisecond or so per command; a few keep one slow disk access from holding up the others.
-constexpr int fewestWorkers = 4;
+constexpr std::size_t fewestWorkers = 4;
 
 constexpr auto outputName = "stdout";
 constexpr auto errorName = "stderr";
@@ -178,24 +178,26 @@ private:
 class Workers
 {
 public:
-    static QThreadPool &pool()
+    static WorkerThreads &threads()
     {
         static Workers workers;
-        return workers.m_pool;
+        return *workers.m_threads;
     }
 
     Q_DISABLE_COPY_MOVE(Workers)
 
 private:
-    Workers() { m_pool.setMaxThreadCount(std::max(fewestWorkers, QThread::idealThreadCount())); }
+    Workers()
+        : m_threads(std::in_place, std::max<std::size_t>(fewestWorkers, std::thread::hardware_concurrency()))
+    {
+    }
     ~Workers()
     {
-        m_pool.clear();
-        m_pool.waitForDone();
+        m_threads.reset();
         InFlight::instance().removeFiles();
     }
 
-    QThreadPool m_pool;
+    std::optional<WorkerThreads> m_threads;
 };
 
 Command::Command(QString executable, QStringList arguments, std::optional<QString> input)
@@ -293,7 +295,7 @@ Clock::time_point deadline(Clock::time_point start, std::chrono::duration<double
 
 QCoro::Task<> start(Command *command)
 {
-    OnWorker launch(Workers::pool(), [command] {
+    OnWorker launch(Workers::threads(), [command] {
         command->launch();
         return command->writeInput();
     });
@@ -303,7 +305,7 @@ QCoro::Task<> start(Command *command)
             Readiness room(command->inputDescriptor(), QSocketNotifier::Write, Clock::time_point::max());
             co_await room;
         }
-        OnWorker write(Workers::pool(), [command] { return command->writeInput(); });
+        OnWorker write(Workers::threads(), [command] { return command->writeInput(); });
         written = co_await write;
     }
 }
@@ -316,7 +318,7 @@ QCoro::Task<bool> waitForExit(Command *command, Clock::time_point end)
         const bool exited = co_await command->child().waitForExit(next);
         if (exited || next == end)
             co_return exited;
-        OnWorker bound(Workers::pool(), [command] { command->boundFiles(); });
+        OnWorker bound(Workers::threads(), [command] { command->boundFiles(); });
         co_await bound;
     }
 }
@@ -340,7 +342,7 @@ QCoro::Task<CommandResult> execute(Command *command, std::chrono::duration<doubl
 {
     co_await start(command);
     co_await finish(command, timeout);
-    OnWorker collect(Workers::pool(), [command] { return command->collect(); });
+    OnWorker collect(Workers::threads(), [command] { return command->collect(); });
     CommandResult result = co_await collect;
     co_return result;
 }
@@ -358,8 +360,13 @@ QCoro::Task<CommandResult> CommandRunner::run(QString executable, QStringList ar
     } catch (...) {
         failure = std::current_exception();
     }
-    OnWorker release(Workers::pool(), [&command] { command.release(); });
-    co_await release;
+    try {
+        OnWorker release(Workers::threads(), [&command] { command.release(); });
+        co_await release;
+    } catch (const std::system_error &) {
+        // There never was a thread, and so there is nothing that blocks.
+        command.release();
+    }
     if (failure)
         std::rethrow_exception(failure);
     co_return *std::move(result);

@@ -12,6 +12,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
+#include <pthread.h>
 #include <spawn.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -252,6 +253,13 @@ int unlinkat(int directory, const char *path, int flags) noexcept
 {
     static auto *const real = next<int(int, const char *, int)>("unlinkat");
     return (concerns(path) || concerns(directory)) && fails(Call::Remove) ? -1 : real(directory, path, flags);
+}
+
+int pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*routine)(void *), void *argument)
+{
+    static auto *const real = next<decltype(pthread_create)>("pthread_create");
+    // It returns its error number.
+    return fails(Call::CreateThread) ? errno : real(thread, attributes, routine, argument);
 }
 
 int clock_gettime(clockid_t clock, timespec *time) noexcept

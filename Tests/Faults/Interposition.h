@@ -23,8 +23,9 @@ enum class Call {
     Read,          ///< read
     Wait,          ///< waitpid
     Remove,        ///< unlinkat
+    CreateThread,  ///< pthread_create
 };
-constexpr int callKinds = 12;
+constexpr int callKinds = 13;
 
 /// Has the call number `skip` (from 0) of this kind from now on, and the `times - 1` after it, fail with `error`. One
 /// fault at a time; thread-safe.

@@ -8,6 +8,7 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
+#include <atomic>
 #include <chrono>
 #include <exception>
 #include <functional>
@@ -28,13 +29,23 @@ public:
     /// may be gone at any moment.
     void schedule()
     {
+        m_scheduled.store(true, std::memory_order_release);
         QMetaObject::invokeMethod(
-            &m_receiver, [coroutine = m_coroutine] { coroutine.resume(); }, Qt::QueuedConnection);
+            &m_receiver, [this] { resume(); }, Qt::QueuedConnection);
     }
 
 private:
+    /// The event queue has put what was done before `schedule` before this already; the flag says so again for checkers
+    /// of threads, which do not see into Qt.
+    void resume() const
+    {
+        if (m_scheduled.load(std::memory_order_acquire))
+            m_coroutine.resume();
+    }
+
     QObject m_receiver;
     std::coroutine_handle<> m_coroutine;
+    std::atomic<bool> m_scheduled = false;
 };
 
 /// Suspends a coroutine for an operation, which stays where it is: GCC 12 would copy an awaiter that is a variable.

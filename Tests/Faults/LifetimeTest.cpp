@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 #include <optional>
 
@@ -121,12 +122,18 @@ void LifetimeTest::abruptEndLeavesTheFilesOfCommandsInFlightOnly()
     stage(10s);
     Life life(1);
     QVERIFY(life.comesUp());
-    // A listing has been answered; the next command takes longer than this test.
-    QTRY_VERIFY(m_tools->adb().calls().size() >= 2);
+    // A listing is answered at once; any other command takes longer than this test.
+    const auto isInFlight = [](const ToolCall &call) { return call.arguments() != QStringList{u"devices"_s, u"-l"_s}; };
+    const auto inFlight = [&] {
+        const QList<ToolCall> calls = m_tools->adb().calls();
+        return std::count_if(calls.begin(), calls.end(), isInFlight);
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(inFlight() > 0, patience);
     life.signal(SIGKILL);
     QVERIFY(life.ends());
     const QStringList left = life.captureDirectories();
-    QVERIFY2(left.size() >= 1 && left.size() <= 2, qPrintable(left.join(u' ')));
+    // A listing may have been in flight beside an action and the console.
+    QVERIFY2(left.size() >= 1 && left.size() <= 3, qPrintable(left.join(u' ')));
 }
 
 QTEST_GUILESS_MAIN(LifetimeTest)

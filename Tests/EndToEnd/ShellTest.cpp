@@ -79,10 +79,11 @@ void ShellTest::cleanup()
     phone.reset();
 }
 
+/// Repeated, for where this adb and the window's first one start the server at the same moment, one of them fails.
 bool ShellTest::attachPhone()
 {
-    stage->adb({u"connect"_s, phone->endpoint()});
-    return window->lists({phone->serial()}) && window->shows(u"Ready for testing"_s);
+    const auto connected = [this] { return stage->adb({u"connect"_s, phone->endpoint()}).contains(u"connected to"_s); };
+    return eventually(connected) && window->lists({phone->serial()}) && window->shows(u"Ready for testing"_s);
 }
 
 QString ShellTest::mainWindow() const

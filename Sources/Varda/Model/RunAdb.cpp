@@ -4,11 +4,13 @@
 #include "Varda/Model/ToolLocation.h"
 #include "VardaCore/CommandRunner.h"
 
+#include <utility>
+
 namespace varda {
 
-QCoro::Task<CommandResult> runAdb(CommandLine line, std::optional<QString> input)
+QCoro::Task<CommandResult> runAdb(const CommandLine &line, std::optional<QString> input)
 {
-    return CommandRunner::run(ToolLocation::adb(), line.arguments, input, line.timeout);
+    return CommandRunner::run(ToolLocation::adb(), line.arguments, std::move(input), line.timeout);
 }
 
 } // namespace varda

@@ -13,7 +13,7 @@ struct CommandResult
     qint32 code = 0;
     /// Standard output, byte for byte; at most 32 MiB.
     QByteArray data;
-    /// Standard error, decoded like `text()` and not trimmed. Beyond its first 256 MiB it is not kept.
+    /// Standard error, decoded like `text()`; neither trimmed nor shortened, of any length.
     QString error;
 
     /// Standard output decoded as UTF-8, afresh on each call: U+FFFD for each maximal ill-formed subpart (Unicode

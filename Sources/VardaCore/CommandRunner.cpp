@@ -37,13 +37,10 @@ using Clock = ChildProcess::Clock;
 /// Between SIGTERM and SIGKILL.
 constexpr auto terminationGrace = 300ms;
 
-/// Largest standard output in bytes, 32 MiB.
+/// Largest standard output in bytes, 32 MiB. Standard error has no limit: it is what explains a failure.
 constexpr qint64 outputLimit = 33'554'432;
 
-/// As much of standard error as is kept, in bytes, 256 MiB: more than anybody reads, and less than a disk.
-constexpr qint64 errorLimit = 268'435'456;
-
-/// How often the files of a running command are looked at, so that a tool gone wild does not fill the disk.
+/// How often the output of a running command is looked at, so that a tool gone wild does not fill the disk.
 constexpr auto boundInterval = 100ms;
 
 /// Longer time-outs mean the same, and this one can be added to any time.
@@ -105,12 +102,8 @@ public:
     /// Gives up all that is held. Blocks.
     void release();
 
-    /// Keeps the files from growing without end; their sizes still tell that there was too much. Blocks.
-    void boundFiles() const
-    {
-        m_directory->bound(outputName, outputLimit + 1);
-        m_directory->bound(errorName, errorLimit);
-    }
+    /// Keeps the output file from growing without end; its size still tells that there was too much. Blocks.
+    void boundOutput() const { m_directory->bound(outputName, outputLimit + 1); }
 
     /// Removes the files early. Blocks.
     void removeFiles() const
@@ -270,7 +263,7 @@ CommandResult Command::collect() const
     const QByteArray output = m_directory->read(outputName, size);
     QByteArray error;
     try {
-        error = m_directory->read(errorName, errorLimit);
+        error = m_directory->read(errorName);
     } catch (const std::system_error &) {
         // What cannot be read is shown as nothing.
     }
@@ -318,7 +311,7 @@ QCoro::Task<bool> waitForExit(Command *command, Clock::time_point end)
         const bool exited = co_await command->child().waitForExit(next);
         if (exited || next == end)
             co_return exited;
-        OnWorker bound(Workers::threads(), [command] { command->boundFiles(); });
+        OnWorker bound(Workers::threads(), [command] { command->boundOutput(); });
         co_await bound;
     }
 }

@@ -14,8 +14,9 @@ namespace {
 
 constexpr std::array caught{SIGTERM, SIGINT, SIGHUP};
 
-std::array<int, 2> ends{-1, -1}; // read, write
-std::array<struct sigaction, caught.size()> former;
+/// To read from and to write to. Made once and never closed: a signal may come on any thread and at any moment, also
+/// while the program is ending, which it must not cut short.
+std::array<int, 2> ends{-1, -1};
 
 /// Async-signal-safe: write(2) and nothing else.
 void report(int)
@@ -26,40 +27,36 @@ void report(int)
     errno = saved;
 }
 
+void drain()
+{
+    std::array<char, 16> bytes{};
+    while (::read(ends[0], bytes.data(), bytes.size()) > 0) {
+    }
+}
+
 } // namespace
 
 QuitSignals::QuitSignals(QObject *parent)
     : QObject(parent)
 {
-    if (::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0)
+    if (ends[0] < 0 && ::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0)
         return; // the signals then end the program at once, as they do by default
+    drain();
     auto *notifier = new QSocketNotifier(ends[0], QSocketNotifier::Read, this);
     QObject::connect(notifier, &QSocketNotifier::activated, this, [this] {
-        std::array<char, 16> bytes{};
-        while (::read(ends[0], bytes.data(), bytes.size()) > 0) {
-        }
+        drain();
         Q_EMIT received();
     });
     struct sigaction action = {};
     action.sa_handler = report;
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
-    for (std::size_t i = 0; i < caught.size(); ++i) {
-        ::sigaction(caught.at(i), nullptr, &former.at(i));
-        if (former.at(i).sa_handler != SIG_IGN)
-            ::sigaction(caught.at(i), &action, nullptr);
+    for (const int signal : caught) {
+        struct sigaction former = {};
+        ::sigaction(signal, nullptr, &former);
+        if (former.sa_handler != SIG_IGN) // as nohup has it
+            ::sigaction(signal, &action, nullptr);
     }
-}
-
-QuitSignals::~QuitSignals()
-{
-    if (ends[0] < 0)
-        return;
-    for (std::size_t i = 0; i < caught.size(); ++i)
-        ::sigaction(caught.at(i), &former.at(i), nullptr);
-    ::close(ends[0]);
-    ::close(ends[1]);
-    ends = {-1, -1};
 }
 
 } // namespace varda

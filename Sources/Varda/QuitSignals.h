@@ -6,14 +6,14 @@
 namespace varda {
 
 /// Emits `received` in the event loop after SIGTERM, SIGINT or SIGHUP; one that was ignored when the program started
-/// (`nohup`) stays ignored. One object at a time; its destructor restores the signals' former actions.
+/// (`nohup`) stays ignored. One object at a time. When it is gone these signals do nothing: the program is ending, and
+/// a second Ctrl+C must not keep it from cleaning up.
 class QuitSignals final : public QObject
 {
     Q_OBJECT
 
 public:
     explicit QuitSignals(QObject *parent = nullptr);
-    ~QuitSignals() override;
     Q_DISABLE_COPY_MOVE(QuitSignals)
 
 Q_SIGNALS:

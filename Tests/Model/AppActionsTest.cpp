@@ -101,10 +101,7 @@ void AppActionsTest::selectPhoneAndApp(const QString &typed)
 
 void AppActionsTest::guardsHaveNoEffectAtAll_data()
 {
-    QTest::addColumn<QString>("missing");
-    for (const QString &each :
-         {u"device"_s, u"unauthorized"_s, u"offline"_s, u"no permissions"_s, u"unplugged"_s, u"idle"_s})
-        QTest::newRow(qUtf8Printable(each)) << each;
+    addMissingRows();
 }
 
 void AppActionsTest::guardsHaveNoEffectAtAll()
@@ -112,16 +109,7 @@ void AppActionsTest::guardsHaveNoEffectAtAll()
     QFETCH(QString, missing);
     model->packageName = package;
     dialogs->locations = {scratch(u"shot.png"_s)};
-    if (missing == u"unplugged") {
-        selectPhone();
-        model->devices = {device(u"another"_s)};
-    } else if (missing == u"idle") {
-        selectPhone();
-        model->busy = true;
-    } else if (missing != u"device") {
-        selectPhone(device(serial, missing));
-    }
-    writes->take();
+    arrangeMissing(missing);
     model->appAction(true);
     model->appAction(false);
     model->listApps();

@@ -93,26 +93,14 @@ void MirrorTest::openMirror()
 
 void MirrorTest::guardsHaveNoEffectAtAll_data()
 {
-    QTest::addColumn<QString>("missing");
-    for (const QString &each :
-         {u"device"_s, u"unauthorized"_s, u"offline"_s, u"no permissions"_s, u"unplugged"_s, u"idle"_s})
-        QTest::newRow(qUtf8Printable(each)) << each;
+    addMissingRows();
 }
 
 void MirrorTest::guardsHaveNoEffectAtAll()
 {
     QFETCH(QString, missing);
     dialogs->locations = {scratch(u"a.mp4"_s)};
-    if (missing == u"unplugged") {
-        selectPhone();
-        model->devices = {device(u"another"_s)};
-    } else if (missing == u"idle") {
-        selectPhone();
-        model->busy = true;
-    } else if (missing != u"device") {
-        selectPhone(device(serial, missing));
-    }
-    writes->take();
+    arrangeMissing(missing);
     model->mirrorPhone(false);
     model->mirrorPhone(true);
     turn();

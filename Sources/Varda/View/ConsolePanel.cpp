@@ -6,6 +6,7 @@
 #include "Varda/View/Conditions.h"
 #include "Varda/View/ConsoleText.h"
 #include "Varda/View/Labels.h"
+#include "Varda/View/Panel.h"
 #include "Varda/View/Theme.h"
 
 #include <QVBoxLayout>
@@ -15,7 +16,6 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-constexpr int headingIcon = 16;
 constexpr int stackSpacing = 10;
 
 } // namespace
@@ -36,11 +36,7 @@ ConsolePanel::ConsolePanel(VardaModel &model, const Commands &commands, QWidget 
     QObject::connect(m_toggle, &Button::clicked, this, [this] { m_model.logging = !m_model.logging(); });
     QObject::connect(m_export, &Button::clicked, this, [this] { m_model.exportLogs(); });
 
-    auto *heading =
-        new IconLabel(Icon::Terminal, headingIcon, u"DEVICE CONSOLE"_s, theme::capitals(theme::captionSize), this);
-    QPalette colours = heading->palette();
-    colours.setColor(QPalette::WindowText, theme::accent);
-    heading->setPalette(colours);
+    IconLabel *heading = makeHeading(Icon::Terminal, u"DEVICE CONSOLE"_s, this);
     heading->setObjectName(u"consoleHeading"_s);
     QLabel *footer = makeText(u"Latest 350 lines · refreshes every 2.5s"_s, theme::font(theme::captionSize),
                               theme::secondaryText, this);

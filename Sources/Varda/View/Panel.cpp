@@ -9,7 +9,7 @@
 
 namespace varda {
 
-constexpr int titleIcon = 16;
+constexpr int headingIcon = 16;
 
 Surface::Surface(const QColor &fill, const QColor &line, double radius, QWidget *parent)
     : QWidget(parent)
@@ -32,12 +32,18 @@ Panel::Panel(const QString &title, Icon icon, QWidget *parent)
     setAccessibleName(title);
     m_content->setContentsMargins(theme::panelPadding, theme::panelPadding, theme::panelPadding, theme::panelPadding);
     m_content->setSpacing(theme::panelSpacing);
-    auto *label = new IconLabel(icon, titleIcon, title, theme::capitals(theme::captionSize), this);
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, theme::accent);
-    label->setPalette(palette);
+    IconLabel *label = makeHeading(icon, title, this);
     label->setObjectName(QStringLiteral("panelTitle"));
     m_content->addWidget(label);
+}
+
+IconLabel *makeHeading(Icon icon, const QString &text, QWidget *parent)
+{
+    auto *heading = new IconLabel(icon, headingIcon, text, theme::capitals(theme::captionSize), parent);
+    QPalette palette = heading->palette();
+    palette.setColor(QPalette::WindowText, theme::accent);
+    heading->setPalette(palette);
+    return heading;
 }
 
 QHBoxLayout *makeRow(std::initializer_list<QWidget *> widgets)

@@ -8,6 +8,8 @@
 
 namespace varda {
 
+class IconLabel;
+
 /// A rounded surface with a thin line around it.
 class Surface : public QWidget
 {
@@ -40,6 +42,9 @@ protected:
 private:
     QVBoxLayout *m_content;
 };
+
+/// The heading of a panel: capitals in the accent colour behind an icon.
+IconLabel *makeHeading(Icon icon, const QString &text, QWidget *parent);
 
 /// A row of controls, aligned to the leading edge.
 QHBoxLayout *makeRow(std::initializer_list<QWidget *> widgets);

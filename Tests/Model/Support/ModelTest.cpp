@@ -48,6 +48,27 @@ void ModelTest::selectPhone(const AndroidDevice &phone)
     writes->take();
 }
 
+void ModelTest::addMissingRows()
+{
+    QTest::addColumn<QString>("missing");
+    for (const QString &each : {u"device"_s, u"unauthorized"_s, u"offline"_s, u"no permissions"_s, u"recovery"_s,
+                                u"sideload"_s, u"bootloader"_s, u"unplugged"_s, u"idle"_s})
+        QTest::newRow(qUtf8Printable(each)) << each;
+}
+
+void ModelTest::arrangeMissing(const QString &missing)
+{
+    const bool present = missing == u"unplugged" || missing == u"idle" || missing == u"nothing";
+    if (present)
+        selectPhone();
+    else if (missing != u"device")
+        selectPhone(device(serial, missing));
+    if (missing == u"unplugged")
+        model->devices = {device(u"another"_s)};
+    model->busy = missing == u"idle";
+    writes->take();
+}
+
 void ModelTest::perform(const std::function<void()> &start)
 {
     start();

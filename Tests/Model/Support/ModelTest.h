@@ -53,6 +53,13 @@ protected:
     void selectPhone();
     void selectPhone(const AndroidDevice &phone);
 
+    /// The rows of a test of guards, in the column "missing": what an action needs and lacks, or the state that the
+    /// phone is in instead of "device".
+    static void addMissingRows();
+    /// Arranges what a row of these says: nothing selected ("device"), the selected phone gone ("unplugged"), an action
+    /// in flight ("idle"), all there ("nothing"), or the phone in that state. These writes are not recorded.
+    void arrangeMissing(const QString &missing);
+
     /// Calls `start` and waits for the end of the action that it starts.
     void perform(const std::function<void()> &start);
     /// Waits until the tool has been called `times` times with these arguments.

@@ -6,6 +6,8 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDialogButtonBox>
+#include <QFileDialog>
 #include <QLineEdit>
 #include <QTimer>
 #include <QWidget>
@@ -28,7 +30,12 @@ QString textFor(const QString &field)
                                                              : u"192.168.1.50:37123"_s;
 }
 
-/// Also called while a dialog of an earlier press is open, for that has an event loop of its own.
+/// Of a file dialog's buttons, only those that close it: the others lead out of the test's own directory.
+bool staysInItsDirectory(const QAbstractButton *button)
+{
+    return !qobject_cast<QFileDialog *>(button->window()) || qobject_cast<QDialogButtonBox *>(button->parentWidget());
+}
+
 void pressSomething(std::mt19937 &random)
 {
     QList<QAbstractButton *> buttons;
@@ -38,12 +45,22 @@ void pressSomething(std::mt19937 &random)
                 field->setText(textFor(field->accessibleName()));
         }
         for (QAbstractButton *button : window->findChildren<QAbstractButton *>()) {
-            if (button->isVisible() && button->isEnabled())
+            if (button->isVisible() && button->isEnabled() && staysInItsDirectory(button))
                 buttons << button;
         }
     }
     if (!buttons.isEmpty())
         buttons[static_cast<qsizetype>(random() % static_cast<size_t>(buttons.size()))]->click();
+}
+
+/// Presses something after every pause. Each pause has a timer of its own: a timer does not fire again while its slot
+/// runs, and a press that opens a dialog returns only when that is closed, which takes a press.
+void keepPressing(std::mt19937 &random)
+{
+    QTimer::singleShot(pauseBetweenPresses, qApp, [&random] {
+        keepPressing(random);
+        pressSomething(random);
+    });
 }
 
 } // namespace
@@ -52,10 +69,8 @@ int main(int argc, char *argv[])
 {
     std::mt19937 random(argc > 1 ? static_cast<unsigned>(std::atoi(argv[1])) : 0U);
     varda::VardaApp application(argc, argv);
-    QTimer presses;
-    QObject::connect(&presses, &QTimer::timeout, &presses, [&random] { pressSomething(random); });
-    presses.start(pauseBetweenPresses);
-    QTimer::singleShot(0, &presses, [] {
+    keepPressing(random);
+    QTimer::singleShot(0, qApp, [] {
         std::puts("up");
         std::fflush(stdout);
     });

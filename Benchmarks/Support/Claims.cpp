@@ -1,0 +1,167 @@
+// Google Benchmark times the functions, interleaved; the medians of its repetitions make the rows.
+#include "Claims.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <iostream>
+#include <map>
+#include <utility>
+#include <vector>
+
+namespace varda::bench {
+
+namespace {
+
+constexpr int repetitions = 15;
+constexpr double shortestRepetition = 0.1; // s
+
+struct Claim
+{
+    std::string text;
+    std::optional<double> atMost;
+    double scale = 1;
+};
+
+std::vector<Claim> &claims()
+{
+    static std::vector<Claim> list;
+    return list;
+}
+
+/// Shows the measurements as the library does, and keeps the time of every repetition.
+class Collector final : public benchmark::ConsoleReporter
+{
+public:
+    Collector()
+        : ConsoleReporter(OO_None)
+    {
+    }
+
+    void ReportRuns(const std::vector<Run> &runs) override
+    {
+        for (const Run &run : runs) {
+            if (run.run_type == Run::RT_Iteration && !run.error_occurred)
+                m_times[run.run_name.function_name].push_back(run.real_accumulated_time /
+                                                              static_cast<double>(run.iterations));
+        }
+        ConsoleReporter::ReportRuns(runs);
+    }
+
+    /// In seconds; absent where the benchmark was not run.
+    std::optional<double> median(const std::string &name) const
+    {
+        const auto found = m_times.find(name);
+        if (found == m_times.end())
+            return std::nullopt;
+        std::vector<double> sorted = found->second;
+        std::sort(sorted.begin(), sorted.end());
+        return sorted[sorted.size() / 2];
+    }
+
+private:
+    std::map<std::string, std::vector<double>> m_times;
+};
+
+std::string format(const char *pattern, double value, const char *unit)
+{
+    std::array<char, 64> text = {};
+    std::snprintf(text.data(), text.size(), pattern, value, unit);
+    return text.data();
+}
+
+/// Three significant digits.
+std::string inUnit(double value, const char *unit)
+{
+    return format(value < 10 ? "%.2f %s" : value < 100 ? "%.1f %s" : "%.0f %s", value, unit);
+}
+
+Verdict verdictOn(double figure, std::optional<double> atMost)
+{
+    if (!atMost)
+        return Verdict::Stated;
+    return figure <= *atMost ? Verdict::Met : Verdict::Missed;
+}
+
+void add(const std::string &name, Function function)
+{
+    benchmark::RegisterBenchmark(name.c_str(), function)
+        ->UseRealTime()
+        ->Unit(benchmark::kMicrosecond)
+        ->MinTime(shortestRepetition)
+        ->Repetitions(repetitions);
+}
+
+} // namespace
+
+void print(const Row &row)
+{
+    static constexpr std::array<const char *, 3> verdicts = {"met", "missed", "stated"};
+    std::cout << row.claim << '\t' << row.measured << '\t' << row.baseline << '\t' << row.ratio << '\t' << row.goal
+              << '\t' << verdicts[static_cast<size_t>(row.verdict)] << std::endl;
+}
+
+void printRatio(const std::string &claim, const std::string &measured, const std::string &baseline, double ratio,
+                std::optional<double> atMost)
+{
+    print({claim, measured, baseline, times(ratio), atMost ? "≤ " + times(*atMost) : "", verdictOn(ratio, atMost)});
+}
+
+void printFigure(const std::string &claim, double figure, std::optional<double> atMost, std::string (*words)(double))
+{
+    print({claim, words(figure), "", "", atMost ? "≤ " + words(*atMost) : "", verdictOn(figure, atMost)});
+}
+
+std::string seconds(double duration)
+{
+    if (duration < 1e-6)
+        return inUnit(duration * 1e9, "ns");
+    if (duration < 1e-3)
+        return inUnit(duration * 1e6, "µs");
+    return duration < 1 ? inUnit(duration * 1e3, "ms") : inUnit(duration, "s");
+}
+
+std::string bytes(double count)
+{
+    if (count < 1024)
+        return format("%.0f %s", count, "B");
+    return count < 1024 * 1024 ? inUnit(count / 1024, "KiB") : inUnit(count / 1024 / 1024, "MiB");
+}
+
+std::string times(double ratio)
+{
+    return format("× %.2f%s", ratio, "");
+}
+
+void claimRatio(const std::string &claim, Function measured, Function baseline, std::optional<double> atMost,
+                double scale)
+{
+    claims().push_back({claim, atMost, scale});
+    add(claim, measured);
+    add(claim + ", floor", baseline);
+}
+
+void runClaims(int *argc, char **argv)
+{
+    // The first of a flag counts less than the last: what the command line says wins.
+    std::string interleaving = "--benchmark_enable_random_interleaving=true";
+    std::vector<char *> arguments(argv, argv + *argc);
+    arguments.insert(arguments.begin() + 1, interleaving.data());
+    int count = static_cast<int>(arguments.size());
+    arguments.push_back(nullptr);
+    benchmark::Initialize(&count, arguments.data());
+    Collector collector;
+    collector.SetOutputStream(&std::cerr);
+    collector.SetErrorStream(&std::cerr);
+    benchmark::RunSpecifiedBenchmarks(&collector);
+    for (const Claim &claim : std::exchange(claims(), {})) {
+        const std::optional<double> measured = collector.median(claim.text);
+        const std::optional<double> baseline = collector.median(claim.text + ", floor");
+        if (measured && baseline)
+            printRatio(claim.text, seconds(*measured / claim.scale), seconds(*baseline),
+                       *measured / claim.scale / *baseline, claim.atMost);
+    }
+    benchmark::ClearRegisteredBenchmarks();
+}
+
+} // namespace varda::bench

@@ -6,6 +6,7 @@
 #include "VardaCore/CaptureDirectory.h"
 #include "VardaCore/ChildProcess.h"
 #include "VardaCore/Descriptor.h"
+#include "VardaCore/InputPipe.h"
 #include "VardaCore/Text.h"
 #include "VardaCore/ToolError.h"
 #include "VardaCore/WorkerThreads.h"
@@ -13,17 +14,11 @@
 #include <QFile>
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <csignal>
+#include <exception>
 #include <mutex>
-#include <string>
 #include <system_error>
 #include <thread>
 #include <unordered_set>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -51,35 +46,6 @@ constexpr std::size_t fewestWorkers = 4;
 
 constexpr auto outputName = "stdout";
 constexpr auto errorName = "stderr";
-
-/// Blocks SIGPIPE on this thread for as long as it lives, so that writing to a pipe that nobody reads fails with EPIPE
-/// instead, whatever the process does with the signal.
-class SigpipeBlock
-{
-public:
-    SigpipeBlock()
-    {
-        ::sigemptyset(&m_sigpipe);
-        ::sigaddset(&m_sigpipe, SIGPIPE);
-        sigset_t pending;
-        ::sigpending(&pending);
-        m_wasPending = ::sigismember(&pending, SIGPIPE) == 1;
-        ::pthread_sigmask(SIG_BLOCK, &m_sigpipe, &m_previous);
-    }
-    Q_DISABLE_COPY_MOVE(SigpipeBlock)
-    ~SigpipeBlock()
-    {
-        const timespec now = {};
-        while (!m_wasPending && ::sigtimedwait(&m_sigpipe, nullptr, &now) < 0 && errno == EINTR) {
-        }
-        ::pthread_sigmask(SIG_SETMASK, &m_previous, nullptr);
-    }
-
-private:
-    sigset_t m_sigpipe = {};
-    sigset_t m_previous = {};
-    bool m_wasPending = false;
-};
 
 /// One call of `run`. It lives in the frame of that call's coroutine; its members are released in reverse order. The
 /// functions that are marked so block, and are called on a worker.
@@ -113,8 +79,8 @@ public:
     }
 
     const ChildProcess &child() const { return *m_child; }
-    /// The child's standard input; never blocks.
-    int inputDescriptor() const { return m_pipe.get(); }
+    /// What to write the rest of the input to; never blocks.
+    int inputDescriptor() const { return m_input->descriptor(); }
     /// When the child had been launched and its input been written.
     Clock::time_point started() const { return m_started; }
 
@@ -124,9 +90,8 @@ private:
     const std::optional<QString> m_text;
 
     std::optional<CaptureDirectory> m_directory;
-    QByteArray m_input;
-    qsizetype m_written = 0;
-    Descriptor m_pipe;
+    /// Absent without input, and once it is written.
+    std::optional<InputPipe> m_input;
     std::optional<ChildProcess> m_child;
     Clock::time_point m_started;
 };
@@ -218,39 +183,26 @@ void Command::launch()
     description.standardOutput = StandardStream::from(output.get());
     description.standardError = StandardStream::from(error.get());
 
-    Descriptor readSide;
     if (m_text) {
-        m_input = (*m_text + u'\n').toUtf8();
-        std::array<int, 2> pipe = {-1, -1};
-        if (::pipe2(pipe.data(), O_CLOEXEC) != 0)
-            throw std::system_error(errno, std::generic_category(), "Cannot make a pipe");
-        readSide = Descriptor(pipe[0]);
-        m_pipe = Descriptor(pipe[1]);
-        ::fcntl(m_pipe.get(), F_SETFL, O_NONBLOCK);
-        description.standardInput = StandardStream::from(readSide.get());
+        m_input.emplace((*m_text + u'\n').toUtf8());
+        description.standardInput = StandardStream::from(m_input->childSide());
     }
     m_child = ChildProcess::launch(description);
+    if (m_input)
+        m_input->closeChildSide();
     m_started = Clock::now();
 }
 
 bool Command::writeInput()
 {
-    const SigpipeBlock block;
-    while (m_written < m_input.size()) {
-        const QByteArrayView rest = QByteArrayView(m_input).sliced(m_written);
-        const ssize_t count = ::write(m_pipe.get(), rest.data(), static_cast<size_t>(rest.size()));
-        if (count >= 0) {
-            m_written += count;
-        } else if (errno == EAGAIN) {
+    try {
+        if (m_input && !m_input->write())
             return false;
-        } else if (errno != EINTR) {
-            const int number = errno;
-            m_child->abandon();
-            throw std::system_error(number, std::generic_category(),
-                                    "Cannot write to " + QFile::encodeName(m_executable).toStdString());
-        }
+    } catch (const std::system_error &error) {
+        m_child->abandon();
+        throw std::system_error(error.code(), "Cannot write to " + QFile::encodeName(m_executable).toStdString());
     }
-    m_pipe.close();
+    m_input.reset();
     m_started = Clock::now();
     return true;
 }
@@ -273,7 +225,7 @@ CommandResult Command::collect() const
 void Command::release()
 {
     m_child.reset();
-    m_pipe.close();
+    m_input.reset();
     m_directory.reset();
 }
 

@@ -3,9 +3,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
+#include <iomanip>
 #include <iostream>
 #include <map>
+#include <sstream>
 #include <utility>
 #include <vector>
 
@@ -13,8 +14,8 @@ namespace varda::bench {
 
 namespace {
 
-constexpr int repetitions = 15;
-constexpr double shortestRepetition = 0.1; // s
+constexpr int repetitions = 40;
+constexpr double shortestRepetition = 0.02; // s
 
 struct Claim
 {
@@ -63,17 +64,17 @@ private:
     std::map<std::string, std::vector<double>> m_times;
 };
 
-std::string format(const char *pattern, double value, const char *unit)
+std::string fixed(double value, int decimals)
 {
-    std::array<char, 64> text = {};
-    std::snprintf(text.data(), text.size(), pattern, value, unit);
-    return text.data();
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(decimals) << value;
+    return text.str();
 }
 
 /// Three significant digits.
 std::string inUnit(double value, const char *unit)
 {
-    return format(value < 10 ? "%.2f %s" : value < 100 ? "%.1f %s" : "%.0f %s", value, unit);
+    return fixed(value, value < 10 ? 2 : value < 100 ? 1 : 0) + ' ' + unit;
 }
 
 Verdict verdictOn(double figure, std::optional<double> atMost)
@@ -124,13 +125,13 @@ std::string seconds(double duration)
 std::string bytes(double count)
 {
     if (count < 1024)
-        return format("%.0f %s", count, "B");
+        return fixed(count, 0) + " B";
     return count < 1024 * 1024 ? inUnit(count / 1024, "KiB") : inUnit(count / 1024 / 1024, "MiB");
 }
 
 std::string times(double ratio)
 {
-    return format("× %.2f%s", ratio, "");
+    return "× " + fixed(ratio, 2);
 }
 
 void claimRatio(const std::string &claim, Function measured, Function baseline, std::optional<double> atMost,

@@ -78,6 +78,17 @@ std::optional<AndroidDevice> VardaModel::selected() const
     return *found;
 }
 
+bool VardaModel::deviceReady() const
+{
+    const std::optional<AndroidDevice> device = selected();
+    return device && device->ready();
+}
+
+bool VardaModel::takesActions() const
+{
+    return deviceReady() && !busy();
+}
+
 void VardaModel::selectionChanged(const std::optional<QString> &previous)
 {
     if (selectedID() == previous)
@@ -86,13 +97,10 @@ void VardaModel::selectionChanged(const std::optional<QString> &previous)
     logs = QString();
 }
 
-/// The device that an action may start on now: selected, ready, and no other action in flight.
+/// The device that an action may start on now.
 std::optional<AndroidDevice> VardaModel::actionTarget() const
 {
-    std::optional<AndroidDevice> device = selected();
-    if (!device || !device->ready() || busy())
-        return std::nullopt;
-    return device;
+    return takesActions() ? selected() : std::nullopt;
 }
 
 void VardaModel::start()

@@ -85,6 +85,10 @@ public:
 
     /// The first device whose serial is `selectedID`. No fallback: absent while that phone is away.
     std::optional<AndroidDevice> selected() const;
+    /// The selected device is attached and takes commands.
+    bool deviceReady() const;
+    /// The device is ready and no action is in flight: an action that needs a device may start.
+    bool takesActions() const;
 
     /// Starts polling, unless it runs: list the devices, read the console where it is live, pause 2.5 seconds, again.
     void start();

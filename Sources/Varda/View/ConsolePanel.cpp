@@ -3,7 +3,6 @@
 
 #include "Varda/View/Button.h"
 #include "Varda/View/Commands.h"
-#include "Varda/View/Conditions.h"
 #include "Varda/View/ConsoleText.h"
 #include "Varda/View/Labels.h"
 #include "Varda/View/Panel.h"
@@ -59,7 +58,7 @@ ConsolePanel::ConsolePanel(VardaModel &model, const Commands &commands, QWidget 
 void ConsolePanel::render()
 {
     m_toggle->setText(m_model.logging() ? u"Pause logs"_s : u"Start logs"_s);
-    m_toggle->setEnabled(isReady(m_model));
+    m_toggle->setEnabled(m_model.deviceReady());
     m_export->setEnabled(!m_model.logs().isEmpty());
     m_text->show(m_model.logs().isEmpty()
                      ? u"Device output will appear here. Enter a package ID to limit logs to your running app."_s

@@ -53,6 +53,9 @@ void ConsoleText::show(const QString &text)
     const int row = vertical->value();
     const int column = horizontal->value();
 
+    // Whatever comes into view has its lines laid out at once. With updates off only the place where this ends does,
+    // not the start of the text on the way there.
+    viewport()->setUpdatesEnabled(false);
     const std::optional<int> dropped = advance(text);
     if (!dropped)
         setPlainText(text);
@@ -60,6 +63,7 @@ void ConsoleText::show(const QString &text)
 
     vertical->setValue(follow ? vertical->maximum() : row - dropped.value_or(0));
     horizontal->setValue(column);
+    viewport()->setUpdatesEnabled(true);
 }
 
 /// Turns the shown text into `text` by dropping lines at its start and adding at its end, if that is how they differ;

@@ -4,7 +4,6 @@
 #include "Varda/View/Binding.h"
 #include "Varda/View/Button.h"
 #include "Varda/View/Commands.h"
-#include "Varda/View/Conditions.h"
 #include "Varda/View/DropZone.h"
 #include "Varda/View/Labels.h"
 #include "Varda/View/Theme.h"
@@ -47,7 +46,7 @@ DeployPanel::DeployPanel(VardaModel &model, const Commands &commands, QWidget *p
 void DeployPanel::render()
 {
     m_dropZone->render();
-    m_install->setEnabled(takesActions(m_model) && m_model.apk().has_value());
+    m_install->setEnabled(m_model.takesActions() && m_model.apk().has_value());
 }
 
 LivePhonePanel::LivePhonePanel(VardaModel &model, QWidget *parent)
@@ -78,8 +77,8 @@ void LivePhonePanel::render()
 {
     const bool running = m_model.mirrorRunning();
     m_mirror->setText(running ? u"Stop live phone"_s : u"Open live phone"_s);
-    m_mirror->setEnabled(takesActions(m_model) || running);
-    m_record->setEnabled(takesActions(m_model) && !running);
+    m_mirror->setEnabled(m_model.takesActions() || running);
+    m_record->setEnabled(m_model.takesActions() && !running);
 }
 
 ApplicationPanel::ApplicationPanel(VardaModel &model, QWidget *parent)
@@ -105,7 +104,7 @@ void ApplicationPanel::render()
 {
     renderText(*m_package, m_model.packageName);
     for (Button *button : {m_launch, m_stop, m_list, m_screenshot})
-        button->setEnabled(takesActions(m_model));
+        button->setEnabled(m_model.takesActions());
 }
 
 } // namespace varda

@@ -7,6 +7,7 @@
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QEvent>
+#include <QScrollArea>
 
 #include <algorithm>
 #include <chrono>
@@ -95,6 +96,8 @@ Window::Window()
     , view(std::make_unique<VardaView>(model))
 {
     view->show();
+    settle();
+    view->findChild<QScrollArea *>(u"mainColumn"_s)->ensureWidgetVisible(view->findChild<ConsoleText *>());
     settle();
 }
 

@@ -9,6 +9,8 @@
 #include <functional>
 #include <memory>
 
+class QPlainTextEdit;
+
 namespace varda::bench {
 
 /// A text with the numbers of the lines in it: `count` lines of `length` characters from line `first` on, each ended by
@@ -35,7 +37,7 @@ private:
     int m_painted = 0;
 };
 
-/// The window with one phone attached and selected, shown and painted.
+/// The window with one phone attached and selected, shown and painted, its console in sight.
 class Window
 {
 public:
@@ -47,6 +49,6 @@ public:
 
 /// What the window's text is measured against: Qt's own text widget, in a window of its own, with the same text, font
 /// and size as the window's console.
-class QPlainTextEdit *makeBareConsole(const VardaView &view);
+QPlainTextEdit *makeBareConsole(const VardaView &view);
 
 } // namespace varda::bench

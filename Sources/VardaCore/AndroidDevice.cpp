@@ -5,6 +5,8 @@
 
 #include "VardaCore/Text.h"
 
+#include <QVarLengthArray>
+
 #include <algorithm>
 #include <array>
 #include <optional>
@@ -16,16 +18,18 @@ namespace varda {
 namespace {
 
 /// The connection states that make a row. "no" opens "no permissions", the one state that adb prints as two words.
-constexpr std::array states = {QStringView(u"device"),   QStringView(u"unauthorized"), QStringView(u"offline"),
-                               QStringView(u"recovery"), QStringView(u"sideload"),     QStringView(u"bootloader"),
-                               QStringView(u"no")};
+const std::array states = {u"device"_s,   u"unauthorized"_s, u"offline"_s, u"recovery"_s,
+                           u"sideload"_s, u"bootloader"_s,   u"no"_s};
 
 constexpr QStringView modelKey = u"model:";
 
+/// The fields of a line; adb prints at most eight, and then none of them takes memory of its own.
+using Fields = QVarLengthArray<QStringView, 8>;
+
 /// `line` split at runs of white space; no field is empty.
-QList<QStringView> fields(QStringView line)
+Fields fields(QStringView line)
 {
-    QList<QStringView> result;
+    Fields result;
     qsizetype start = 0;
     for (qsizetype end = 0; end <= line.size(); ++end) {
         if (end < line.size() && !line[end].isSpace())
@@ -38,7 +42,7 @@ QList<QStringView> fields(QStringView line)
 }
 
 /// The model's name: adb prints an underscore for every space in it.
-std::optional<QString> modelName(const QList<QStringView> &fields)
+std::optional<QString> modelName(const Fields &fields)
 {
     const auto model =
         std::find_if(fields.begin(), fields.end(), [](QStringView field) { return field.startsWith(modelKey); });
@@ -49,12 +53,14 @@ std::optional<QString> modelName(const QList<QStringView> &fields)
 
 std::optional<AndroidDevice> parseLine(QStringView line)
 {
-    const QList<QStringView> columns = fields(line);
-    if (columns.size() < 2 || std::find(states.begin(), states.end(), columns[1]) == states.end())
+    const Fields columns = fields(line);
+    if (columns.size() < 2)
+        return std::nullopt;
+    const auto *const state = std::find(states.begin(), states.end(), columns[1]);
+    if (state == states.end())
         return std::nullopt;
     const QString id = columns[0].toString();
-    const QString state = columns[1] == u"no" ? u"no permissions"_s : columns[1].toString();
-    return AndroidDevice{id, state, modelName(columns).value_or(id)};
+    return AndroidDevice{id, *state == u"no" ? u"no permissions"_s : *state, modelName(columns).value_or(id)};
 }
 
 } // namespace

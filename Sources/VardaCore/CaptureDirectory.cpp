@@ -2,12 +2,13 @@
 // number.
 #include "VardaCore/CaptureDirectory.h"
 
+#include "VardaCore/Text.h"
+
 #include <QUuid>
 
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <limits>
 #include <system_error>
 
 #include <fcntl.h>
@@ -19,6 +20,9 @@ namespace {
 
 constexpr mode_t directoryPermissions = 0700;
 constexpr mode_t filePermissions = 0600;
+
+/// Bytes of a text that are read and decoded at a time: few enough to stay in the processor's cache.
+constexpr qint64 readingBlock = 65'536;
 
 [[noreturn]] void throwError(int number, const std::string &path)
 {
@@ -38,24 +42,25 @@ std::string newPath(const std::filesystem::path &parent)
     return parent / ("varda-" + QUuid::createUuid().toByteArray(QUuid::WithoutBraces).toUpper().toStdString());
 }
 
-/// The bytes of `file` that were there when this was called, `limit` at most.
-QByteArray readAll(const Descriptor &file, qint64 limit, const std::string &path)
+/// The size of `file` in bytes now.
+qint64 sizeOf(const Descriptor &file, const std::string &path)
 {
     struct stat attributes = {};
     if (::fstat(file.get(), &attributes) != 0)
         throwError(errno, path);
-    QByteArray bytes(std::min<qint64>(attributes.st_size, limit), Qt::Uninitialized);
-    qsizetype length = 0;
-    while (length < bytes.size()) {
-        const ssize_t count = ::read(file.get(), bytes.data() + length, static_cast<size_t>(bytes.size() - length));
-        if (count < 0 && errno != EINTR)
+    return attributes.st_size;
+}
+
+/// Reads what comes next of `file`, `room` bytes at most, to `bytes`, and tells how much that was; 0 at the end.
+qsizetype readNext(const Descriptor &file, char *bytes, qsizetype room, const std::string &path)
+{
+    for (;;) {
+        const ssize_t count = ::read(file.get(), bytes, static_cast<size_t>(room));
+        if (count >= 0)
+            return count;
+        if (errno != EINTR)
             throwError(errno, path);
-        if (count == 0)
-            break;
-        length += std::max<ssize_t>(count, 0);
     }
-    bytes.truncate(length);
-    return bytes;
 }
 
 } // namespace
@@ -102,12 +107,34 @@ std::optional<qint64> CaptureDirectory::size(const char *name) const
 
 QByteArray CaptureDirectory::read(const char *name, std::optional<qint64> limit) const
 {
-    const std::string file = path(name);
-    // Whatever the command may have put in the file's place, opening it must not block.
-    const Descriptor descriptor(::open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    if (!descriptor)
-        throwError(errno, file);
-    return readAll(descriptor, limit.value_or(std::numeric_limits<qint64>::max()), file);
+    const Descriptor file = open(name);
+    const qint64 size = sizeOf(file, path(name));
+    QByteArray bytes(std::min(size, limit.value_or(size)), Qt::Uninitialized);
+    qsizetype length = 0;
+    while (length < bytes.size()) {
+        const qsizetype count = readNext(file, bytes.data() + length, bytes.size() - length, path(name));
+        if (count == 0)
+            break;
+        length += count;
+    }
+    bytes.truncate(length);
+    return bytes;
+}
+
+QString CaptureDirectory::readText(const char *name) const
+{
+    const Descriptor file = open(name);
+    qint64 left = sizeOf(file, path(name));
+    Utf8Decoder decoder(left);
+    QByteArray block(std::min(left, readingBlock), Qt::Uninitialized);
+    while (left > 0) {
+        const qsizetype count = readNext(file, block.data(), std::min(left, readingBlock), path(name));
+        if (count == 0)
+            break;
+        decoder.append(QByteArrayView(block).first(count));
+        left -= count;
+    }
+    return decoder.finish();
 }
 
 void CaptureDirectory::bound(const char *name, qint64 limit) const noexcept
@@ -120,6 +147,16 @@ void CaptureDirectory::remove() const noexcept
 {
     std::error_code ignored;
     std::filesystem::remove_all(m_path, ignored);
+}
+
+Descriptor CaptureDirectory::open(const char *name) const
+{
+    const std::string file = path(name);
+    // Whatever the command may have put in the file's place, opening it must not block.
+    Descriptor descriptor(::open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (!descriptor)
+        throwError(errno, file);
+    return descriptor;
 }
 
 std::string CaptureDirectory::path(const char *name) const

@@ -4,6 +4,7 @@
 #include "VardaCore/Descriptor.h"
 
 #include <QByteArray>
+#include <QString>
 #include <QtGlobal>
 
 #include <optional>
@@ -33,6 +34,9 @@ public:
     /// is not waited for, and nothing beyond the first `limit` bytes is read.
     QByteArray read(const char *name, std::optional<qint64> limit = std::nullopt) const;
 
+    /// The same without a limit, decoded like `decodeUtf8`; the bytes are never held all at once.
+    QString readText(const char *name) const;
+
     /// Gives back the room that the file `name` takes beyond its first `limit` bytes, ignoring errors. Who writes to it
     /// goes on behind what it has written so far; what lies in between then reads as zeros and takes no room.
     void bound(const char *name, qint64 limit) const noexcept;
@@ -42,6 +46,7 @@ public:
 
 private:
     std::string path(const char *name) const;
+    Descriptor open(const char *name) const;
 
     std::string m_path;
 };

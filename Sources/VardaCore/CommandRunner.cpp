@@ -7,7 +7,6 @@
 #include "VardaCore/ChildProcess.h"
 #include "VardaCore/Descriptor.h"
 #include "VardaCore/InputPipe.h"
-#include "VardaCore/Text.h"
 #include "VardaCore/ToolError.h"
 #include "VardaCore/WorkerThreads.h"
 
@@ -213,13 +212,13 @@ CommandResult Command::collect() const
     if (size > outputLimit)
         throw ToolError::message(u"Command output was too large to display safely."_s);
     const QByteArray output = m_directory->read(outputName, size);
-    QByteArray error;
+    QString error;
     try {
-        error = m_directory->read(errorName);
+        error = m_directory->readText(errorName);
     } catch (const std::system_error &) {
         // What cannot be read is shown as nothing.
     }
-    return {m_child->status().value(), output, decodeUtf8(error)};
+    return {m_child->status().value(), output, error};
 }
 
 void Command::release()

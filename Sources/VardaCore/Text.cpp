@@ -1,6 +1,7 @@
-// Decoding and grapheme clusters come from ICU: Qt 6.4 emits one U+FFFD per bad byte and drops a leading byte-order
-// mark.
+// Grapheme clusters and the decoding of ill-formed bytes come from ICU: Qt 6.4 emits one U+FFFD per bad byte.
 #include "VardaCore/Text.h"
+
+#include <QStringDecoder>
 
 #include <unicode/ubrk.h>
 #include <unicode/ustring.h>
@@ -27,17 +28,15 @@ bool isContinuationByte(char byte)
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
-/// The length of a front part of `bytes`, about a chunk long, that ends where no UTF-8 sequence can go on. A sequence
-/// has at most three continuation bytes: behind four of them in a row any place is such an end.
-qsizetype chunkLength(QByteArrayView bytes)
+/// The length of the front part of `bytes` that ends where no UTF-8 sequence can go on. A sequence is a byte of 0xC0 or
+/// more and at most three continuation bytes: behind any other four bytes is such an end.
+qsizetype completeLength(QByteArrayView bytes)
 {
-    if (bytes.size() <= decodingChunk)
-        return bytes.size();
-    for (qsizetype end = decodingChunk; end > decodingChunk - 4; --end) {
-        if (!isContinuationByte(bytes[end]))
-            return end;
+    for (qsizetype place = bytes.size() - 1; place >= std::max<qsizetype>(bytes.size() - 4, 0); --place) {
+        if (!isContinuationByte(bytes[place]))
+            return static_cast<unsigned char>(bytes[place]) < 0xC0U ? bytes.size() : place;
     }
-    return decodingChunk;
+    return bytes.size();
 }
 
 /// Where the cluster number `count` of `text` ends, or the end of `text` when it has no more clusters than that.
@@ -62,21 +61,53 @@ qsizetype endOfCluster(QStringView text, qsizetype count)
 
 QString decodeUtf8(QByteArrayView bytes)
 {
-    // No sequence decodes to more UTF-16 units than it has bytes.
-    QString text(bytes.size(), Qt::Uninitialized);
-    auto *const units = reinterpret_cast<UChar *>(text.data());
-    qsizetype length = 0;
-    while (!bytes.isEmpty()) {
-        const qsizetype chunk = chunkLength(bytes);
-        int32_t decoded = 0;
-        UErrorCode failure = U_ZERO_ERROR;
-        u_strFromUTF8WithSub(units + length, static_cast<int32_t>(chunk), &decoded, bytes.data(),
-                             static_cast<int32_t>(chunk), replacementCharacter, nullptr, &failure);
-        length += decoded;
-        bytes = bytes.sliced(chunk);
+    Utf8Decoder decoder(bytes.size());
+    decoder.append(bytes);
+    return decoder.finish();
+}
+
+void Utf8Decoder::append(QByteArrayView block)
+{
+    QByteArray joined;
+    if (!m_rest.isEmpty()) {
+        joined = m_rest + block;
+        block = joined;
     }
-    text.truncate(length);
-    return text;
+    while (block.size() > decodingChunk) {
+        const qsizetype length = completeLength(block.first(decodingChunk));
+        decode(block.first(length));
+        block = block.sliced(length);
+    }
+    const qsizetype length = completeLength(block);
+    decode(block.first(length));
+    m_rest = block.sliced(length).toByteArray();
+}
+
+QString Utf8Decoder::finish()
+{
+    decode(m_rest);
+    return std::move(m_text);
+}
+
+/// No sequence goes on behind `bytes`, which are at most a chunk.
+void Utf8Decoder::decode(QByteArrayView bytes)
+{
+    const qsizetype before = m_text.size();
+    // No sequence decodes to more UTF-16 units than it has bytes.
+    m_text.resize(before + bytes.size());
+    QChar *const end = m_text.data() + before;
+    if (bytes.isValidUtf8()) {
+        // Well-formed text reads alike everywhere, and several times faster here.
+        QStringDecoder decoder(QStringDecoder::Utf8,
+                               QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
+        m_text.truncate(decoder.appendToBuffer(end, bytes) - m_text.constData());
+        return;
+    }
+    int32_t decoded = 0;
+    UErrorCode failure = U_ZERO_ERROR;
+    u_strFromUTF8WithSub(reinterpret_cast<UChar *>(end), static_cast<int32_t>(bytes.size()), &decoded, bytes.data(),
+                         static_cast<int32_t>(bytes.size()), replacementCharacter, nullptr, &failure);
+    m_text.truncate(before + decoded);
 }
 
 QString firstCharacters(const QString &text, qsizetype count)

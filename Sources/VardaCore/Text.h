@@ -1,6 +1,7 @@
 // Unicode text as the program needs it: decoding of tool output, lines, user-perceived characters, trimming.
 #pragma once
 
+#include <QByteArray>
 #include <QByteArrayView>
 #include <QList>
 #include <QString>
@@ -11,6 +12,26 @@ namespace varda {
 /// `bytes` decoded as UTF-8 with one U+FFFD for each maximal ill-formed subpart (Unicode Standard, section 3.9, which
 /// QString::fromUtf8 does not follow). A byte-order mark and NULs are kept. Never fails.
 QString decodeUtf8(QByteArrayView bytes);
+
+/// Decodes UTF-8 that arrives in blocks, cut anywhere, to the text that `decodeUtf8` makes of the whole.
+class Utf8Decoder
+{
+public:
+    /// Sets aside the room that the text of `expectedBytes` bytes may take; the text may become longer.
+    explicit Utf8Decoder(qsizetype expectedBytes) { m_text.reserve(expectedBytes); }
+
+    void append(QByteArrayView block);
+
+    /// The text of all blocks. Call it once, last.
+    QString finish();
+
+private:
+    void decode(QByteArrayView bytes);
+
+    QString m_text;
+    /// The last bytes, where a sequence may go on in the next block.
+    QByteArray m_rest;
+};
 
 /// The first `count` user-perceived characters of `text` (extended grapheme clusters, Unicode Annex 29), all of it when
 /// it has no more. Looks at the front of a long text only, in time linear in what it looks at.

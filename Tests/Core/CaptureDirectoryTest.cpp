@@ -161,11 +161,23 @@ private Q_SLOTS:
         QCOMPARE(directory.read("stdout", 0), QByteArray());
     }
 
+    void readsTextAcrossBlocks()
+    {
+        const CaptureDirectory directory;
+        const Descriptor file = directory.createFile("stderr");
+        QCOMPARE(directory.readText("stderr"), QString());
+        // Three bytes each, so that a block of any usual size ends inside one.
+        const QString text = QString(200'000, u'€') + QChar::ReplacementCharacter;
+        write(file, QByteArray(text.chopped(1).toUtf8() + '\xFF'));
+        QCOMPARE(directory.readText("stderr"), text);
+    }
+
     void saysWhichFileCannotBeRead()
     {
         const CaptureDirectory directory;
         QCOMPARE(directory.size("stdout"), std::nullopt);
         QCOMPARE(failureOf([&] { directory.read("stdout"); }), path("stdout") + u": No such file or directory"_s);
+        QCOMPARE(failureOf([&] { directory.readText("stdout"); }), path("stdout") + u": No such file or directory"_s);
         QVERIFY(QDir(path()).mkdir(u"stdout"_s));
         QCOMPARE(failureOf([&] { directory.read("stdout"); }), path("stdout") + u": Is a directory"_s);
     }

@@ -51,6 +51,23 @@ private Q_SLOTS:
         QCOMPARE(decodeUtf8(QByteArray::fromHex(hex)), text);
     }
 
+    void decodesBlocksCutAnywhereLikeTheWhole_data() { replacesEachMaximalIllFormedSubpartOnce_data(); }
+    void decodesBlocksCutAnywhereLikeTheWhole()
+    {
+        QFETCH(QByteArray, hex);
+        QFETCH(QString, text);
+        const QByteArray bytes = QByteArray::fromHex(hex);
+        for (qsizetype first = 0; first <= bytes.size(); ++first) {
+            for (qsizetype second = first; second <= bytes.size(); ++second) {
+                Utf8Decoder decoder(0);
+                decoder.append(bytes.first(first));
+                decoder.append(bytes.sliced(first, second - first));
+                decoder.append(bytes.sliced(second));
+                QCOMPARE(decoder.finish(), text);
+            }
+        }
+    }
+
     void keepsNuls() { QCOMPARE(decodeUtf8(QByteArray("\0a\0", 3)), QStringView(u"\0a\0", 3).toString()); }
 
     void decodesNothingToNothing() { QCOMPARE(decodeUtf8({}), QString()); }

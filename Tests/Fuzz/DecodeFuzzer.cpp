@@ -3,6 +3,7 @@
 #include "Reference.h"
 
 #include "VardaCore/CommandResult.h"
+#include "VardaCore/Text.h"
 
 int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
@@ -10,6 +11,11 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const QByteArrayView input = bytes(data, size);
     const QString decoded = varda::decodeUtf8(input);
     require(decoded == referenceDecode(input), "the decoder follows the Unicode Standard");
+    const qsizetype cut = size > 0 ? data[0] % input.size() : 0;
+    varda::Utf8Decoder decoder(0);
+    decoder.append(input.first(cut));
+    decoder.append(input.sliced(cut));
+    require(decoder.finish() == decoded, "where blocks are cut makes no difference");
     require(decoded.isValidUtf16(), "what is decoded is well-formed");
     require(varda::decodeUtf8(decoded.toUtf8()) == decoded, "decoding what was repaired changes nothing");
     const varda::CommandResult result{0, input.toByteArray(), QString()};

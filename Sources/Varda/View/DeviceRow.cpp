@@ -41,7 +41,6 @@ void DeviceRow::show(const AndroidDevice &device, bool selected)
     const QStringList facts{device.name, device.transport(), device.id, device.state};
     setAccessibleName(visibleLine(facts.join(u", "_s)));
     setPlainToolTip(this, facts.join(u'\n'));
-    updateGeometry();
     update();
 }
 

@@ -1,4 +1,5 @@
 // The one protocol of every action: busy, the working text, the outcome or the failure, and the order of these writes.
+#include "CommandLines.h"
 #include "ModelTest.h"
 
 #include <QCoroTask>
@@ -16,7 +17,7 @@ using namespace varda::test;
 
 namespace {
 
-const QStringList forceStop{u"-s"_s, u"R58M42ABCDE"_s, u"shell"_s, u"am"_s, u"force-stop"_s, u"com.example.app"_s};
+const QStringList forceStop = forceStopLine(u"R58M42ABCDE"_s, u"com.example.app"_s);
 const QStringList connecting{u"connect"_s, u"10.0.0.7:5555"_s};
 const QString stopping = u"Stopping app…"_s;
 

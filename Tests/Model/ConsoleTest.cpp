@@ -1,4 +1,5 @@
-// The log console: reading a snapshot, and saving what is shown.
+// The log console: which log is read, what is shown of it, and what turns the console off.
+#include "CommandLines.h"
 #include "ModelTest.h"
 
 #include <QCoroTask>
@@ -6,13 +7,11 @@
 
 using namespace Qt::StringLiterals;
 using namespace varda::test;
-using varda::SaveKind;
 
 namespace {
 
 const QString package = u"com.example.myapp"_s;
-const QStringList deviceLog{u"-s"_s, u"R58M42ABCDE"_s, u"logcat"_s, u"-d"_s,
-                            u"-t"_s, u"350"_s,         u"-v"_s,     u"threadtime"_s};
+const QStringList deviceLog = logLine(u"R58M42ABCDE"_s);
 const QStringList pidof{u"-s"_s, u"R58M42ABCDE"_s, u"shell"_s, u"pidof"_s, package};
 const QString notRunning = u"This app is not running. Launch it to see its logs."_s;
 const QString timedOut = u"The Android command timed out. Check the phone connection and try again."_s;
@@ -56,23 +55,7 @@ private Q_SLOTS:
     void failedLogTurnsItOffAndKeepsTheSnapshot();
     void hangingLogTimesOutAfterEightSeconds();
     void tooMuchOutputTurnsItOff();
-    void lateSnapshotOfAnotherSelectionIsDropped_data();
-    void lateSnapshotOfAnotherSelectionIsDropped();
-    void lateSnapshotForAClearedSelectionIsDropped();
-    void lateFailureIsShownWhateverIsSelected();
-    void snapshotForAPhoneSelectedAgainIsShown();
-    void unpluggedPhoneThatStaysSelectedStillShowsItsLateSnapshot();
-    void turnedOffDuringAReadTheSnapshotStillArrives();
-    void packageOfTheReadIsThatOfItsStart();
     void leavesBusyAndStatusAlone();
-
-    void exportsTheShownTextAsUtf8_data();
-    void exportsTheShownTextAsUtf8();
-    void cancelledExportChangesNothing();
-    void exportReplacesAnExistingFile();
-    void unwritableExportIsAnErrorAndNothingElse();
-    void exportsWhatIsShownWhenTheDialogCloses();
-    void exportsWhileBusy();
 };
 
 void ConsoleTest::turnOn(const QString &typed)
@@ -338,114 +321,6 @@ void ConsoleTest::tooMuchOutputTurnsItOff()
              QStringList({u"logging=false"_s, u"error=Command output was too large to display safely."_s}));
 }
 
-void ConsoleTest::lateSnapshotOfAnotherSelectionIsDropped_data()
-{
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QByteArray>("pidofOutput");
-    QTest::newRow("device-wide") << QString() << QByteArray();
-    QTest::newRow("of an app") << package << QByteArray("4711\n");
-    QTest::newRow("the notice that the app does not run") << package << QByteArray();
-}
-
-void ConsoleTest::lateSnapshotOfAnotherSelectionIsDropped()
-{
-    QFETCH(QString, typed);
-    QFETCH(QByteArray, pidofOutput);
-    turnOn(typed);
-    adb().on(pidof).waitsFor(u"go"_s).prints(pidofOutput);
-    adb().on(logOf(u"4711"_s)).prints("late\n");
-    adb().on(deviceLog).waitsFor(u"go"_s).prints("late\n");
-    auto reading = model->readLogs();
-    QVERIFY(called(adb(), typed.isEmpty() ? deviceLog : pidof));
-    model->devices = {device(serial), device(u"other"_s)};
-    model->selectedID = u"other"_s;
-    writes->take();
-    tools->open(u"go"_s);
-    QCoro::waitFor(reading);
-    QCOMPARE(writes->take(), QStringList());
-    QCOMPARE(model->logs(), QString());
-    QVERIFY(!model->logging());
-}
-
-void ConsoleTest::lateSnapshotForAClearedSelectionIsDropped()
-{
-    turnOn();
-    adb().on(deviceLog).waitsFor(u"go"_s).prints("late\n");
-    auto reading = model->readLogs();
-    QVERIFY(called(adb(), deviceLog));
-    model->selectedID = std::nullopt;
-    tools->open(u"go"_s);
-    QCoro::waitFor(reading);
-    QCOMPARE(model->logs(), QString());
-}
-
-void ConsoleTest::lateFailureIsShownWhateverIsSelected()
-{
-    turnOn();
-    adb().on(deviceLog).waitsFor(u"go"_s).complains("error: closed").exits(1);
-    auto reading = model->readLogs();
-    QVERIFY(called(adb(), deviceLog));
-    model->devices = {device(serial), device(u"other"_s)};
-    model->selectedID = u"other"_s;
-    model->logging = true;
-    writes->take();
-    tools->open(u"go"_s);
-    QCoro::waitFor(reading);
-    QCOMPARE(writes->take(), QStringList({u"logging=false"_s, u"error=error: closed"_s}));
-}
-
-void ConsoleTest::snapshotForAPhoneSelectedAgainIsShown()
-{
-    turnOn();
-    adb().on(deviceLog).waitsFor(u"go"_s).prints("late\n");
-    auto reading = model->readLogs();
-    QVERIFY(called(adb(), deviceLog));
-    model->selectedID = u"other"_s;
-    model->selectedID = serial;
-    tools->open(u"go"_s);
-    QCoro::waitFor(reading);
-    QCOMPARE(model->logs(), u"late\n"_s);
-}
-
-void ConsoleTest::unpluggedPhoneThatStaysSelectedStillShowsItsLateSnapshot()
-{
-    turnOn();
-    adb().on(deviceLog).waitsFor(u"go"_s).prints("the last lines\n");
-    auto reading = model->readLogs();
-    QVERIFY(called(adb(), deviceLog));
-    model->devices = {};
-    tools->open(u"go"_s);
-    QCoro::waitFor(reading);
-    QCOMPARE(model->logs(), u"the last lines\n"_s);
-    QVERIFY(model->logging());
-}
-
-void ConsoleTest::turnedOffDuringAReadTheSnapshotStillArrives()
-{
-    turnOn();
-    adb().on(deviceLog).waitsFor(u"go"_s).prints("line\n");
-    auto reading = model->readLogs();
-    QVERIFY(called(adb(), deviceLog));
-    model->logging = false;
-    tools->open(u"go"_s);
-    QCoro::waitFor(reading);
-    QCOMPARE(model->logs(), u"line\n"_s);
-    QVERIFY(!model->logging());
-}
-
-void ConsoleTest::packageOfTheReadIsThatOfItsStart()
-{
-    turnOn(package);
-    adb().on(pidof).waitsFor(u"go"_s).prints("4711\n");
-    adb().on(logOf(u"4711"_s)).prints("line\n");
-    auto reading = model->readLogs();
-    QVERIFY(called(adb(), pidof));
-    model->packageName = u"com.example.other"_s;
-    tools->open(u"go"_s);
-    QCoro::waitFor(reading);
-    QCOMPARE(adb().commandLines(), QList({pidof, logOf(u"4711"_s)}));
-}
-
 void ConsoleTest::leavesBusyAndStatusAlone()
 {
     turnOn();
@@ -455,81 +330,6 @@ void ConsoleTest::leavesBusyAndStatusAlone()
     adb().on(deviceLog).prints("line\n");
     read();
     QCOMPARE(writes->take(), QStringList({u"logs=line\n"_s}));
-    model->busy = false;
-}
-
-void ConsoleTest::exportsTheShownTextAsUtf8_data()
-{
-    QTest::addColumn<QString>("shown");
-    QTest::addColumn<QByteArray>("saved");
-    QTest::newRow("nothing") << QString() << QByteArray();
-    QTest::newRow("lines as they are") << u"a\r\nb\n"_s << QByteArray("a\r\nb\n");
-    QTest::newRow("non-ASCII") << u"größer 日本 👍 \ufffd"_s << QByteArray("größer 日本 👍 \xef\xbf\xbd");
-    QTest::newRow("a byte-order mark and a NUL") << u"\ufeffa\0b"_s
-                                                 << QByteArray("\xef\xbb\xbf"
-                                                               "a\0b",
-                                                               6);
-}
-
-void ConsoleTest::exportsTheShownTextAsUtf8()
-{
-    QFETCH(QString, shown);
-    model->logs = shown;
-    writes->take();
-    dialogs->locations = {scratch(u"log.txt"_s)};
-    model->exportLogs();
-    QCOMPARE(writes->take(), QStringList());
-    QTEST(contents(scratch(u"log.txt"_s)), "saved");
-    QCOMPARE(dialogs->saveQuestions.size(), 1);
-    QVERIFY(dialogs->saveQuestions.first().kind == SaveKind::PlainText);
-    QCOMPARE(dialogs->saveQuestions.first().proposedName, u"Varda-logcat.txt"_s);
-}
-
-void ConsoleTest::cancelledExportChangesNothing()
-{
-    model->logs = u"lines"_s;
-    writes->take();
-    model->exportLogs();
-    QCOMPARE(dialogs->saveQuestions.size(), 1);
-    QCOMPARE(writes->take(), QStringList());
-}
-
-void ConsoleTest::exportReplacesAnExistingFile()
-{
-    model->logs = u"new"_s;
-    dialogs->locations = {makeFile(u"log.txt"_s, QByteArray(1000, 'o'))};
-    model->exportLogs();
-    QCOMPARE(contents(scratch(u"log.txt"_s)), QByteArray("new"));
-}
-
-void ConsoleTest::unwritableExportIsAnErrorAndNothingElse()
-{
-    turnOn();
-    const QString path = scratch(u"no such folder/log.txt"_s);
-    dialogs->locations = {path};
-    model->exportLogs();
-    QVERIFY(model->error());
-    QCOMPARE(writes->take(), QStringList({u"error="_s + *model->error()}));
-    QVERIFY2(model->error()->contains(u"No such file or directory"), qUtf8Printable(*model->error()));
-    QVERIFY(model->logging());
-}
-
-void ConsoleTest::exportsWhatIsShownWhenTheDialogCloses()
-{
-    model->logs = u"before"_s;
-    dialogs->locations = {scratch(u"log.txt"_s)};
-    dialogs->whileOpen = [this] { model->logs = u"after"_s; };
-    model->exportLogs();
-    QCOMPARE(contents(scratch(u"log.txt"_s)), QByteArray("after"));
-}
-
-void ConsoleTest::exportsWhileBusy()
-{
-    model->logs = u"lines"_s;
-    model->busy = true;
-    dialogs->locations = {scratch(u"log.txt"_s)};
-    model->exportLogs();
-    QCOMPARE(contents(scratch(u"log.txt"_s)), QByteArray("lines"));
     model->busy = false;
 }
 

@@ -1,4 +1,5 @@
 // Several models and several pieces of work at once, and models that go away in the middle of it.
+#include "CommandLines.h"
 #include "ModelTest.h"
 
 #include <QCoroTask>
@@ -17,14 +18,9 @@ namespace {
 
 const QStringList listing{u"devices"_s, u"-l"_s};
 
-QStringList logOf(const QString &serial)
-{
-    return {u"-s"_s, serial, u"logcat"_s, u"-d"_s, u"-t"_s, u"350"_s, u"-v"_s, u"threadtime"_s};
-}
-
 QStringList forceStopOn(const QString &serial)
 {
-    return {u"-s"_s, serial, u"shell"_s, u"am"_s, u"force-stop"_s, u"com.example.app"_s};
+    return forceStopLine(serial, u"com.example.app"_s);
 }
 
 } // namespace
@@ -95,11 +91,11 @@ void InterleavingTest::pollLoopsOfSeveralModelsDoNotHearEachOther()
 
 void InterleavingTest::modelReleasedDuringAReadEndsWithTheRead()
 {
-    adb().on(logOf(u"B"_s)).waitsFor(u"go"_s).prints("line\n");
+    adb().on(logLine(u"B"_s)).waitsFor(u"go"_s).prints("line\n");
     auto other = another(u"B"_s);
     other->packageName = QString();
     auto reading = other->readLogs();
-    QVERIFY(called(adb(), logOf(u"B"_s)));
+    QVERIFY(called(adb(), logLine(u"B"_s)));
     const std::weak_ptr<VardaModel> watched = other;
     other.reset();
     QVERIFY(!watched.expired());
@@ -126,7 +122,7 @@ void InterleavingTest::abandonedWorkStillLeavesNothing()
 {
     // The tasks are dropped as the poll loop of a program that ends would drop them.
     adb().on(listing).waitsFor(u"go"_s).complains("late").exits(1);
-    adb().on(logOf(u"B"_s)).waitsFor(u"go"_s).complains("late").exits(1);
+    adb().on(logLine(u"B"_s)).waitsFor(u"go"_s).complains("late").exits(1);
     const auto other = another(u"B"_s);
     other->packageName = QString();
     {
@@ -134,7 +130,7 @@ void InterleavingTest::abandonedWorkStillLeavesNothing()
         const auto droppedToo = other->readLogs();
     }
     QVERIFY(called(adb(), listing));
-    QVERIFY(called(adb(), logOf(u"B"_s)));
+    QVERIFY(called(adb(), logLine(u"B"_s)));
     tools->open(u"go"_s);
     COMPARE_SOON(other->error(), std::optional(u"late"_s));
     COMPARE_SOON(other->status(), u"late"_s);
@@ -180,11 +176,11 @@ void InterleavingTest::readDuringAnActionLeavesItsTextsAlone()
     selectPhone();
     model->packageName = u"com.example.app"_s;
     adb().on(forceStopOn(serial)).waitsFor(u"go"_s);
-    adb().on(logOf(serial)).waitsFor(u"log"_s).prints("late\n");
+    adb().on(logLine(serial)).waitsFor(u"log"_s).prints("late\n");
     model->logging = true;
     model->packageName = QString();
     auto reading = model->readLogs(); // begun by a tick before the action
-    QVERIFY(called(adb(), logOf(serial)));
+    QVERIFY(called(adb(), logLine(serial)));
     model->packageName = u"com.example.app"_s;
     model->appAction(false);
     writes->take();
@@ -219,10 +215,10 @@ void InterleavingTest::listingDuringAConnectionMayEndInAnyOrder()
 void InterleavingTest::readsThatOverlapEachPublishTheirOwn()
 {
     selectPhone();
-    adb().on(logOf(serial)).prints("second\n");
-    adb().on(logOf(serial)).waitsFor(u"first"_s).prints("first\n").once();
+    adb().on(logLine(serial)).prints("second\n");
+    adb().on(logLine(serial)).waitsFor(u"first"_s).prints("first\n").once();
     auto first = model->readLogs();
-    QVERIFY(called(adb(), logOf(serial)));
+    QVERIFY(called(adb(), logLine(serial)));
     QCoro::waitFor(model->readLogs());
     QCOMPARE(model->logs(), u"second\n"_s);
     tools->open(u"first"_s);
@@ -232,19 +228,7 @@ void InterleavingTest::readsThatOverlapEachPublishTheirOwn()
 
 void InterleavingTest::removingTheToolMidwayFailsOnlyTheNextStep()
 {
-    const QStringList resolve{u"-s"_s,
-                              serial,
-                              u"shell"_s,
-                              u"cmd"_s,
-                              u"package"_s,
-                              u"resolve-activity"_s,
-                              u"--brief"_s,
-                              u"-a"_s,
-                              u"android.intent.action.MAIN"_s,
-                              u"-c"_s,
-                              u"android.intent.category.LAUNCHER"_s,
-                              u"-p"_s,
-                              u"com.example.app"_s};
+    const QStringList resolve = resolveLine(serial, u"com.example.app"_s);
     selectPhone();
     model->packageName = u"com.example.app"_s;
     adb().on(resolve).waitsFor(u"go"_s).prints("com.example.app/.Main\n");

@@ -1,4 +1,5 @@
 // Construction, the poll loop, its start and its end, the selection's observer.
+#include "CommandLines.h"
 #include "ModelTest.h"
 
 #include <QCoroTask>
@@ -31,10 +32,7 @@ class LifecycleTest : public ModelTest
     Q_OBJECT
 
 private:
-    QStringList logCommand() const
-    {
-        return {u"-s"_s, serial, u"logcat"_s, u"-d"_s, u"-t"_s, u"350"_s, u"-v"_s, u"threadtime"_s};
-    }
+    QStringList logCommand() const { return logLine(serial); }
 
 private Q_SLOTS:
     void newModelHasItsInitialValuesAndDoesNothing();
@@ -278,7 +276,7 @@ void LifecycleTest::consoleIsReadAfterTheListAndOnlyFromTheNextTickOn()
 
 void LifecycleTest::tickIsSkippedWhileBusyAndTheNextOneCatchesUp()
 {
-    const QStringList forceStop{u"-s"_s, serial, u"shell"_s, u"am"_s, u"force-stop"_s, u"com.example.app"_s};
+    const QStringList forceStop = forceStopLine(serial, u"com.example.app"_s);
     adb().on(listing).prints(answer(serial.toUtf8() + "\tdevice\n"));
     adb().on(logCommand()).prints("line\n");
     adb().on(forceStop).waitsFor(u"go"_s);

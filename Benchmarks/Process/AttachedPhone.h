@@ -1,0 +1,34 @@
+// AttachedPhone: an adb with one phone attached, for as long as the object lives.
+#pragma once
+
+#include <QProcess>
+#include <QString>
+#include <QTemporaryDir>
+
+namespace varda::bench {
+
+/// Stages the real adb of this build's tools tree with a server of its own and the simulated phone connected to it, or
+/// where the tree is empty a stand-in that lists a phone at once. Sets the environment that they need in this process,
+/// which its children inherit. Ends the program where that fails.
+class AttachedPhone
+{
+public:
+    /// Stages for the programs in `home`/bin.
+    explicit AttachedPhone(const QString &home);
+    Q_DISABLE_COPY_MOVE(AttachedPhone)
+    ~AttachedPhone();
+
+    /// "adb 34.0.5-debian, simulated phone" or "stand-in for adb"
+    const QString &name() const { return m_name; }
+
+private:
+    void connectRealPhone();
+    QString adb(const QStringList &arguments) const;
+
+    const QString m_adb;
+    QTemporaryDir m_scratch;
+    QProcess m_phone;
+    QString m_name;
+};
+
+} // namespace varda::bench

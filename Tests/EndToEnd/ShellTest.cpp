@@ -10,6 +10,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <functional>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -50,6 +51,9 @@ private:
     /// Attaches the phone and waits until the window has selected it.
     bool attachPhone();
     QString mainWindow() const;
+    /// Presses `keys` in the window of that title, and again while `done` does not come true, as a person would: the
+    /// window manager may miss them while another window takes the focus.
+    bool pressUntil(const QString &keys, const QString &title, const std::function<bool()> &done) const;
     /// Name and role of what has the keyboard focus, as "role: name".
     QString focus() const;
 
@@ -91,6 +95,16 @@ QString ShellTest::mainWindow() const
     return visibleWindows(stage->varda().processId(), u"Varda"_s).value(0);
 }
 
+bool ShellTest::pressUntil(const QString &keys, const QString &title, const std::function<bool()> &done) const
+{
+    return eventually([&] {
+        const QString id = visibleWindows(stage->varda().processId(), title).value(0);
+        if (!id.isEmpty() && activate(id))
+            pressKeys({keys});
+        return eventually(done, 5s);
+    });
+}
+
 QString ShellTest::focus() const
 {
     const Accessible focused =
@@ -129,15 +143,12 @@ void ShellTest::endsInOrderAndStopsTheMirror()
     QVERIFY(window->press(u"Open live phone"_s));
     QVERIFY(eventually([this] { return QFile::exists(stage->home(u"scrcpy-arguments"_s)); }));
     const auto ended = [this] { return stage->varda().state() == QProcess::NotRunning; };
-    if (keys.isEmpty())
+    if (keys.isEmpty()) {
         kill(static_cast<pid_t>(stage->varda().processId()), signal);
-    // The window manager may miss keys while another window takes the focus; a person presses them again.
-    QVERIFY(eventually([&] {
-        const QString id = keys.isEmpty() ? QString{} : mainWindow();
-        if (!id.isEmpty() && activate(id))
-            pressKeys({keys});
-        return eventually(ended, 5s);
-    }));
+        QVERIFY(eventually(ended));
+    } else {
+        QVERIFY(pressUntil(keys, u"Varda"_s, ended));
+    }
     QCOMPARE(stage->varda().exitStatus(), QProcess::NormalExit);
     QCOMPARE(stage->varda().exitCode(), 0);
     QVERIFY(eventually([this] { return !contents(stage->home(u"scrcpy-end"_s)).isEmpty(); }));
@@ -291,7 +302,8 @@ void ShellTest::worksByItsShortcuts()
     QVERIFY(window->hides(u"Go wireless."_s));
     pressKeys({u"ctrl+shift+w"_s});
     QVERIFY(window->shows(u"Go wireless."_s));
-    pressKeys({u"alt+F4"_s});
+    QVERIFY(pressUntil(u"alt+F4"_s, u"Go wireless"_s,
+                       [this] { return visibleWindows(stage->varda().processId(), u"Go wireless"_s).isEmpty(); }));
     QVERIFY(window->hides(u"Go wireless."_s));
     QCOMPARE(stage->varda().state(), QProcess::Running);
 }

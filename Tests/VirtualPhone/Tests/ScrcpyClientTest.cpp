@@ -43,8 +43,6 @@ private:
         m_mirror = std::make_unique<QProcess>();
         QProcessEnvironment environment = m_adb->environment();
         environment.insert(u"SCRCPY_SERVER_PATH"_s, m_server);
-        environment.insert(u"SDL_RENDER_DRIVER"_s, u"software"_s);
-        environment.insert(u"SDL_FRAMEBUFFER_ACCELERATION"_s, u"0"_s);
         m_mirror->setProcessEnvironment(environment);
         m_mirror->setProcessChannelMode(QProcess::MergedChannels);
         m_mirror->start(QStringLiteral(SCRCPY_PROGRAM),

@@ -1,0 +1,98 @@
+// From the start of the program to its first picture, and the memory that it holds then, beside a bare window of the
+// same size on the same toolkit, in turns.
+#include "AttachedPhone.h"
+#include "Claims.h"
+#include "Program.h"
+
+#include <QCoreApplication>
+#include <QDir>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace Qt::StringLiterals;
+using namespace varda;
+using namespace std::chrono_literals;
+
+constexpr int starts = 25;
+/// How many of them are looked at when they have come to rest.
+constexpr int restingStarts = 5;
+/// From the first picture until a program has come to rest; Varda's first tick is over then.
+constexpr auto untilRest = 1000ms;
+constexpr double timeGoal = 1.6;
+constexpr double memoryGoal = 1.4;
+
+struct Samples
+{
+    std::vector<double> seconds;
+    std::vector<double> resident;
+    std::vector<double> proportional;
+};
+
+void sample(const QString &path, bool resting, Samples &samples)
+{
+    bench::Program program(path);
+    samples.seconds.push_back(program.secondsToFirstFrame());
+    if (!resting)
+        return;
+    std::this_thread::sleep_for(untilRest);
+    const bench::Memory memory = program.memory();
+    samples.resident.push_back(memory.resident);
+    samples.proportional.push_back(memory.proportional);
+}
+
+struct Summary
+{
+    double least;
+    double median;
+    double most;
+};
+
+Summary summary(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return {values.front(), values[values.size() / 2], values.back()};
+}
+
+void report(const std::string &claim, const std::vector<double> &varda, const std::vector<double> &bare,
+            std::string (*words)(double), double atMost)
+{
+    const auto text = [&](const Summary &figures) {
+        return words(figures.median) + " (" + words(figures.least) + " to " + words(figures.most) + ")";
+    };
+    const Summary measured = summary(varda);
+    const Summary baseline = summary(bare);
+    bench::printRatio(claim, text(measured), text(baseline), measured.median / baseline.median, atMost);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const QString home = QDir::cleanPath(QCoreApplication::applicationDirPath() + u"/.."_s);
+    bench::forgetDesktop();
+    const bench::AttachedPhone phone(home);
+    const QString program = bench::stageVarda(home);
+    const QString bareWindow = QStringLiteral(BARE_WINDOW);
+    Samples varda;
+    Samples bare;
+    {
+        Samples warmUp;
+        sample(program, false, warmUp);
+        sample(bareWindow, false, warmUp);
+    }
+    for (int start = 0; start < starts; ++start) {
+        sample(program, start < restingStarts, varda);
+        sample(bareWindow, start < restingStarts, bare);
+    }
+    report("start to the first picture / bare window", varda.seconds, bare.seconds, bench::seconds, timeGoal);
+    report("resident memory after it / bare window", varda.resident, bare.resident, bench::bytes, memoryGoal);
+    report("proportional memory after it / bare window", varda.proportional, bare.proportional, bench::bytes,
+           memoryGoal);
+}

@@ -1,6 +1,6 @@
 // The private temporary directory of one command.
 #include "VardaCore/CaptureDirectory.h"
-#include "VardaCore/ToolError.h"
+#include "FailureOf.h"
 
 #include "Support/ProcessCensus.h"
 
@@ -11,7 +11,6 @@
 #include <QTest>
 
 #include <memory>
-#include <system_error>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -49,17 +48,6 @@ mode_t permissions(const QString &path)
 void write(const Descriptor &file, const QByteArray &bytes)
 {
     QCOMPARE(::write(file.get(), bytes.constData(), static_cast<size_t>(bytes.size())), bytes.size());
-}
-
-template <typename Action>
-QString failureOf(const Action &action)
-{
-    try {
-        action();
-    } catch (const std::system_error &error) {
-        return describe(error);
-    }
-    return u"(no failure)"_s;
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // Launching: what a child is given, what it inherits, and how a launch fails.
+#include "FailureOf.h"
 #include "StandInChild.h"
 #include "VardaCore/Descriptor.h"
-#include "VardaCore/ToolError.h"
 
 #include "Support/ProcessCensus.h"
 #include "Support/Wait.h"
@@ -27,20 +27,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-template <typename Action>
-QString failureIn(const Action &action)
+QString launchFailureOf(const ChildDescription &description)
 {
-    try {
-        action();
-    } catch (const std::exception &error) {
-        return describe(error);
-    }
-    return u"(no failure)"_s;
-}
-
-QString failureOf(const ChildDescription &description)
-{
-    return failureIn([&] { ChildProcess::launch(description); });
+    return failureOf([&] { ChildProcess::launch(description); });
 }
 
 Descriptor openFile(const QString &path, int mode)
@@ -90,18 +79,18 @@ private Q_SLOTS:
         ChildDescription description = standInThat(u"exit 0"_s);
         description.executable = m_home->path() + u'/' + name;
         const QString path = m_home->path() + u'/' + name.left(name.indexOf(QChar(0)));
-        QVERIFY2(failureOf(description).endsWith(u": "_s + reason), qPrintable(failureOf(description)));
-        QVERIFY2(failureOf(description).startsWith(path), qPrintable(failureOf(description)));
+        QVERIFY2(launchFailureOf(description).endsWith(u": "_s + reason), qPrintable(launchFailureOf(description)));
+        QVERIFY2(launchFailureOf(description).startsWith(path), qPrintable(launchFailureOf(description)));
     }
 
     void refusesTextsThatACStringWouldCut()
     {
         ChildDescription argument = standInThat(u"exit 0"_s);
         argument.arguments << u"a"_s + QChar(0) + u'b';
-        QVERIFY(failureOf(argument).endsWith(u": Invalid argument"));
+        QVERIFY(launchFailureOf(argument).endsWith(u": Invalid argument"));
         ChildDescription variable = standInThat(u"exit 0"_s);
         variable.environment.append({u"NAME"_s, u"a"_s + QChar(0) + u'b'});
-        QVERIFY(failureOf(variable).endsWith(u": Invalid argument"));
+        QVERIFY(launchFailureOf(variable).endsWith(u": Invalid argument"));
     }
 
     void handsOnArgumentsVerbatim()
@@ -239,7 +228,7 @@ private Q_SLOTS:
         ::dup2(input.get(), STDOUT_FILENO);
         ::dup2(output.get(), STDIN_FILENO);
         std::optional<ChildProcess> child;
-        const QString failure = failureIn([&] { child = ChildProcess::launch(description); });
+        const QString failure = failureOf([&] { child = ChildProcess::launch(description); });
         if (keptInput)
             ::dup2(keptInput.get(), STDIN_FILENO);
         else
@@ -258,7 +247,7 @@ private Q_SLOTS:
         const Descriptor kept(::dup(STDIN_FILENO));
         ::close(STDIN_FILENO);
         std::optional<ChildProcess> child;
-        const QString failure = failureIn([&] { child = ChildProcess::launch(description); });
+        const QString failure = failureOf([&] { child = ChildProcess::launch(description); });
         if (kept)
             ::dup2(kept.get(), STDIN_FILENO);
         QCOMPARE(failure, u"(no failure)"_s);
@@ -270,7 +259,7 @@ private Q_SLOTS:
     {
         ChildDescription description = standInThat(u"exit 0"_s);
         description.standardOutput = StandardStream::from(9999);
-        QCOMPARE(failureOf(description), standIn() + u": Bad file descriptor"_s);
+        QCOMPARE(launchFailureOf(description), standIn() + u": Bad file descriptor"_s);
     }
 
 private:

@@ -224,11 +224,7 @@ void ActionRunnerTest::missingToolFailsWithTheLaunchError()
 
 void ActionRunnerTest::unlaunchableToolFailsInOneSentence_data()
 {
-    QTest::addColumn<QString>("trouble");
-    QTest::addColumn<QString>("reason");
-    QTest::newRow("not executable") << u"plain"_s << u"Permission denied"_s;
-    QTest::newRow("a directory") << u"directory"_s << u"Permission denied"_s;
-    QTest::newRow("no program") << u"garbage"_s << u"Exec format error"_s;
+    addBrokenToolRows();
     QTest::newRow("the tree is gone") << u"tree"_s << u"No such file or directory"_s;
 }
 
@@ -241,17 +237,7 @@ void ActionRunnerTest::unlaunchableToolFailsInOneSentence()
     if (trouble == u"tree")
         QVERIFY(QDir(StandInTools::directory()).removeRecursively());
     else
-        QVERIFY(QFile::remove(tool));
-    if (trouble == u"directory")
-        QVERIFY(QDir().mkdir(tool));
-    if (trouble == u"plain" || trouble == u"garbage") {
-        QFile file(tool);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("\x01garbage");
-        file.close();
-        const QFile::Permissions plain = QFile::ReadOwner | QFile::WriteOwner;
-        QVERIFY(file.setPermissions(trouble == u"plain" ? plain : plain | QFile::ExeOwner));
-    }
+        breakTool(adb(), trouble);
     perform([this] { model->appAction(false); });
     QCOMPARE(writes->take(), failure(stopping, tool + u": " + reason));
 }

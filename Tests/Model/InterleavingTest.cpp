@@ -16,7 +16,7 @@ using varda::VardaModel;
 
 namespace {
 
-const QStringList listing{u"devices"_s, u"-l"_s};
+const QStringList listing = listingLine();
 
 QStringList forceStopOn(const QString &serial)
 {

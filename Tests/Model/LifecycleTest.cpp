@@ -15,15 +15,10 @@ using namespace varda::test;
 
 namespace {
 
-const QStringList listing{u"devices"_s, u"-l"_s};
+const QStringList listing = listingLine();
 
 /// The shortest pause between two ticks, less what a coarse timer may be early.
 constexpr auto shortestPause = 2350;
-
-QByteArray answer(const QByteArray &rows)
-{
-    return "List of devices attached\n" + rows + "\n";
-}
 
 } // namespace
 
@@ -175,7 +170,7 @@ void LifecycleTest::firstTickStartsOnTheNextTurnOfTheLoop()
 
 void LifecycleTest::startingTwicePollsOnce()
 {
-    adb().on(listing).waitsFor(u"go"_s).prints(answer("A\tdevice\n"));
+    adb().on(listing).waitsFor(u"go"_s).prints(listingOf("A\tdevice\n"));
     model->start();
     model->start();
     QVERIFY(called(adb(), listing));
@@ -196,7 +191,7 @@ void LifecycleTest::stoppingBeforeTheFirstTickEndsTheLoop()
 
 void LifecycleTest::stoppingDuringACommandDoesNotWaitForIt()
 {
-    adb().on(listing).waitsFor(u"go"_s).prints(answer("A\tdevice\n"));
+    adb().on(listing).waitsFor(u"go"_s).prints(listingOf("A\tdevice\n"));
     model->start();
     QVERIFY(called(adb(), listing));
     model->stop();
@@ -212,7 +207,7 @@ void LifecycleTest::stoppingDuringACommandDoesNotWaitForIt()
 
 void LifecycleTest::stoppingDuringThePauseEndsTheLoopAtOnce()
 {
-    adb().on(listing).prints(answer("A\tdevice\n"));
+    adb().on(listing).prints(listingOf("A\tdevice\n"));
     model->start();
     COMPARE_SOON(model->devices().size(), 1);
     turn();
@@ -237,7 +232,7 @@ void LifecycleTest::stoppingWithoutStartingChangesNothingVisible()
 
 void LifecycleTest::startingAfterStoppingPollsAgain()
 {
-    adb().on(listing).prints(answer("A\tdevice\n"));
+    adb().on(listing).prints(listingOf("A\tdevice\n"));
     model->start();
     COMPARE_SOON(model->devices().size(), 1);
     model->stop();
@@ -249,8 +244,8 @@ void LifecycleTest::startingAfterStoppingPollsAgain()
 
 void LifecycleTest::ticksPauseAfterTheWorkAndNeverOverlap()
 {
-    adb().on(listing).prints(answer("A\tdevice\n"));
-    adb().on(listing).prints(answer("A\tdevice\n")).takes(std::chrono::milliseconds(1500)).once();
+    adb().on(listing).prints(listingOf("A\tdevice\n"));
+    adb().on(listing).prints(listingOf("A\tdevice\n")).takes(std::chrono::milliseconds(1500)).once();
     model->start();
     COMPARE_SOON(model->devices().size(), 1);
     QElapsedTimer sinceFirst;
@@ -262,7 +257,7 @@ void LifecycleTest::ticksPauseAfterTheWorkAndNeverOverlap()
 
 void LifecycleTest::consoleIsReadAfterTheListAndOnlyFromTheNextTickOn()
 {
-    adb().on(listing).prints(answer(serial.toUtf8() + "\tdevice\n"));
+    adb().on(listing).prints(listingOf(serial.toUtf8() + "\tdevice\n"));
     adb().on(logCommand()).prints("line\n");
     model->start();
     COMPARE_SOON(model->selectedID(), std::optional(serial));
@@ -277,7 +272,7 @@ void LifecycleTest::consoleIsReadAfterTheListAndOnlyFromTheNextTickOn()
 void LifecycleTest::tickIsSkippedWhileBusyAndTheNextOneCatchesUp()
 {
     const QStringList forceStop = forceStopLine(serial, u"com.example.app"_s);
-    adb().on(listing).prints(answer(serial.toUtf8() + "\tdevice\n"));
+    adb().on(listing).prints(listingOf(serial.toUtf8() + "\tdevice\n"));
     adb().on(logCommand()).prints("line\n");
     adb().on(forceStop).waitsFor(u"go"_s);
     selectPhone();
@@ -299,8 +294,8 @@ void LifecycleTest::tickIsSkippedWhileBusyAndTheNextOneCatchesUp()
 
 void LifecycleTest::unpluggedPhoneTurnsTheConsoleOffAndItsReturnDoesNotTurnItOn()
 {
-    adb().on(listing).prints(answer(serial.toUtf8() + "\tdevice model:Pixel_7\n"));
-    adb().on(listing).prints(answer("")).once();
+    adb().on(listing).prints(listingOf(serial.toUtf8() + "\tdevice model:Pixel_7\n"));
+    adb().on(listing).prints(listingOf("")).once();
     selectPhone();
     model->logging = true;
     model->logs = u"last snapshot"_s;
@@ -319,7 +314,7 @@ void LifecycleTest::unpluggedPhoneTurnsTheConsoleOffAndItsReturnDoesNotTurnItOn(
 
 void LifecycleTest::nothingInATickEndsTheLoop()
 {
-    adb().on(listing).prints(answer("A\tdevice\n"));
+    adb().on(listing).prints(listingOf("A\tdevice\n"));
     adb().on(listing).diesBy(SIGKILL).once();
     selectPhone();
     model->logging = true;
@@ -333,7 +328,7 @@ void LifecycleTest::nothingInATickEndsTheLoop()
 
 void LifecycleTest::destructionWaitsForAStop()
 {
-    adb().on(listing).prints(answer("A\tdevice\n"));
+    adb().on(listing).prints(listingOf("A\tdevice\n"));
     model->start();
     COMPARE_SOON(model->devices().size(), 1);
     writes.reset();

@@ -197,12 +197,7 @@ void MirrorTest::mirrorOpenedUnderTheRecordingDialogIsTheOnlyOne()
 
 void MirrorTest::launchFailureIsAnErrorAndNothingElse_data()
 {
-    QTest::addColumn<QString>("trouble");
-    QTest::addColumn<QString>("reason");
-    QTest::newRow("no file") << u"absent"_s << u"No such file or directory"_s;
-    QTest::newRow("not executable") << u"plain"_s << u"Permission denied"_s;
-    QTest::newRow("a directory") << u"directory"_s << u"Permission denied"_s;
-    QTest::newRow("no program") << u"garbage"_s << u"Exec format error"_s;
+    addBrokenToolRows();
 }
 
 void MirrorTest::launchFailureIsAnErrorAndNothingElse()
@@ -210,17 +205,7 @@ void MirrorTest::launchFailureIsAnErrorAndNothingElse()
     QFETCH(QString, trouble);
     QFETCH(QString, reason);
     selectPhone();
-    QVERIFY(QFile::remove(scrcpy().path()));
-    if (trouble == u"directory")
-        QVERIFY(QDir().mkdir(scrcpy().path()));
-    if (trouble == u"plain" || trouble == u"garbage") {
-        QFile file(scrcpy().path());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("\x01garbage");
-        file.close();
-        const QFile::Permissions plain = QFile::ReadOwner | QFile::WriteOwner;
-        QVERIFY(file.setPermissions(trouble == u"plain" ? plain : plain | QFile::ExeOwner));
-    }
+    breakTool(scrcpy(), trouble);
     model->mirrorPhone(false);
     QCOMPARE(writes->take(), QStringList({u"error="_s + scrcpy().path() + u": " + reason}));
     QVERIFY(!model->mirrorRunning());

@@ -1,4 +1,5 @@
 // Listing the devices and choosing one where none is chosen.
+#include "CommandLines.h"
 #include "ModelTest.h"
 
 #include <QCoroTask>
@@ -15,14 +16,9 @@ using varda::VardaModel;
 
 namespace {
 
-const QStringList listing{u"devices"_s, u"-l"_s};
+const QStringList listing = listingLine();
 const QString noDevice = u"No device detected. Enable USB debugging, unlock the phone and approve this Mac."_s;
 const QString toolsMissing = u"Android tools are missing from this build."_s;
-
-QByteArray answer(const QByteArray &rows)
-{
-    return "List of devices attached\n" + rows + "\n";
-}
 
 } // namespace
 
@@ -69,7 +65,7 @@ QStringList RefreshTest::serials() const
 
 void RefreshTest::publishesTheListInTheToolsOrder()
 {
-    adb().on(listing).prints(answer("zz\tdevice model:Pixel_7\naa\toffline\nemulator-5554\tdevice model:sdk\n"));
+    adb().on(listing).prints(listingOf("zz\tdevice model:Pixel_7\naa\toffline\nemulator-5554\tdevice model:sdk\n"));
     refresh();
     QCOMPARE(model->devices(),
              QList({device(u"zz"_s, u"device"_s, u"Pixel 7"_s), device(u"aa"_s, u"offline"_s, u"aa"_s),
@@ -81,7 +77,7 @@ void RefreshTest::publishesTheListInTheToolsOrder()
 
 void RefreshTest::republishesAnUnchangedList()
 {
-    adb().on(listing).prints(answer("A\tdevice\n"));
+    adb().on(listing).prints(listingOf("A\tdevice\n"));
     refresh();
     writes->take();
     refresh();
@@ -90,7 +86,7 @@ void RefreshTest::republishesAnUnchangedList()
 
 void RefreshTest::runsOnAnIdleEventLoop()
 {
-    adb().on(listing).waitsFor(u"go"_s).prints(answer("A\tdevice\n"));
+    adb().on(listing).waitsFor(u"go"_s).prints(listingOf("A\tdevice\n"));
     auto listed = model->refresh();
     QVERIFY(called(adb(), listing));
     int turns = 0;
@@ -126,7 +122,7 @@ void RefreshTest::choosesFirst()
 {
     QFETCH(QByteArray, rows);
     QFETCH(QString, chosen);
-    adb().on(listing).prints(answer(rows));
+    adb().on(listing).prints(listingOf(rows));
     refresh();
     QCOMPARE(model->selectedID(), std::optional(chosen));
     QCOMPARE(model->selected()->id, chosen);
@@ -137,7 +133,7 @@ void RefreshTest::choosingTurnsTheConsoleOffAndEmptiesIt()
     model->logs = u"old"_s;
     model->logging = true;
     writes->take();
-    adb().on(listing).prints(answer("A\tdevice\n"));
+    adb().on(listing).prints(listingOf("A\tdevice\n"));
     refresh();
     QCOMPARE(writes->take(), QStringList({u"devices=[A:device]"_s, u"selectedID=A"_s, u"logging=false"_s, u"logs="_s}));
 }
@@ -157,7 +153,7 @@ void RefreshTest::keepsAPresentSelectionWhateverIsListed()
     model->selectedID = u"emulator-5554"_s;
     model->logging = true;
     model->logs = u"kept"_s;
-    adb().on(listing).prints(answer(rows));
+    adb().on(listing).prints(listingOf(rows));
     writes->take();
     refresh();
     QCOMPARE(model->selectedID(), std::optional(u"emulator-5554"_s));
@@ -169,7 +165,7 @@ void RefreshTest::keepsAPresentSelectionWhateverIsListed()
 
 void RefreshTest::respectsASelectionMadeWhileTheToolRan()
 {
-    adb().on(listing).waitsFor(u"go"_s).prints(answer("A\tdevice\nB\tdevice\n"));
+    adb().on(listing).waitsFor(u"go"_s).prints(listingOf("A\tdevice\nB\tdevice\n"));
     auto listed = model->refresh();
     QVERIFY(called(adb(), listing));
     model->selectedID = u"B"_s;
@@ -181,7 +177,7 @@ void RefreshTest::respectsASelectionMadeWhileTheToolRan()
 void RefreshTest::emptyListSaysSoAndKeepsTheSelection()
 {
     selectPhone();
-    adb().on(listing).prints(answer(""));
+    adb().on(listing).prints(listingOf(""));
     refresh();
     QCOMPARE(writes->take(), QStringList({u"devices=[]"_s, u"status="_s + noDevice}));
     QCOMPARE(model->selectedID(), std::optional(serial));
@@ -196,8 +192,8 @@ void RefreshTest::emptyListSaysSoAndKeepsTheSelection()
 void RefreshTest::returnedPhoneIsSelectedAgainAndTheNoDeviceTextStays()
 {
     selectPhone();
-    adb().on(listing).prints(answer(serial.toUtf8() + "\tdevice model:Pixel_7\n"));
-    adb().on(listing).prints(answer("")).once();
+    adb().on(listing).prints(listingOf(serial.toUtf8() + "\tdevice model:Pixel_7\n"));
+    adb().on(listing).prints(listingOf("")).once();
     refresh();
     QCOMPARE(model->selected(), std::nullopt);
     refresh();
@@ -207,7 +203,7 @@ void RefreshTest::returnedPhoneIsSelectedAgainAndTheNoDeviceTextStays()
 
 void RefreshTest::anUnauthorizedPhoneIsSelectedWithoutAWord()
 {
-    adb().on(listing).prints(answer("R5\tunauthorized usb:1-2 transport_id:1\n"));
+    adb().on(listing).prints(listingOf("R5\tunauthorized usb:1-2 transport_id:1\n"));
     const QString before = model->status();
     refresh();
     QCOMPARE(model->selectedID(), std::optional(u"R5"_s));
@@ -236,7 +232,7 @@ void RefreshTest::nonZeroExitShowsTheToolsWords_data()
                                     << u"adb: cannot start the daemon\n"_s;
     QTest::newRow("standard output where standard error is empty") << QByteArray("out\n") << QByteArray() << u"out\n"_s;
     QTest::newRow("nothing at all") << QByteArray() << QByteArray() << QString();
-    QTest::newRow("a listing with a failed exit") << answer("A\tdevice\n") << QByteArray("oh") << u"oh"_s;
+    QTest::newRow("a listing with a failed exit") << listingOf("A\tdevice\n") << QByteArray("oh") << u"oh"_s;
 }
 
 void RefreshTest::nonZeroExitShowsTheToolsWords()
@@ -297,7 +293,7 @@ void RefreshTest::unlaunchableToolIsReportedInStatus()
 void RefreshTest::hangingToolTimesOutAfterEightSecondsAndThePreviousListStays()
 {
     selectPhone();
-    adb().on(listing).prints(answer("B\tdevice\n")).hangs();
+    adb().on(listing).prints(listingOf("B\tdevice\n")).hangs();
     const auto begin = std::chrono::steady_clock::now();
     refresh();
     const auto taken = std::chrono::steady_clock::now() - begin;
@@ -309,8 +305,8 @@ void RefreshTest::hangingToolTimesOutAfterEightSecondsAndThePreviousListStays()
 
 void RefreshTest::laterFinisherOfTwoWins()
 {
-    adb().on(listing).waitsFor(u"second"_s).prints(answer("B\tdevice\n"));
-    adb().on(listing).waitsFor(u"first"_s).prints(answer("A\tdevice\n")).once();
+    adb().on(listing).waitsFor(u"second"_s).prints(listingOf("B\tdevice\n"));
+    adb().on(listing).waitsFor(u"first"_s).prints(listingOf("A\tdevice\n")).once();
     auto first = model->refresh();
     QVERIFY(called(adb(), listing, 1));
     auto second = model->refresh();
@@ -326,7 +322,7 @@ void RefreshTest::laterFinisherOfTwoWins()
 
 void RefreshTest::manyAtOnceAllEnd()
 {
-    adb().on(listing).prints(answer("A\tdevice\n"));
+    adb().on(listing).prints(listingOf("A\tdevice\n"));
     std::list<QCoro::Task<>> inFlight;
     for (int i = 0; i < 30; ++i)
         inFlight.push_back(model->refresh());

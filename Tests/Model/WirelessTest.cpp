@@ -1,4 +1,5 @@
 // Connecting to a phone over Wi-Fi, and what pairing and connecting have in common.
+#include "CommandLines.h"
 #include "ModelTest.h"
 
 using namespace Qt::StringLiterals;
@@ -10,7 +11,7 @@ const QString pairEndpoint = u"192.168.1.50:37123"_s;
 const QString endpoint = u"192.168.1.50:41111"_s;
 const QStringList pairing{u"pair"_s, pairEndpoint};
 const QStringList connecting{u"connect"_s, endpoint};
-const QStringList listing{u"devices"_s, u"-l"_s};
+const QStringList listing = listingLine();
 const QString connectingText = u"Connecting over Wi-Fi…"_s;
 const QString paired = u"Paired. Now enter the connection IP:port from the main Wireless debugging screen."_s;
 const QString badEndpoint = u"Enter the phone’s wireless connection address in host:port format."_s;

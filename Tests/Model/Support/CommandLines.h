@@ -1,10 +1,24 @@
-// CommandLines: what several tests expect adb to be called with, spelled out argument by argument.
+// CommandLines: what several tests expect adb to be called with, spelled out argument by argument, and its listing.
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
 namespace varda::test {
+
+/// Lists the devices.
+inline QStringList listingLine()
+{
+    using namespace Qt::StringLiterals;
+    return {u"devices"_s, u"-l"_s};
+}
+
+/// What adb answers to that, with one row per device.
+inline QByteArray listingOf(const QByteArray &rows)
+{
+    return "List of devices attached\n" + rows + "\n";
+}
 
 /// Asks which activity of the app its launcher icon starts.
 inline QStringList resolveLine(const QString &serial, const QString &package)

@@ -16,7 +16,6 @@
 #include <QTest>
 #include <QThread>
 
-#include <cmath>
 #include <csignal>
 #include <limits>
 #include <memory>

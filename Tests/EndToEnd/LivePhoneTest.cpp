@@ -5,7 +5,6 @@
 
 #include "VirtualPhone/VirtualPhone.h"
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>

@@ -2,7 +2,6 @@
 #include "CommandLines.h"
 #include "ModelTest.h"
 
-#include <QCoroTask>
 #include <QDir>
 #include <QFile>
 #include <QTimer>

@@ -3,10 +3,8 @@
 #include "ModelTest.h"
 
 #include <QCoroTask>
-#include <QDir>
 #include <QFile>
 
-#include <list>
 #include <memory>
 #include <vector>
 

@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <chrono>
 #include <stdexcept>
-#include <utility>
 
 namespace varda {
 

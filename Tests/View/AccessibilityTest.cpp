@@ -3,7 +3,6 @@
 #include "Varda/View/AboutPane.h"
 
 #include <QAccessible>
-#include <QMap>
 
 #include <functional>
 

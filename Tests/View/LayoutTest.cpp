@@ -10,7 +10,6 @@
 #include <QLineEdit>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QToolTip>
 
 #include <cmath>
 

@@ -3,7 +3,7 @@
 #include "Varda/View/VardaStyle.h"
 
 #include <QAction>
-#include <QFileDialog>
+#include <QDialog>
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QTest>

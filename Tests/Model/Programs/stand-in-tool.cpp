@@ -11,7 +11,6 @@
 // The rule with the highest number that fits is played. Plain C++ and POSIX, so that nothing but the call itself opens
 // a descriptor, starts a thread or changes a signal.
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdint>

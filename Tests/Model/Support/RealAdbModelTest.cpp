@@ -2,7 +2,6 @@
 #include "RealAdbModelTest.h"
 
 #include <QCoreApplication>
-#include <QCoroTask>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>

@@ -233,17 +233,6 @@ Accessible Accessible::find(const std::function<bool(const Accessible &)> &predi
     return found;
 }
 
-QList<Accessible> Accessible::findAll(const std::function<bool(const Accessible &)> &predicate) const
-{
-    QList<Accessible> found;
-    walk([&](const Accessible &candidate) {
-        if (predicate(candidate))
-            found << candidate;
-        return false;
-    });
-    return found;
-}
-
 QString Accessible::tree() const
 {
     QString lines;

@@ -57,8 +57,6 @@ public:
     /// The first object below this one, in depth-first order, that `predicate` accepts. Items of
     /// tables, trees and lists are not looked at, here and below.
     Accessible find(const std::function<bool(const Accessible &)> &predicate) const;
-    /// All objects below this one, in depth-first order, that `predicate` accepts.
-    QList<Accessible> findAll(const std::function<bool(const Accessible &)> &predicate) const;
 
     /// This object and all below it, one line each, indented: role, name, text where it differs, states.
     QString tree() const;

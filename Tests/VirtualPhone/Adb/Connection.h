@@ -32,9 +32,6 @@ public:
     Connection(QTcpSocket *socket, Greeting greeting, const QByteArray &banner, QObject *parent);
     ~Connection() override;
 
-    /// Whether the host has been sent the banner.
-    bool isOnline() const { return m_online; }
-
     /// Lets a host in that has been challenged so far. One that has not shown its key yet comes in when it does.
     void accept();
 
@@ -82,7 +79,7 @@ private:
     qsizetype m_payloadLimit = maximumPayload;
     bool m_checksums = true; // until the host has told its version
     bool m_keyShown = false;
-    bool m_online = false;
+    bool m_online = false; ///< the host has been sent the banner
     bool m_broken = false;
 };
 

@@ -3,7 +3,6 @@
 
 #include <QByteArray>
 #include <QHash>
-#include <QList>
 #include <QMap>
 
 namespace varda::phone {

@@ -7,6 +7,7 @@
 
 #include <QAbstractTextDocumentLayout>
 #include <QEvent>
+#include <QHash>
 #include <QPainter>
 #include <QWheelEvent>
 
@@ -14,6 +15,41 @@
 
 namespace varda {
 namespace {
+
+/// A text that wraps. Layouts ask for a width's height again and again, and a label would set its lines each time.
+class Paragraph final : public QLabel
+{
+public:
+    explicit Paragraph(QWidget *parent)
+        : QLabel(parent)
+    {
+        setWordWrap(true);
+    }
+
+    int heightForWidth(int width) const override
+    {
+        if (m_measured != text() || m_heights.size() >= keptHeights)
+            m_heights.clear();
+        m_measured = text();
+        const auto known = m_heights.constFind(width);
+        return known != m_heights.cend() ? *known : *m_heights.insert(width, QLabel::heightForWidth(width));
+    }
+
+protected:
+    bool event(QEvent *event) override
+    {
+        const auto type = event->type();
+        if (type == QEvent::FontChange || type == QEvent::StyleChange || type == QEvent::ContentsRectChange)
+            m_heights.clear();
+        return QLabel::event(event);
+    }
+
+private:
+    static constexpr qsizetype keptHeights = 8;
+
+    mutable QHash<int, int> m_heights; ///< by width
+    mutable QString m_measured;        ///< the text that they are of
+};
 
 void setTextColour(QWidget &widget, const QColor &colour)
 {
@@ -27,9 +63,8 @@ void setTextColour(QWidget &widget, const QColor &colour)
 
 QLabel *makeText(const QString &text, const QFont &font, const QColor &colour, QWidget *parent)
 {
-    auto *label = new QLabel(parent);
+    auto *label = new Paragraph(parent);
     label->setTextFormat(Qt::PlainText);
-    label->setWordWrap(true);
     label->setFont(font);
     label->setText(text);
     setTextColour(*label, colour);

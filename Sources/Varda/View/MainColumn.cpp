@@ -51,6 +51,7 @@ MainColumn::MainColumn(VardaModel &model, const Commands &commands, QWidget *par
     setFocusPolicy(Qt::ClickFocus);                    // keys scroll it from wherever the focus is
 
     auto *column = new QWidget;
+    setWidget(column); // while it is empty: its size is asked for here, and is not the last one
     auto *stack = new QVBoxLayout(column);
     stack->setContentsMargins(theme::mainPadding, theme::mainPadding, theme::mainPadding - theme::scrollBarExtent,
                               theme::mainPadding);
@@ -72,7 +73,6 @@ MainColumn::MainColumn(VardaModel &model, const Commands &commands, QWidget *par
     stack->addStretch(1);
     m_card->hide();
     m_warning->hide();
-    setWidget(column);
     viewport()->setAutoFillBackground(false);
     column->setAutoFillBackground(false);
 

@@ -42,7 +42,7 @@ void stage(const QString &from, const QString &to)
 
 } // namespace
 
-AttachedPhone::AttachedPhone(const QString &home)
+AttachedPhone::AttachedPhone(const QString &home, Adb kind)
     : m_adb(home + u"/lib/varda/Tools/platform-tools/adb"_s)
 {
     const QString directory = QFileInfo(m_adb).path();
@@ -50,7 +50,7 @@ AttachedPhone::AttachedPhone(const QString &home)
         QFile::remove(directory);
     // adb finds its libraries from where it really lies.
     const QFileInfo real(QStringLiteral(STAGED_ADB));
-    if (!real.isExecutable()) {
+    if (kind == Adb::StandIn || !real.isExecutable()) {
         stage(QStringLiteral(STAND_IN_ADB), m_adb);
         m_name = u"stand-in for adb"_s;
         return;

@@ -7,14 +7,16 @@
 
 namespace varda::bench {
 
-/// Stages the real adb of this build's tools tree with a server of its own and the simulated phone connected to it, or
-/// where the tree is empty a stand-in that lists a phone at once. Sets the environment that they need in this process,
-/// which its children inherit. Ends the program where that fails.
+/// With `Adb::Real` stages the adb of this build's tools tree with a server of its own and the simulated phone
+/// connected to it; otherwise, or where the tree is empty, a stand-in that lists a phone at once. Sets the environment
+/// that they need in this process, which its children inherit. Ends the program where that fails.
 class AttachedPhone
 {
 public:
+    enum class Adb { Real, StandIn };
+
     /// Stages for the programs in `home`/bin.
-    explicit AttachedPhone(const QString &home);
+    AttachedPhone(const QString &home, Adb kind);
     Q_DISABLE_COPY_MOVE(AttachedPhone)
     ~AttachedPhone();
 

@@ -99,9 +99,9 @@ int main(int argc, char *argv[])
     const double minutes = argc > 1 ? std::stod(argv[1]) : usualMinutes;
     const QString home = QDir::cleanPath(QCoreApplication::applicationDirPath() + u"/.."_s);
     bench::forgetDesktop();
-    const bench::AttachedPhone phone(home);
+    const bench::AttachedPhone phone(home, bench::AttachedPhone::Adb::Real);
     bench::Program program(bench::stageVarda(home));
-    program.secondsToFirstFrame();
+    program.firstFrame();
     std::this_thread::sleep_for(warmUp);
 
     const auto begun = Clock::now();

@@ -50,7 +50,7 @@ double numberAfter(const QString &text, const QString &word)
 
 } // namespace
 
-Program::Program(const QString &path)
+Program::Program(const QString &path, const QString &argument)
 {
     std::array<int, 2> pipe = {};
     if (::pipe2(pipe.data(), O_CLOEXEC) != 0)
@@ -61,7 +61,8 @@ Program::Program(const QString &path)
     qputenv("FIRST_FRAME_DESCRIPTOR", QByteArray::number(pipe[1]));
     qputenv("LD_PRELOAD", FIRST_FRAME);
     std::string name = QFile::encodeName(path).toStdString();
-    std::array<char *, 2> arguments{name.data(), nullptr};
+    std::string first = argument.toStdString();
+    std::array<char *, 3> arguments{name.data(), first.empty() ? nullptr : first.data(), nullptr};
     timespec now = {};
     ::clock_gettime(CLOCK_MONOTONIC, &now);
     m_started = toSeconds(now);
@@ -80,13 +81,13 @@ Program::~Program()
     ::close(m_frame);
 }
 
-double Program::secondsToFirstFrame()
+FirstFrame Program::firstFrame()
 {
     pollfd frame{m_frame, POLLIN, 0};
-    timespec shown = {};
-    if (::poll(&frame, 1, longestStart) != 1 || ::read(m_frame, &shown, sizeof shown) != sizeof shown)
+    std::array<timespec, 2> readings = {};
+    if (::poll(&frame, 1, longestStart) != 1 || ::read(m_frame, readings.data(), sizeof readings) != sizeof readings)
         qFatal("No picture comes");
-    return toSeconds(shown) - m_started;
+    return {toSeconds(readings[0]) - m_started, toSeconds(readings[1])};
 }
 
 QString Program::file(const QString &name) const

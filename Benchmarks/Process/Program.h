@@ -19,17 +19,24 @@ struct Memory
     double own;          ///< pages that it has written to
 };
 
-/// A run of the program at `path`, which is asked to end and waited for when the object goes. Ends this program where
-/// it does not start.
+/// What a program took from its start to its first picture.
+struct FirstFrame
+{
+    double seconds;
+    double cpuSeconds; ///< of all its threads
+};
+
+/// A run of the program at `path` with `argument`, if that is not empty, which is asked to end and waited for when the
+/// object goes. Ends this program where it does not start.
 class Program
 {
 public:
-    explicit Program(const QString &path);
+    explicit Program(const QString &path, const QString &argument = {});
     Q_DISABLE_COPY_MOVE(Program)
     ~Program();
 
-    /// From its start until it had handed its first picture over to the display. Waits for that.
-    double secondsToFirstFrame();
+    /// Waits until it has handed its first picture over to the display.
+    FirstFrame firstFrame();
 
     Memory memory() const;
     std::int64_t descriptors() const;

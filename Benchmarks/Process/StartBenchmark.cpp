@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -30,14 +31,17 @@ constexpr double memoryGoal = 1.4;
 struct Samples
 {
     std::vector<double> seconds;
+    std::vector<double> cpuSeconds;
     std::vector<double> resident;
     std::vector<double> proportional;
 };
 
-void sample(const QString &path, bool resting, Samples &samples)
+void sample(const QString &path, const QString &argument, bool resting, Samples &samples)
 {
-    bench::Program program(path);
-    samples.seconds.push_back(program.secondsToFirstFrame());
+    bench::Program program(path, argument);
+    const bench::FirstFrame frame = program.firstFrame();
+    samples.seconds.push_back(frame.seconds);
+    samples.cpuSeconds.push_back(frame.cpuSeconds);
     if (!resting)
         return;
     std::this_thread::sleep_for(untilRest);
@@ -60,7 +64,7 @@ Summary summary(std::vector<double> values)
 }
 
 void report(const std::string &claim, const std::vector<double> &varda, const std::vector<double> &bare,
-            std::string (*words)(double), double atMost)
+            std::string (*words)(double), std::optional<double> atMost)
 {
     const auto text = [&](const Summary &figures) {
         return words(figures.median) + " (" + words(figures.least) + " to " + words(figures.most) + ")";
@@ -77,22 +81,31 @@ int main(int argc, char *argv[])
     const QCoreApplication application(argc, argv);
     const QString home = QDir::cleanPath(QCoreApplication::applicationDirPath() + u"/.."_s);
     bench::forgetDesktop();
-    const bench::AttachedPhone phone(home);
+    const bench::AttachedPhone phone(home, bench::AttachedPhone::Adb::StandIn);
     const QString program = bench::stageVarda(home);
     const QString bareWindow = QStringLiteral(BARE_WINDOW);
+    const QString line = u"One line of text"_s;
     Samples varda;
     Samples bare;
+    Samples withText;
     {
         Samples warmUp;
-        sample(program, false, warmUp);
-        sample(bareWindow, false, warmUp);
+        sample(program, {}, false, warmUp);
+        sample(bareWindow, line, false, warmUp);
     }
     for (int start = 0; start < starts; ++start) {
-        sample(program, start < restingStarts, varda);
-        sample(bareWindow, start < restingStarts, bare);
+        sample(program, {}, start < restingStarts, varda);
+        sample(bareWindow, {}, start < restingStarts, bare);
+        sample(bareWindow, line, start < restingStarts, withText);
     }
     report("start to the first picture / bare window", varda.seconds, bare.seconds, bench::seconds, timeGoal);
+    report("start to the first picture / window with one line of text", varda.seconds, withText.seconds, bench::seconds,
+           std::nullopt);
+    report("start to the first picture, CPU time / window with one line of text", varda.cpuSeconds, withText.cpuSeconds,
+           bench::seconds, std::nullopt);
     report("resident memory after it / bare window", varda.resident, bare.resident, bench::bytes, memoryGoal);
     report("proportional memory after it / bare window", varda.proportional, bare.proportional, bench::bytes,
            memoryGoal);
+    report("resident memory after it / window with one line of text", varda.resident, withText.resident, bench::bytes,
+           std::nullopt);
 }

@@ -1,7 +1,9 @@
 // first-frame: preloaded into a program that draws with Qt, it tells when the program has handed its first picture over
-// to the display: it writes the monotonic clock's reading to the descriptor that FIRST_FRAME_DESCRIPTOR names.
+// to the display: it writes the readings of the monotonic clock and of the process's CPU time to the descriptor that
+// FIRST_FRAME_DESCRIPTOR names.
 #include <QBackingStore>
 
+#include <array>
 #include <cstdlib>
 #include <ctime>
 
@@ -17,9 +19,10 @@ void tell()
     if (told || !descriptor)
         return;
     told = true;
-    timespec now = {};
-    ::clock_gettime(CLOCK_MONOTONIC, &now);
-    if (::write(std::atoi(descriptor), &now, sizeof now) != sizeof now)
+    std::array<timespec, 2> readings = {};
+    ::clock_gettime(CLOCK_MONOTONIC, &readings[0]);
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &readings[1]);
+    if (::write(std::atoi(descriptor), readings.data(), sizeof readings) != sizeof readings)
         std::abort();
 }
 

@@ -96,7 +96,8 @@ int main(int argc, char *argv[])
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
-    const bench::AttachedPhone phone(QDir::cleanPath(QCoreApplication::applicationDirPath() + u"/.."_s));
+    const bench::AttachedPhone phone(QDir::cleanPath(QCoreApplication::applicationDirPath() + u"/.."_s),
+                                     bench::AttachedPhone::Adb::Real);
     const std::string beside = " (" + phone.name().toStdString() + ")";
     const bench::Window window;
     VardaModel &model = *window.model;

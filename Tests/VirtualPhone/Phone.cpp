@@ -1,3 +1,4 @@
+// Phone: its listening, its states, and who is let in.
 #include "Phone.h"
 
 #include "Adb/Stream.h"

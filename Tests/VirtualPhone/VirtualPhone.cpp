@@ -1,3 +1,4 @@
+// VirtualPhone: every call is carried out in the thread of the phone while the caller waits.
 #include "VirtualPhone.h"
 
 #include "Phone.h"

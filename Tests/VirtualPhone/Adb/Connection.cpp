@@ -1,3 +1,4 @@
+// Connection: packets in the order in which they arrive; a host that breaks the rules is cut off.
 #include "Adb/Connection.h"
 
 #include "Adb/Stream.h"

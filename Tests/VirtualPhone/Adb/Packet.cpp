@@ -1,3 +1,4 @@
+// Packet: headers are checked before their payload is waited for, so that a wrong length cannot hold anything up.
 #include "Adb/Packet.h"
 
 #include <QtEndian>

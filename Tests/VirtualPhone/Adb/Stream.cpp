@@ -1,3 +1,4 @@
+// Stream: keeps what cannot be sent yet, one packet at a time on its way.
 #include "Adb/Stream.h"
 
 #include "Adb/Connection.h"

@@ -1,3 +1,4 @@
+// ControlCommands: one small function per command, in a table with the number of its words.
 #include "Control/ControlCommands.h"
 
 #include "Phone.h"

@@ -1,3 +1,4 @@
+// Faults: all rules that fit a service add up; where two contradict each other, the later one counts.
 #include "Control/Faults.h"
 
 #include "Shell/ShellSyntax.h"

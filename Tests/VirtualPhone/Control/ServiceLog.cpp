@@ -1,3 +1,4 @@
+// ServiceLog: every record is flushed at once, for whoever reads the file while the phone runs.
 #include "Control/ServiceLog.h"
 
 #include <QJsonDocument>

@@ -1,3 +1,4 @@
+// Device: an app that is started gets a process ID that no app had before.
 #include "Device/Device.h"
 
 #include <QRegularExpression>

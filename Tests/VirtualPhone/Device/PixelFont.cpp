@@ -1,3 +1,4 @@
+// PixelFont: the glyphs, written out as pictures.
 #include "Device/PixelFont.h"
 
 #include <QPainter>

@@ -1,3 +1,4 @@
+// Screen: everything is laid out anew for each picture.
 #include "Device/Screen.h"
 
 #include "Device/Device.h"

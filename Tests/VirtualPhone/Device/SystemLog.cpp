@@ -1,3 +1,4 @@
+// SystemLog: chats by a timer, and keeps the latest lines only.
 #include "Device/SystemLog.h"
 
 #include <array>

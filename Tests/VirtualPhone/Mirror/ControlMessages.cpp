@@ -1,3 +1,4 @@
+// ControlMessages: a message of unknown kind ends the conversation, for nobody knows how long it is.
 #include "Mirror/ControlMessages.h"
 
 #include <QtEndian>

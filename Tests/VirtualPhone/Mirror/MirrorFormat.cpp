@@ -1,3 +1,4 @@
+// MirrorFormat: versions differ in the head of the stream and in the bits of the flags.
 #include "Mirror/MirrorFormat.h"
 
 #include <QtEndian>

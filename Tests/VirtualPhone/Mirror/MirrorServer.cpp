@@ -1,3 +1,4 @@
+// MirrorServer: paints, encodes and sends by a timer; a client that is slow to read gets fewer pictures.
 #include "Mirror/MirrorServer.h"
 
 #include "Adb/Stream.h"

@@ -1,3 +1,4 @@
+// ServerOptions: options that make no difference here are passed over.
 #include "Mirror/ServerOptions.h"
 
 using namespace Qt::StringLiterals;

@@ -1,3 +1,4 @@
+// VideoEncoder: OpenH264's calls and types, kept inside this file.
 #include "Mirror/VideoEncoder.h"
 
 #include "Mirror/YuvPicture.h"

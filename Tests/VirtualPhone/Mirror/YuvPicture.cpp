@@ -1,3 +1,4 @@
+// YuvPicture: integer arithmetic, one row after the other.
 #include "Mirror/YuvPicture.h"
 
 namespace varda::phone {

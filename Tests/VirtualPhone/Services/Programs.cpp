@@ -1,3 +1,4 @@
+// Programs: the table of all programs, and the few that need no file of their own.
 #include "Services/Programs.h"
 
 #include "Phone.h"

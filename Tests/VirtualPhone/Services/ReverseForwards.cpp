@@ -1,3 +1,4 @@
+// ReverseForwards: a map of device addresses for each connection.
 #include "Services/ReverseForwards.h"
 
 #include "Adb/Connection.h"

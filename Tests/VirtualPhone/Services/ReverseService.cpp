@@ -1,3 +1,4 @@
+// ReverseService: one request, one answer; then the stream is closed.
 #include "Services/ReverseService.h"
 
 #include "Adb/Stream.h"

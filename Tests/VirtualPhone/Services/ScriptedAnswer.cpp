@@ -1,3 +1,4 @@
+// ScriptedAnswer: a flood is sent piece by piece, as fast as the host reads it.
 #include "Services/ScriptedAnswer.h"
 
 #include "Adb/Stream.h"

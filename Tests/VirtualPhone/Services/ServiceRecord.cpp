@@ -1,3 +1,4 @@
+// ServiceRecord: written when the stream closes, whoever closes it.
 #include "Services/ServiceRecord.h"
 
 #include "Adb/Stream.h"

@@ -1,3 +1,4 @@
+// ServiceTable: names are looked up by their beginning, as a phone does.
 #include "Services/ServiceTable.h"
 
 #include "Adb/Stream.h"

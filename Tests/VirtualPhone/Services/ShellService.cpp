@@ -1,3 +1,4 @@
+// ShellService: the commands of a line one after the other; the last exit status is that of the line.
 #include "Services/ShellService.h"
 
 #include "Adb/Stream.h"

@@ -1,3 +1,4 @@
+// SyncService: works off complete requests, however they are cut into packets.
 #include "Services/SyncService.h"
 
 #include "Adb/Stream.h"

@@ -1,3 +1,4 @@
+// CommandChannel: takes the packets of the shell protocol apart and puts them together.
 #include "Shell/CommandChannel.h"
 
 #include "Adb/Stream.h"

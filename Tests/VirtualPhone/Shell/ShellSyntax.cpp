@@ -1,3 +1,4 @@
+// ShellSyntax: one pass over the text, character by character.
 #include "Shell/ShellSyntax.h"
 
 #include <QRegularExpression>

@@ -12,7 +12,8 @@ add_subdirectory("${PROJECT_SOURCE_DIR}/Packaging")
 install(TARGETS varda RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(DIRECTORY "${VARDA_TOOLS}/" DESTINATION lib/varda/Tools USE_SOURCE_PERMISSIONS
     PATTERN licences EXCLUDE)
-install(DIRECTORY "${VARDA_TOOLS}/platform-tools/licences" DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/varda" OPTIONAL)
+install(DIRECTORY "${VARDA_TOOLS}/platform-tools/licences"
+    DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/varda" OPTIONAL)
 
 set(packaging "${PROJECT_SOURCE_DIR}/Packaging")
 set(packaging_build "${PROJECT_BINARY_DIR}/Packaging")
@@ -22,6 +23,7 @@ install(DIRECTORY "${packaging_build}/hicolor" DESTINATION "${CMAKE_INSTALL_DATA
 install(FILES "${PROJECT_SOURCE_DIR}/Sources/Varda/View/Icons/varda.svg"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps")
 install(FILES "${packaging_build}/varda.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
-install(FILES "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${packaging}/copyright" DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/varda")
+install(FILES "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${packaging}/copyright"
+    DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/varda")
 
 include("${packaging}/CPack.cmake")

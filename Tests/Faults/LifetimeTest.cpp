@@ -2,11 +2,13 @@
 // capture directories, and has asked the mirror to end. Under the sanitizers this is also the search for uses after the
 // end.
 #include "StandInTools.h"
+#include "Support/Seeds.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -97,16 +99,13 @@ private Q_SLOTS:
 
 void LifetimeTest::orderlyEndAtAnyMomentLeavesNothing_data()
 {
-    QTest::addColumn<quint32>("seed");
-    for (int life = 0; life < lives; ++life) {
-        const quint32 seed = QRandomGenerator::global()->generate() % 1000000;
-        QTest::addRow("seed %u", seed) << seed;
-    }
+    addSeedRows(seedsFor(u"LifetimeTest"_s, lives));
 }
 
 void LifetimeTest::orderlyEndAtAnyMomentLeavesNothing()
 {
     QFETCH(quint32, seed);
+    const auto atEnd = qScopeGuard([] { tellHowToReplay(u"LifetimeTest"_s); });
     QRandomGenerator random(seed);
     stage(std::chrono::milliseconds(random.bounded(120)));
     Life life(seed);

@@ -3,9 +3,11 @@
 // What a tool answers is decided by what it is asked: a phone, a package, a build or an endpoint named "fail…" fails.
 // So the account knows how each gesture must end, whatever happens meanwhile.
 #include "ModelTest.h"
+#include "Support/Seeds.h"
 
 #include <QCoroTask>
 #include <QRandomGenerator>
+#include <QScopeGuard>
 
 #include <functional>
 #include <list>
@@ -468,14 +470,13 @@ void RandomGesturesTest::followUp()
 
 void RandomGesturesTest::modelFollowsTheRules_data()
 {
-    QTest::addColumn<quint32>("seed");
-    for (const quint32 seed : {1U, 2U, 3U, 4U})
-        QTest::addRow("seed %u", seed) << seed;
+    addSeedRows(seedsFor(u"RandomGesturesTest"_s, 2));
 }
 
 void RandomGesturesTest::modelFollowsTheRules()
 {
     QFETCH(quint32, seed);
+    const auto atEnd = qScopeGuard([] { tellHowToReplay(u"RandomGesturesTest"_s); });
     m_random.seed(seed);
     m_listings = 0;
     m_history.clear();

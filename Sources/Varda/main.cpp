@@ -1,15 +1,15 @@
 // The program `varda`.
-#include "Varda/CommandLine.h"
+#include "Varda/ProgramArguments.h"
 #include "Varda/VardaApp.h"
 
 #include <cstdio>
 
 int main(int argc, char *argv[])
 {
-    if (const auto text = varda::CommandLine::answer(argc, argv))
+    if (const auto text = varda::ProgramArguments::answer(argc, argv))
         return std::fputs(qPrintable(*text), stdout) == EOF;
     varda::VardaApp application(argc, argv);
-    if (const auto mistake = varda::CommandLine::mistake()) {
+    if (const auto mistake = varda::ProgramArguments::mistake()) {
         std::fprintf(stderr, "varda: %s\nTry 'varda --help'.\n", qPrintable(*mistake));
         return 1;
     }

@@ -1,4 +1,5 @@
-// CommandLine: what `varda` understands when it is started from a terminal. There are no settings, so that is little.
+// ProgramArguments: what `varda` understands when it is started from a terminal. There are no settings, so that is
+// little.
 #pragma once
 
 #include <QString>
@@ -7,7 +8,7 @@
 
 namespace varda {
 
-struct CommandLine
+struct ProgramArguments
 {
     /// What to print where the arguments ask for the help or the version instead of the window. Needs no display. Qt's
     /// own options may stand among the arguments; anything else that is unknown is passed over.

@@ -1,5 +1,5 @@
-// CommandLine: see the header.
-#include "Varda/CommandLine.h"
+// ProgramArguments: see the header.
+#include "Varda/ProgramArguments.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -26,7 +26,7 @@ struct Grammar
 
 } // namespace
 
-std::optional<QString> CommandLine::answer(int argc, char **argv)
+std::optional<QString> ProgramArguments::answer(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
     Grammar grammar;
@@ -38,7 +38,7 @@ std::optional<QString> CommandLine::answer(int argc, char **argv)
     return std::nullopt;
 }
 
-std::optional<QString> CommandLine::mistake()
+std::optional<QString> ProgramArguments::mistake()
 {
     Grammar grammar;
     if (!grammar.parser.parse(QCoreApplication::arguments()))

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+
 #include <fcntl.h>
 #include <unistd.h>
 

@@ -1,6 +1,7 @@
 // ConsoleText: see the header.
 #include "Varda/View/ConsoleText.h"
 
+#include "Varda/View/Labels.h"
 #include "Varda/View/Theme.h"
 
 #include <QScrollBar>
@@ -37,9 +38,7 @@ ConsoleText::ConsoleText(QWidget *parent)
     setFont(theme::literal(theme::monospaced(theme::consoleSize)));
     setFixedHeight(theme::consoleHeight);
     document()->setDocumentMargin(2);
-    QPalette colours = palette();
-    colours.setColor(QPalette::Text, theme::consoleText);
-    setPalette(colours);
+    setTextColour(*this, theme::consoleText);
     viewport()->setAutoFillBackground(false);
 }
 

@@ -17,15 +17,6 @@ constexpr int lineGap = 4;
 constexpr int warningIcon = 20;
 constexpr int warningPadding = 16;
 
-void setColour(QLabel &label, const QColor &colour)
-{
-    QPalette palette = label.palette();
-    if (palette.color(QPalette::WindowText) == colour)
-        return;
-    palette.setColor(QPalette::WindowText, colour);
-    label.setPalette(palette);
-}
-
 } // namespace
 
 DeviceCard::DeviceCard(QWidget *parent)
@@ -40,7 +31,7 @@ DeviceCard::DeviceCard(QWidget *parent)
     m_transport->setObjectName(u"deviceTransport"_s);
     m_transport->setTextFormat(Qt::PlainText);
     m_transport->setFont(theme::font(theme::bodySize));
-    setColour(*m_transport, theme::secondaryText);
+    setTextColour(*m_transport, theme::secondaryText);
     m_state->setObjectName(u"deviceState"_s);
     m_state->setFont(theme::font(theme::bodySize, QFont::Medium));
 
@@ -65,7 +56,7 @@ void DeviceCard::show(const AndroidDevice &device)
     m_name->show(device.name);
     m_transport->setText(device.transport());
     m_state->show(device.ready() ? u"Ready for testing"_s : device.state);
-    setColour(*m_state, device.ready() ? theme::accent : theme::attention);
+    setTextColour(*m_state, device.ready() ? theme::accent : theme::attention);
     update();
 }
 

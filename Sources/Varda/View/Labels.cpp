@@ -51,6 +51,8 @@ private:
     mutable QString m_measured;        ///< the text that they are of
 };
 
+} // namespace
+
 void setTextColour(QWidget &widget, const QColor &colour)
 {
     QPalette palette = widget.palette();
@@ -58,8 +60,6 @@ void setTextColour(QWidget &widget, const QColor &colour)
     palette.setColor(QPalette::Text, colour);
     widget.setPalette(palette);
 }
-
-} // namespace
 
 QLabel *makeText(const QString &text, const QFont &font, const QColor &colour, QWidget *parent)
 {

@@ -11,6 +11,9 @@
 
 namespace varda {
 
+/// Writes the texts of `widget` in `colour`.
+void setTextColour(QWidget &widget, const QColor &colour);
+
 /// A text of the program's own that wraps at its words.
 QLabel *makeText(const QString &text, const QFont &font, const QColor &colour, QWidget *parent = nullptr);
 

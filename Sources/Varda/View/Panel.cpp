@@ -8,8 +8,11 @@
 #include <QPainter>
 
 namespace varda {
+namespace {
 
 constexpr int headingIcon = 16;
+
+} // namespace
 
 Surface::Surface(const QColor &fill, const QColor &line, double radius, QWidget *parent)
     : QWidget(parent)
@@ -40,9 +43,7 @@ Panel::Panel(const QString &title, Icon icon, QWidget *parent)
 IconLabel *makeHeading(Icon icon, const QString &text, QWidget *parent)
 {
     auto *heading = new IconLabel(icon, headingIcon, text, theme::capitals(theme::captionSize), parent);
-    QPalette palette = heading->palette();
-    palette.setColor(QPalette::WindowText, theme::accent);
-    heading->setPalette(palette);
+    setTextColour(*heading, theme::accent);
     return heading;
 }
 

@@ -1,4 +1,4 @@
-// ProgramArguments: see the header.
+// ProgramArguments: asked before there is a display, and again when Qt has taken its own options out.
 #include "Varda/ProgramArguments.h"
 
 #include <QCommandLineParser>

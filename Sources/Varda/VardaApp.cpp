@@ -1,4 +1,4 @@
-// VardaApp: see the header.
+// VardaApp: what stands before the first window, and how the program ends.
 #include "Varda/VardaApp.h"
 
 #include "Varda/QuitSignals.h"

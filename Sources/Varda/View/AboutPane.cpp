@@ -1,4 +1,4 @@
-// AboutPane: see the header.
+// AboutPane: three texts and a link.
 #include "Varda/View/AboutPane.h"
 
 #include "Varda/View/Button.h"

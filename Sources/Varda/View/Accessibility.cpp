@@ -1,4 +1,4 @@
-// Accessibility: see the header.
+// Accessibility: one factory gives each kind of widget of our own its role.
 #include "Varda/View/Accessibility.h"
 
 #include "Varda/View/Button.h"

@@ -1,4 +1,4 @@
-// Binding: see the header.
+// Binding: only a text that differs is written, or the two directions would call each other for ever.
 #include "Varda/View/Binding.h"
 
 #include "Varda/View/Theme.h"

@@ -1,4 +1,4 @@
-// Button: see the header.
+// Button: Return presses it as Space does.
 #include "Varda/View/Button.h"
 
 #include "Varda/View/Theme.h"

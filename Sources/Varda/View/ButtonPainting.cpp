@@ -1,4 +1,4 @@
-// ButtonPainting: see the header.
+// ButtonPainting: one look for each kind and state, in the colours of the theme.
 #include "Varda/View/ButtonPainting.h"
 
 #include "Varda/View/Button.h"

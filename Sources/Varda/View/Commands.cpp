@@ -1,4 +1,4 @@
-// Commands: see the header.
+// Commands: each action has its keys and calls the model.
 #include "Varda/View/Commands.h"
 
 #include "Varda/View/Icon.h"

@@ -1,4 +1,4 @@
-// ConsolePanel: see the header.
+// ConsolePanel: the heading and the controls in a row, the text below them, and its footer.
 #include "Varda/View/ConsolePanel.h"
 
 #include "Varda/View/Button.h"

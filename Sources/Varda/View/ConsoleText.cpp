@@ -1,4 +1,4 @@
-// ConsoleText: see the header.
+// ConsoleText: where a snapshot goes on from the one before, only the lines that differ are touched.
 #include "Varda/View/ConsoleText.h"
 
 #include "Varda/View/Labels.h"

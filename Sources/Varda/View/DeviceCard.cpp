@@ -1,4 +1,4 @@
-// DeviceCard: see the header.
+// DeviceCard: its texts are labels, its icon is painted.
 #include "Varda/View/DeviceCard.h"
 
 #include "Varda/View/Labels.h"

@@ -1,4 +1,4 @@
-// DeviceList: see the header.
+// DeviceList: a row stays for as long as its device is listed; the arrow keys walk the rows.
 #include "Varda/View/DeviceList.h"
 
 #include "Varda/View/DeviceRow.h"

@@ -1,4 +1,4 @@
-// DeviceRow: see the header.
+// DeviceRow: its size follows its font, its colours the button's state.
 #include "Varda/View/DeviceRow.h"
 
 #include "Varda/View/Icon.h"

@@ -1,4 +1,4 @@
-// DropZone: see the header.
+// DropZone: a build is taken in on the next turn of the event loop, when the drag has ended.
 #include "Varda/View/DropZone.h"
 
 #include "Varda/View/Labels.h"

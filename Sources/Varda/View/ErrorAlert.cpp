@@ -1,4 +1,4 @@
-// ErrorAlert: see the header.
+// ErrorAlert: tied to what it lies on, and in front again when that takes the focus.
 #include "Varda/View/ErrorAlert.h"
 
 #include "Varda/View/Button.h"

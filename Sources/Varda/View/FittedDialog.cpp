@@ -1,4 +1,4 @@
-// FittedDialog: see the header.
+// FittedDialog: its height is set anew whenever its layout asks.
 #include "Varda/View/FittedDialog.h"
 
 #include <QEvent>

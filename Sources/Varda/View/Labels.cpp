@@ -1,4 +1,4 @@
-// Labels: see the header.
+// Labels: measuring, eliding and painting.
 #include "Varda/View/Labels.h"
 
 #include "Varda/View/PlainText.h"

@@ -1,4 +1,4 @@
-// MainColumn: see the header.
+// MainColumn: the stack of panels, and the status line, which floats where its place is out of sight.
 #include "Varda/View/MainColumn.h"
 
 #include "Varda/View/ConsolePanel.h"

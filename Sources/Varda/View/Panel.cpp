@@ -1,4 +1,4 @@
-// Panel: see the header.
+// Panel: a surface paints itself; what stands on it is laid out as usual.
 #include "Varda/View/Panel.h"
 
 #include "Varda/View/Labels.h"

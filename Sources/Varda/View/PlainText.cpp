@@ -1,4 +1,4 @@
-// PlainText: see the header.
+// PlainText: hidden characters become pictures or numbers, and what goes into a tooltip is escaped.
 #include "Varda/View/PlainText.h"
 
 #include <QWidget>

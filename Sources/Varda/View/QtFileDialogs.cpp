@@ -1,4 +1,4 @@
-// QtFileDialogs: see the header.
+// QtFileDialogs: a title, a filter and a first folder for each kind of file; later the last folder is offered.
 #include "Varda/View/QtFileDialogs.h"
 
 #include <QApplication>

@@ -1,4 +1,4 @@
-// SideColumn: see the header.
+// SideColumn: the header with the application menu, the list, and what stands below it.
 #include "Varda/View/SideColumn.h"
 
 #include "Varda/View/Button.h"

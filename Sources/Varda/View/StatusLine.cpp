@@ -1,4 +1,4 @@
-// StatusLine: see the header.
+// StatusLine: a spinner while an action is in flight, and the text, which can be selected.
 #include "Varda/View/StatusLine.h"
 
 #include "Varda/View/Labels.h"

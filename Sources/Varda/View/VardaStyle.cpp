@@ -1,4 +1,4 @@
-// VardaStyle: see the header.
+// VardaStyle: Fusion's answers, but for what the theme has its own answer to.
 #include "Varda/View/VardaStyle.h"
 
 #include "Varda/View/ButtonPainting.h"

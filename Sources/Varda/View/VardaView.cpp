@@ -1,4 +1,4 @@
-// VardaView: see the header.
+// VardaView: made once, rendered ever after; the dialogs over it are put in order in one place.
 #include "Varda/View/VardaView.h"
 
 #include "Varda/View/Accessibility.h"

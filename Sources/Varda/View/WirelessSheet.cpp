@@ -1,4 +1,4 @@
-// WirelessSheet: see the header.
+// WirelessSheet: the two steps one below the other; however it is closed, the model is told in one place.
 #include "Varda/View/WirelessSheet.h"
 
 #include "Varda/View/Binding.h"

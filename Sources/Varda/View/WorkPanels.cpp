@@ -1,4 +1,4 @@
-// WorkPanels: see the header.
+// WorkPanels: each panel ties its buttons to the model and enables them from it.
 #include "Varda/View/WorkPanels.h"
 
 #include "Varda/View/Binding.h"

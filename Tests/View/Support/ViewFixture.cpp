@@ -1,4 +1,4 @@
-// ViewFixture: see the header.
+// ViewFixture: a window has settled when nothing is left to render or to lay out.
 #include "ViewFixture.h"
 
 #include "Varda/View/VardaStyle.h"

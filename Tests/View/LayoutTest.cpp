@@ -11,7 +11,10 @@
 #include <QScrollArea>
 #include <QScrollBar>
 
+#include <array>
 #include <cmath>
+#include <functional>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace varda;
@@ -103,6 +106,7 @@ private Q_SLOTS:
     void holdsWholeTextsInTooltips();
     void clipsNothing_data();
     void clipsNothing();
+    void givesAWrappingTextTheHeightOfALabel();
     void listsMoreDevicesThanFit();
     void showsHostileTextsAsTheyAre();
     void showsTooltipsLiterally();
@@ -249,6 +253,37 @@ void LayoutTest::clipsNothing()
         enlargeFonts(about, factor);
     fixture.settle();
     QTRY_COMPARE(clipped(about).join(u", "_s), QString());
+}
+
+void LayoutTest::givesAWrappingTextTheHeightOfALabel()
+{
+    const QString words = u"as many words as it takes to fill several lines of a narrow column "_s.repeated(3);
+    const QFont font = theme::font(theme::bodySize);
+    const std::unique_ptr<QLabel> text(makeText(words, font, theme::text));
+    QLabel label(words);
+    label.setWordWrap(true);
+    label.setFont(font);
+    const auto compare = [&] {
+        for (int width = 100; width < 1000; width += 50)
+            QCOMPARE(text->heightForWidth(width), label.heightForWidth(width));
+        // Once more: what it remembers is what it found.
+        for (int width = 950; width >= 100; width -= 50)
+            QCOMPARE(text->heightForWidth(width), label.heightForWidth(width));
+    };
+    compare();
+    const std::array<std::function<void(QLabel &)>, 3> changes{
+        [&](QLabel &each) { each.setText(words + words); },
+        [](QLabel &each) { each.setFont(theme::font(theme::heroSize)); },
+        [](QLabel &each) { each.setContentsMargins(40, 12, 0, 12); },
+    };
+    for (const auto &change : changes) {
+        const int before = text->heightForWidth(300);
+        change(*text);
+        change(label);
+        QVERIFY(label.heightForWidth(300) != before);
+        QCOMPARE(text->heightForWidth(300), label.heightForWidth(300));
+        compare();
+    }
 }
 
 void LayoutTest::listsMoreDevicesThanFit()

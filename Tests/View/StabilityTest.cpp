@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTextBlock>
 
 using namespace Qt::StringLiterals;
 using namespace varda;
@@ -54,6 +55,7 @@ private Q_SLOTS:
     void keepsASelectionWhileLinesAreAdded();
     void showsEverySnapshotExactly_data();
     void showsEverySnapshotExactly();
+    void laysOutOnlyTheLinesInSight();
     void showsAHeavyLog();
 };
 
@@ -225,6 +227,25 @@ void StabilityTest::showsEverySnapshotExactly()
     QCOMPARE(console.toPlainText(), before);
     console.show(after);
     QCOMPARE(console.toPlainText(), after);
+}
+
+void StabilityTest::laysOutOnlyTheLinesInSight()
+{
+    ViewFixture fixture;
+    fixture.show();
+    const auto *console = fixture.find<ConsoleText>("consoleText");
+    const auto laidOut = [console] {
+        int count = 0;
+        for (QTextBlock block = console->document()->begin(); block.isValid(); block = block.next())
+            count += block.layout()->lineCount() > 0 ? 1 : 0;
+        return count;
+    };
+    const int inSight = console->viewport()->height() / console->fontMetrics().lineSpacing();
+    for (int first = 1; first < 3000; first += 1000) {
+        fixture.model->logs = lines(first, first + 349);
+        fixture.settle();
+        QVERIFY2(laidOut() > 0 && laidOut() <= inSight + 3, qPrintable(QString::number(laidOut())));
+    }
 }
 
 void StabilityTest::showsAHeavyLog()

@@ -13,6 +13,8 @@
 #include <QScreen>
 #include <QSettings>
 
+#include <cstdlib>
+
 namespace varda {
 namespace {
 
@@ -21,6 +23,16 @@ using namespace Qt::StringLiterals;
 void quit()
 {
     QCoreApplication::exit(0);
+}
+
+/// The model, while the event loop runs.
+std::weak_ptr<VardaModel> runningModel;
+
+/// Qt ends the process from within the event loop when the display is lost; destructors do not run then.
+void stopRunningModel()
+{
+    if (const std::shared_ptr<VardaModel> model = runningModel.lock())
+        model->stop();
 }
 
 /// What has to stand before the first window: who the program is on the desktop, and how it looks.
@@ -82,7 +94,10 @@ int VardaApp::run()
 {
     showWindow();
     m_model->start();
+    runningModel = m_model;
+    std::atexit(stopRunningModel);
     const int status = QApplication::exec();
+    runningModel.reset();
     // A poll loop that was cancelled in its pause ends on its next turn. Nothing else may begin: a dialog that opened
     // now would keep the program for ever, and a mirror would not be asked to end.
     m_view->hide();

@@ -27,17 +27,45 @@ constexpr int lives = 30;
 constexpr int longestLife = 700; // ms
 constexpr int longestGap = 25;   // ms, between two signals
 
-/// One run of the program, in a temporary directory of its own.
+/// A display that can be lost.
+class Display
+{
+public:
+    Display()
+    {
+        m_server.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-nolisten"_s, u"tcp"_s, u"-noreset"_s});
+        if (m_server.waitForReadyRead(patience))
+            m_name = u':' + QString::fromLatin1(m_server.readAllStandardOutput()).trimmed();
+    }
+    ~Display() { lose(); }
+    Q_DISABLE_COPY_MOVE(Display)
+
+    /// Empty where there is none.
+    QString name() const { return m_name; }
+
+    void lose()
+    {
+        m_server.kill();
+        m_server.waitForFinished(patience);
+    }
+
+private:
+    QProcess m_server;
+    QString m_name;
+};
+
+/// One run of the program, in a temporary directory of its own; on the X display of that name, if any.
 class Life
 {
 public:
-    explicit Life(quint32 seed)
+    explicit Life(quint32 seed, const QString &display = {})
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(u"TMPDIR"_s, m_directory.path());
         environment.insert(u"HOME"_s, m_directory.path());
         environment.insert(u"XDG_RUNTIME_DIR"_s, m_directory.path());
-        environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+        environment.insert(u"QT_QPA_PLATFORM"_s, display.isEmpty() ? u"offscreen"_s : u"xcb"_s);
+        environment.insert(u"DISPLAY"_s, display);
         m_process.setProcessEnvironment(environment);
         m_process.setWorkingDirectory(m_directory.path());
         m_process.start(QCoreApplication::applicationDirPath() + u"/short-life"_s, {QString::number(seed)});
@@ -95,6 +123,7 @@ private Q_SLOTS:
     void orderlyEndAtAnyMomentLeavesNothing_data();
     void orderlyEndAtAnyMomentLeavesNothing();
     void abruptEndLeavesTheFilesOfCommandsInFlightOnly();
+    void lostDisplayEndsTheProgramAndLeavesNothing();
 };
 
 void LifetimeTest::orderlyEndAtAnyMomentLeavesNothing_data()
@@ -142,6 +171,26 @@ void LifetimeTest::abruptEndLeavesTheFilesOfCommandsInFlightOnly()
     const QStringList left = life.captureDirectories();
     // A listing may have been in flight beside an action and the console.
     QVERIFY2(left.size() >= 1 && left.size() <= 3, qPrintable(left.join(u' ')));
+}
+
+void LifetimeTest::lostDisplayEndsTheProgramAndLeavesNothing()
+{
+    stage(300ms);
+    Display display;
+    QVERIFY2(!display.name().isEmpty(), "there is no Xvfb to be had");
+    Life life(1, display.name());
+    QVERIFY(life.comesUp());
+    const auto mirrored = [&] {
+        const QList<ToolCall> calls = m_tools->scrcpy().calls();
+        return !calls.isEmpty() && !calls.last().ended;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(mirrored() && !life.captureDirectories().isEmpty(), patience);
+    display.lose();
+    QVERIFY(life.ends());
+    const QString ending = life.ending();
+    QVERIFY2(ending.startsWith(u"exit 1 "_s), qUtf8Printable(ending)); // after Qt's messages about the lost connection
+    QCOMPARE(life.captureDirectories(), QStringList());
+    QTRY_VERIFY(m_tools->scrcpy().calls().last().ended);
 }
 
 QTEST_GUILESS_MAIN(LifetimeTest)

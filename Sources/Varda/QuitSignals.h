@@ -14,7 +14,6 @@ class QuitSignals final : public QObject
 
 public:
     explicit QuitSignals(QObject *parent = nullptr);
-    Q_DISABLE_COPY_MOVE(QuitSignals)
 
 Q_SIGNALS:
     void received();

@@ -10,13 +10,13 @@ namespace varda::theme {
 /// White with an opacity from 0 to 1: the surfaces and lines of a dark window are layers of white.
 constexpr QColor white(double opacity)
 {
-    return {255, 255, 255, static_cast<int>(opacity * 255.0 + 0.5)};
+    return {255, 255, 255, qRound(opacity * 255.0)};
 }
 
 /// `colour` with another opacity, from 0 to 1.
 inline QColor faded(QColor colour, double opacity)
 {
-    return {colour.red(), colour.green(), colour.blue(), static_cast<int>(opacity * 255.0 + 0.5)};
+    return {colour.red(), colour.green(), colour.blue(), qRound(opacity * 255.0)};
 }
 
 // Colours. Text on any of the backgrounds below has a contrast of 4.5 : 1 or more (WCAG 2.1, level AA), but for the

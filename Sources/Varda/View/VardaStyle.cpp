@@ -74,7 +74,6 @@ int VardaStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, cons
     case PM_ScrollBarSliderMin:
         return shortestScrollThumb;
     case PM_ScrollView_ScrollBarSpacing:
-        return 0;
     case PM_ButtonShiftHorizontal:
     case PM_ButtonShiftVertical:
         return 0;
@@ -98,9 +97,7 @@ int VardaStyle::styleHint(StyleHint hint, const QStyleOption *option, const QWid
 {
     switch (hint) {
     case SH_EtchDisabledText:
-        return 0;
-    case SH_LineEdit_PasswordMaskDelay:
-        return 0; // a masked character is never shown in clear, not even for a moment
+    case SH_LineEdit_PasswordMaskDelay: // a masked character is never shown in clear, not even for a moment
     case SH_DialogButtonBox_ButtonsHaveIcons:
         return 0;
     case SH_ToolTipLabel_Opacity:

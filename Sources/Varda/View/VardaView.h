@@ -26,6 +26,7 @@ class VardaView final : public QWidget
 public:
     explicit VardaView(std::shared_ptr<VardaModel> model, QWidget *parent = nullptr);
     ~VardaView() override;
+    Q_DISABLE_COPY_MOVE(VardaView)
 
     /// The application menu. It lists the window's own commands; the shell adds About and Quit.
     QMenu *applicationMenu() const;

@@ -1,16 +1,19 @@
 // soak: a day of the model's life in minutes. Phones come and go, the console is on, a random action starts every few
 // ticks and some of them fail, while memory in use, descriptors and threads are watched.
 //
-//   soak TICKS [SEED]
+//   soak [--window] TICKS [SEED]
 //
+// With --window the model has its window, which renders whatever happens, in memory instead of on a display.
 // Waits in which nothing happens are skipped (skipIdleTime); everything else, processes and files included, is real.
 // Ends with 1 when something has grown.
 #include "Faults/Interposition.h"
 #include "Model/Support/FakeFileDialogs.h"
 
 #include "Varda/Model/VardaModel.h"
+#include "Varda/View/VardaStyle.h"
+#include "Varda/View/VardaView.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -21,13 +24,16 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <random>
+#include <string_view>
 #include <vector>
 
 #include <malloc.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+using namespace std::string_view_literals;
 using namespace varda;
 using namespace varda::test;
 
@@ -35,11 +41,14 @@ namespace {
 
 /// Less than the pause between two ticks, so that gestures meet a tick at every stage.
 constexpr auto gesturePause = 1700ms;
+constexpr auto renderTime = 10ms;
 constexpr int samplesPerRun = 40;
 
 /// In bytes: what may be in use at the end beyond what was in use after the first quarter. An allocation lost per tick
 /// would be many times as much.
 constexpr long allowedGrowth = 8 * 1024;
+/// With the window, whose caches and layouts come and go: a widget lost per tick shows in an hour, any loss in a day.
+constexpr long allowedGrowthOfWindow = 64 * 1024;
 constexpr long allowedDescriptors = 4;
 constexpr long allowedThreads = 1;
 
@@ -127,6 +136,16 @@ public:
         }
     }
 
+    /// Has nothing shown that takes room: for samples that can be compared.
+    void clear()
+    {
+        m_model.selectedID = std::nullopt;
+        m_model.devices = {};
+        m_model.packageName = QString();
+        m_model.status = QString();
+        m_model.error = std::nullopt;
+    }
+
     int actions() const { return m_actions; }
 
 private:
@@ -176,20 +195,28 @@ private:
     int m_actions = 0;
 };
 
-/// The largest value of a member among some samples.
-template <typename Iterator>
-long most(Iterator begin, Iterator end, long Sample::*member)
+using Samples = std::vector<Sample>;
+
+/// The lowest heap in use among some samples: without the log or the alert that came in between.
+long lowestHeap(Samples::const_iterator begin, Samples::const_iterator end)
 {
-    return (*std::max_element(begin, end, [=](const Sample &a, const Sample &b) { return a.*member < b.*member; })).*
-           member;
+    return std::min_element(begin, end, [](const Sample &a, const Sample &b) { return a.heap < b.heap; })->heap;
 }
 
-bool isFlat(const char *what, const std::vector<Sample> &samples, long Sample::*member, long allowed)
+/// The largest value of a member among some samples.
+template <long Sample::*member>
+long most(Samples::const_iterator begin, Samples::const_iterator end)
 {
-    const auto quarter = samples.begin() + static_cast<long>(samples.size() / 4);
-    const auto last = samples.end() - static_cast<long>(samples.size() / 4);
-    const long before = most(quarter, last, member);
-    const long after = most(last, samples.end(), member);
+    const auto less = [](const Sample &a, const Sample &b) { return a.*member < b.*member; };
+    return (*std::max_element(begin, end, less)).*member;
+}
+
+bool isFlat(const char *what, const Samples &samples, long (*of)(Samples::const_iterator, Samples::const_iterator),
+            long allowed)
+{
+    const auto quarter = static_cast<long>(samples.size() / 4);
+    const long before = of(samples.begin() + quarter, samples.end() - quarter);
+    const long after = of(samples.end() - quarter, samples.end());
     const bool flat = after <= before + allowed;
     std::printf("%-22s %10ld in the second and third quarter, %10ld in the last: %s\n", what, before, after,
                 flat ? "flat" : "GROWN");
@@ -205,36 +232,63 @@ void show(quint64 ticks, const Sample &sample, const Driver &driver, const Stage
     std::fflush(stdout);
 }
 
+/// Leaves out what the offscreen platform cannot do.
+void report(QtMsgType, const QMessageLogContext &, const QString &message)
+{
+    if (!message.startsWith(u"This plugin does not support"))
+        std::fprintf(stderr, "%s\n", qUtf8Printable(message));
+}
+
+std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool windowed)
+{
+    if (!windowed)
+        return std::make_unique<QCoreApplication>(argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qInstallMessageHandler(report);
+    qputenv("QT_NO_GLIB", "1"); // Qt's own event loop is the one whose waits are skipped
+    auto application = std::make_unique<QApplication>(argc, argv);
+    VardaStyle::install();
+    return application;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
     // All threads' memory is counted, and (see Scripts/soak) none that is kept for reuse.
     ::mallopt(M_ARENA_MAX, 1);
-    QCoreApplication application(argc, argv);
-    const QStringList arguments = QCoreApplication::arguments();
+    const QTemporaryDir folder;
+    for (const char *variable : {"TMPDIR", "HOME", "XDG_RUNTIME_DIR"})
+        qputenv(variable, QFile::encodeName(folder.path()));
+    const bool windowed = argc > 1 && argv[1] == "--window"sv;
+    const std::unique_ptr<QCoreApplication> application = makeApplication(argc, argv, windowed);
+    const QStringList arguments = QCoreApplication::arguments().mid(windowed ? 1 : 0);
     const quint64 ticks = arguments.value(1).toULongLong();
     const unsigned seed = arguments.size() > 2 ? arguments[2].toUInt() : std::random_device()();
     if (ticks < samplesPerRun) {
-        std::fprintf(stderr, "usage: soak TICKS [SEED], at least %d ticks\n", samplesPerRun);
+        std::fprintf(stderr, "usage: soak [--window] TICKS [SEED], at least %d ticks\n", samplesPerRun);
         return 2;
     }
     std::printf("seed %u\n", seed);
-    const QTemporaryDir folder;
-    qputenv("TMPDIR", QFile::encodeName(folder.path()));
     const Stage stage;
     const auto dialogs = std::make_shared<DialogScript>();
     const auto model = VardaModel::create(std::make_unique<FakeFileDialogs>(dialogs));
+    const std::unique_ptr<VardaView> window = windowed ? std::make_unique<VardaView>(model) : nullptr;
+    if (window)
+        window->show();
     Driver driver(*model, *dialogs, folder.path(), seed);
-    std::vector<Sample> samples;
+    Samples samples;
     samples.reserve(samplesPerRun + 1);
 
     QTimer gestures;
-    QObject::connect(&gestures, &QTimer::timeout, &application, [&] {
+    QObject::connect(&gestures, &QTimer::timeout, application.get(), [&] {
         driver.gesture();
         if (!model->busy() && stage.listings() >= ticks * (samples.size() + 1) / samplesPerRun) {
-            samples.push_back(takeSample());
-            show(stage.listings(), samples.back(), driver, stage);
+            driver.clear();
+            QTimer::singleShot(renderTime, application.get(), [&] {
+                samples.push_back(takeSample());
+                show(stage.listings(), samples.back(), driver, stage);
+            });
         }
         if (stage.listings() >= ticks && !model->busy())
             QCoreApplication::quit();
@@ -245,10 +299,10 @@ int main(int argc, char *argv[])
     QCoreApplication::exec();
     model->stop();
 
-    bool flat = isFlat("heap in use (bytes)", samples, &Sample::heap, allowedGrowth);
-    flat = isFlat("descriptors", samples, &Sample::descriptors, allowedDescriptors) && flat;
-    flat = isFlat("threads", samples, &Sample::threads, allowedThreads) && flat;
-    flat = isFlat("capture directories", samples, &Sample::directories, 1) && flat;
+    bool flat = isFlat("heap in use (bytes)", samples, lowestHeap, windowed ? allowedGrowthOfWindow : allowedGrowth);
+    flat = isFlat("descriptors", samples, most<&Sample::descriptors>, allowedDescriptors) && flat;
+    flat = isFlat("threads", samples, most<&Sample::threads>, allowedThreads) && flat;
+    flat = isFlat("capture directories", samples, most<&Sample::directories>, 1) && flat;
     std::printf("%llu ticks, %llu commands, %d actions\n", stage.listings(), stage.runs(), driver.actions());
     return flat ? 0 : 1;
 }

@@ -12,14 +12,30 @@
 #include <cstring>
 #include <fstream>
 #include <string>
+#include <thread>
 
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace varda::test;
+
+namespace {
+
+/// The thread that last waited for a disk.
+std::thread::id waitedForDisk;
+
+} // namespace
+
+/// Before the C library's, for all libraries.
+extern "C" int fsync(int descriptor)
+{
+    waitedForDisk = std::this_thread::get_id();
+    return static_cast<int>(syscall(SYS_fsync, descriptor));
+}
 
 namespace {
 
@@ -111,6 +127,7 @@ private Q_SLOTS:
     void fullDiskKeepsTheOldFileAndLeavesNothing();
     void unwritableFolderKeepsTheOldFile_data() { addWriters(); }
     void unwritableFolderKeepsTheOldFile();
+    void windowDoesNotWaitForTheDiskThatTakesAScreenshot();
 };
 
 void FileSavingTest::addWriters()
@@ -299,6 +316,18 @@ void FileSavingTest::unwritableFolderKeepsTheOldFile()
              qUtf8Printable(secondFailure));
     QCOMPARE(contents(path), QByteArray("old"));
     QCOMPARE(files(u"disk"_s), QStringList({u"file"_s}));
+}
+
+void FileSavingTest::windowDoesNotWaitForTheDiskThatTakesAScreenshot()
+{
+    selectPhone();
+    adb().on({u"-s"_s, serial, u"exec-out"_s, u"screencap"_s, u"-p"_s}).prints(pngSignature);
+    dialogs->locations = {scratch(u"new"_s)};
+    waitedForDisk = {};
+    perform([this] { model->screenshot(); });
+    QCOMPARE(contents(scratch(u"new"_s)), pngSignature);
+    QVERIFY(waitedForDisk != std::thread::id());
+    QVERIFY(waitedForDisk != std::this_thread::get_id());
 }
 
 int main(int argc, char **argv)

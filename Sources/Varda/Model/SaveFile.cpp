@@ -1,6 +1,7 @@
 // SaveFile: writing a whole file, or leaving the old one as it was.
 #include "Varda/Model/SaveFile.h"
 
+#include "VardaCore/Await.h"
 #include "VardaCore/ToolError.h"
 
 #include <QByteArrayView>
@@ -41,6 +42,13 @@ void saveFile(const QString &path, const QByteArray &contents)
         throw failure(path, qt_error_string());
     if (!file.commit())
         throw failure(path, file.errorString());
+}
+
+QCoro::Task<> saveFileInBackground(QString path, QByteArray contents)
+{
+    static WorkerThreads disk(1);
+    OnWorker saving(disk, [path, contents] { saveFile(path, contents); });
+    co_await saving;
 }
 
 } // namespace varda

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QCoroTask>
 #include <QString>
 
 namespace varda {
@@ -10,5 +11,9 @@ namespace varda {
 /// place. Through a symbolic link it replaces what the link leads to. Throws a ToolError that names the file and the
 /// reason; an existing file is then unchanged. Any thread; blocks while it writes.
 void saveFile(const QString &path, const QByteArray &contents);
+
+/// As `saveFile`, on a thread of its own: a slow disk holds nothing up. A program that ends meanwhile waits for it.
+/// Needs an event loop on the caller's thread; throws std::system_error, too, where there is no thread to be had.
+QCoro::Task<> saveFileInBackground(QString path, QByteArray contents);
 
 } // namespace varda

@@ -51,7 +51,7 @@ QCoro::Task<QString> saveScreenshot(QString serial, QString path)
     const CommandResult captured = result.checked();
     if (!captured.data.startsWith(pngSignature))
         throw ToolError::message(u"The phone did not return a valid PNG screenshot."_s);
-    saveFile(path, captured.data);
+    co_await saveFileInBackground(path, captured.data);
     co_return u"Screenshot saved to "_s + QFileInfo(path).fileName() + u'.';
 }
 

@@ -33,7 +33,10 @@ struct Fault
 };
 
 Fault fault;
-std::array<std::atomic<int>, callKinds> counts;
+using Counts = std::array<std::atomic<int>, callKinds>;
+
+Counts counts;
+Counts countsOfMainThread;
 std::atomic<long long> skippedNanoseconds = 0;
 std::atomic<bool> skippingIdleTime = false;
 
@@ -42,6 +45,8 @@ bool fails(Call call)
 {
     const int kind = static_cast<int>(call);
     ++counts[static_cast<size_t>(kind)];
+    if (::gettid() == ::getpid())
+        ++countsOfMainThread[static_cast<size_t>(kind)];
     if (fault.call != kind || fault.skip-- > 0 || fault.times-- <= 0)
         return false;
     ++fault.hits;
@@ -114,13 +119,20 @@ int clearFault()
 
 void countCalls()
 {
-    for (std::atomic<int> &count : counts)
-        count = 0;
+    for (Counts *each : {&counts, &countsOfMainThread}) {
+        for (std::atomic<int> &count : *each)
+            count = 0;
+    }
 }
 
 int callsMade(Call call)
 {
     return counts[static_cast<size_t>(call)];
+}
+
+int callsMadeByMainThread(Call call)
+{
+    return countsOfMainThread[static_cast<size_t>(call)];
 }
 
 void skipTime(std::chrono::nanoseconds time)

@@ -37,6 +37,8 @@ int clearFault();
 /// How many calls of this kind there have been since `countCalls()`; faulty ones count.
 void countCalls();
 int callsMade(Call call);
+/// How many of these the main thread made itself.
+int callsMadeByMainThread(Call call);
 
 /// Has the monotonic clock jump ahead: what waits for a deadline sees it pass.
 void skipTime(std::chrono::nanoseconds time);

@@ -1,6 +1,8 @@
 // QtFileDialogs: a title, a filter and a first folder for each kind of file; later the last folder is offered.
 #include "Varda/View/QtFileDialogs.h"
 
+#include "Varda/View/ErrorAlert.h"
+
 #include <QApplication>
 #include <QDir>
 #include <QFileDialog>
@@ -39,12 +41,20 @@ QString existingFolder(QStandardPaths::StandardLocation home)
     return QDir(folder).exists() ? folder : QDir::homePath();
 }
 
+/// What a file dialog lies on: the window in front. Never the alert, which comes and goes with an error and would take
+/// the dialog along, or come back on the dialog: two windows that each lie on the other make Qt look for ever.
+QWidget *host()
+{
+    QWidget *front = QApplication::activeWindow();
+    return qobject_cast<ErrorAlert *>(front) ? front->parentWidget() : front;
+}
+
 } // namespace
 
 std::optional<QUrl> QtFileDialogs::chooseBuild()
 {
     // The brackets are for file choosers that tell upper from lower case.
-    QFileDialog dialog(QApplication::activeWindow(), u"Choose APK"_s, {}, u"Android packages (*.[aA][pP][kK])"_s);
+    QFileDialog dialog(host(), u"Choose APK"_s, {}, u"Android packages (*.[aA][pP][kK])"_s);
     dialog.setFileMode(QFileDialog::ExistingFile);
     dialog.setOption(QFileDialog::HideNameFilterDetails);
     if (m_buildFolder.isEmpty())
@@ -56,7 +66,7 @@ std::optional<QUrl> QtFileDialogs::chooseBuild()
 std::optional<QString> QtFileDialogs::saveLocation(SaveKind kind, const QString &name)
 {
     const KindOfFile file = describe(kind);
-    QFileDialog dialog(QApplication::activeWindow(), file.title, {}, file.filter);
+    QFileDialog dialog(host(), file.title, {}, file.filter);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setDefaultSuffix(file.suffix);

@@ -139,8 +139,9 @@ QString CaptureDirectory::readText(const char *name) const
 
 void CaptureDirectory::bound(const char *name, qint64 limit) const noexcept
 {
-    if (size(name) > limit) [[maybe_unused]]
-        const int ignored = ::truncate(path(name).c_str(), limit);
+    if (size(name).value_or(0) <= limit)
+        return;
+    [[maybe_unused]] const int ignored = ::truncate(path(name).c_str(), limit);
 }
 
 void CaptureDirectory::remove() const noexcept

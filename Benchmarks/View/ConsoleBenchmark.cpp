@@ -105,8 +105,8 @@ void measureFirstIdeographs()
 {
     const double longest =
         bench::longestTurn([] { showInWindow(bench::logLines(1, lines, kinds.back().length, true)); });
-    bench::print({"console, the first ideographs in the program's life, longest turn of the event loop",
-                  bench::seconds(longest), "", "", "", bench::Verdict::Stated});
+    bench::printFigure("console, the first ideographs in the program's life, longest turn of the event loop", longest,
+                       onePicture, bench::seconds);
 }
 
 double median(std::vector<double> values)

@@ -2,9 +2,11 @@
 #include "Support/ViewFixture.h"
 #include "Varda/View/ErrorAlert.h"
 #include "Varda/View/Labels.h"
+#include "Varda/View/QtFileDialogs.h"
 #include "Varda/View/WirelessSheet.h"
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QClipboard>
 #include <QFileDialog>
 #include <QLineEdit>
@@ -79,6 +81,7 @@ private Q_SLOTS:
     void comesBackOnTopWhenTheSheetOpens();
     void comesBackOnTheWindowWhenTheSheetCloses();
     void showsAnErrorOnTopOfAFileDialog();
+    void opensNoFileDialogOnTheAlert();
     void scrollsALongError();
     void keepsTheSelectionInTheError();
     void opensAndClosesWithTheModel();
@@ -245,6 +248,33 @@ void DialogsTest::showsAnErrorOnTopOfAFileDialog()
     QVERIFY(stillOpen);
     QVERIFY(!fixture.model->error());
     QVERIFY(!alertOf(fixture)->isVisible());
+}
+
+void DialogsTest::opensNoFileDialogOnTheAlert()
+{
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->error = u"the mirror ended"_s;
+    QVERIFY(comesUp(alertOf(fixture)));
+    QVERIFY(QTest::qWaitForWindowActive(alertOf(fixture)));
+    QWidget *host = nullptr;
+    bool onTop = false;
+    // The alert goes, and is back with the next error while the question is open.
+    QTimer::singleShot(0, this, [&] {
+        auto *dialog = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+        QVERIFY(dialog);
+        host = dialog->parentWidget();
+        fixture.model->error = std::nullopt;
+        fixture.settle();
+        fixture.model->error = u"it ended again"_s;
+        if (comesUp(alertOf(fixture)))
+            onTop = reachable(fixture.find("alertButton"));
+        dialog->reject();
+    });
+    QtFileDialogs dialogs;
+    QVERIFY(!dialogs.chooseBuild());
+    QCOMPARE(host, fixture.view.get());
+    QVERIFY(onTop);
 }
 
 void DialogsTest::scrollsALongError()

@@ -116,7 +116,7 @@ int main(int argc, char *argv[])
     const double adb = (program.childrenSeconds() - children) * perHour;
     bench::print({"idle, " + phone.name().toStdString() + ": CPU time per hour / of the adb that it runs",
                   bench::seconds(own), bench::seconds(adb), bench::times(own / adb), "≤ " + bench::seconds(cpuGoal),
-                  own <= cpuGoal ? bench::Verdict::Met : bench::Verdict::Missed});
+                  bench::verdictOn(own, cpuGoal)});
     reportWakeUps(intervals);
     const auto words = [](double figure) { return std::to_string(figure).substr(0, 4); };
     const std::string during = " in " + words(minutes) + " minutes";

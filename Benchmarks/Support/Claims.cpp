@@ -55,9 +55,7 @@ public:
         const auto found = m_times.find(name);
         if (found == m_times.end())
             return std::nullopt;
-        std::vector<double> sorted = found->second;
-        std::sort(sorted.begin(), sorted.end());
-        return sorted[sorted.size() / 2];
+        return bench::median(found->second);
     }
 
 private:
@@ -77,13 +75,6 @@ std::string inUnit(double value, const char *unit)
     return fixed(value, value < 10 ? 2 : value < 100 ? 1 : 0) + ' ' + unit;
 }
 
-Verdict verdictOn(double figure, std::optional<double> atMost)
-{
-    if (!atMost)
-        return Verdict::Stated;
-    return figure <= *atMost ? Verdict::Met : Verdict::Missed;
-}
-
 void add(const std::string &name, Function function)
 {
     benchmark::RegisterBenchmark(name.c_str(), function)
@@ -94,6 +85,19 @@ void add(const std::string &name, Function function)
 }
 
 } // namespace
+
+Verdict verdictOn(double figure, std::optional<double> atMost)
+{
+    if (!atMost)
+        return Verdict::Stated;
+    return figure <= *atMost ? Verdict::Met : Verdict::Missed;
+}
+
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
 
 void print(const Row &row)
 {

@@ -6,11 +6,18 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace varda::bench {
 
 /// Whether a measurement reached its goal; `Stated` where there is none.
 enum class Verdict { Met, Missed, Stated };
+
+/// Whether `figure` is at most what is to be reached; without a goal it is stated.
+Verdict verdictOn(double figure, std::optional<double> atMost);
+
+/// The middle one of the values, the upper of two; there has to be one.
+double median(std::vector<double> values);
 
 /// One line of the table, in words: "0.41 ms", "× 1.07".
 struct Row

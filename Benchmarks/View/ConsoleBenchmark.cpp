@@ -97,7 +97,7 @@ void showUnchanged()
     QObject::disconnect(watching);
     const int count = counter.painted() + changes;
     bench::print({"console, the same snapshot again: paint events and changes of the document", std::to_string(count),
-                  "", "", "0", count == 0 ? bench::Verdict::Met : bench::Verdict::Missed});
+                  "", "", "0", bench::verdictOn(count, 0)});
 }
 
 /// The text system looks for a font that has them, once for all.
@@ -109,19 +109,13 @@ void measureFirstIdeographs()
                        onePicture, bench::seconds);
 }
 
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
 void reportLongestTurns(const std::string &claim, const std::vector<double> &window, const std::vector<double> &bare)
 {
     const double worst = *std::max_element(window.begin(), window.end());
-    bench::print({claim, bench::seconds(median(window)) + ", at worst " + bench::seconds(worst),
-                  bench::seconds(median(bare)), bench::times(median(window) / median(bare)),
-                  "≤ " + bench::seconds(onePicture),
-                  worst <= onePicture ? bench::Verdict::Met : bench::Verdict::Missed});
+    const double own = bench::median(window);
+    const double beside = bench::median(bare);
+    bench::print({claim, bench::seconds(own) + ", at worst " + bench::seconds(worst), bench::seconds(beside),
+                  bench::times(own / beside), "≤ " + bench::seconds(onePicture), bench::verdictOn(worst, onePicture)});
 }
 
 /// Each in turns with the bare widget.

@@ -7,8 +7,8 @@
 #include <QCoroTask>
 #include <QDir>
 
-#include <algorithm>
 #include <ctime>
+#include <utility>
 #include <vector>
 
 #include <sys/resource.h>
@@ -61,20 +61,21 @@ Costs tick(VardaModel &model)
     return {mainThread, seconds(CLOCK_PROCESS_CPUTIME_ID) - allBefore - mainThread, childrenSeconds() - childrenBefore};
 }
 
-double median(std::vector<Costs> samples, double Costs::*member)
+double median(const std::vector<Costs> &samples, double Costs::*member)
 {
-    std::sort(samples.begin(), samples.end(), [=](const Costs &a, const Costs &b) { return a.*member < b.*member; });
-    return samples[samples.size() / 2].*member;
+    std::vector<double> values;
+    for (const Costs &sample : samples)
+        values.push_back(sample.*member);
+    return bench::median(std::move(values));
 }
 
 void report(const std::string &claim, const std::vector<Costs> &samples, std::optional<double> atMost)
 {
     const double own = median(samples, &Costs::mainThread);
     const double adb = median(samples, &Costs::adb);
-    const auto verdict =
-        !atMost ? bench::Verdict::Stated : (own <= *atMost ? bench::Verdict::Met : bench::Verdict::Missed);
     bench::print({claim + ", CPU time of the main thread / of adb", bench::seconds(own), bench::seconds(adb),
-                  bench::times(own / adb), atMost ? "≤ " + bench::seconds(*atMost) : "", verdict});
+                  bench::times(own / adb), atMost ? "≤ " + bench::seconds(*atMost) : "",
+                  bench::verdictOn(own, atMost)});
     const double others = median(samples, &Costs::otherThreads);
     bench::print({claim + ", CPU time of the other threads / of adb", bench::seconds(others), bench::seconds(adb),
                   bench::times(others / adb), "", bench::Verdict::Stated});
@@ -103,13 +104,13 @@ int main(int argc, char *argv[])
     VardaModel &model = *window.model;
     model.selectedID = std::nullopt;
     tick(model);
-    if (!model.selected() || !model.selected()->ready())
+    if (!model.deviceReady())
         qFatal("No phone is attached: %s", qUtf8Printable(model.status()));
 
     const bench::PaintCounter counter;
     report("tick" + beside, measure(model), mainThreadGoal);
     bench::print({"tick" + beside + ", unchanged list: paint events", std::to_string(counter.painted()), "", "", "0",
-                  counter.painted() == 0 ? bench::Verdict::Met : bench::Verdict::Missed});
+                  bench::verdictOn(counter.painted(), 0)});
     model.logging = true;
     report("tick with the console on" + beside, measure(model), std::nullopt);
 }

@@ -20,7 +20,7 @@ set(packaging_build "${PROJECT_BINARY_DIR}/Packaging")
 install(FILES "${packaging}/varda.desktop" DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
 install(FILES "${packaging}/local.halvex.varda.metainfo.xml" DESTINATION "${CMAKE_INSTALL_DATADIR}/metainfo")
 install(DIRECTORY "${packaging_build}/hicolor" DESTINATION "${CMAKE_INSTALL_DATADIR}/icons")
-install(FILES "${PROJECT_SOURCE_DIR}/Sources/Varda/View/Icons/varda.svg"
+install(FILES "${PROJECT_SOURCE_DIR}/Sources/Varda/View/Widgets/Icons/varda.svg"
     DESTINATION "${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps")
 install(FILES "${packaging_build}/varda.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 install(FILES "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${packaging}/copyright"

@@ -3,7 +3,7 @@
 #include "Claims.h"
 #include "Window.h"
 
-#include "Varda/View/ConsoleText.h"
+#include "Varda/View/Widgets/ConsoleText.h"
 
 #include <QApplication>
 #include <QPlainTextEdit>

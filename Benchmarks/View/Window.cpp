@@ -1,8 +1,8 @@
 // Window: see the header.
 #include "Window.h"
 
-#include "Varda/View/ConsoleText.h"
-#include "Varda/View/VardaStyle.h"
+#include "Varda/View/Appearance.h"
+#include "Varda/View/Widgets/ConsoleText.h"
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
@@ -33,7 +33,7 @@ bool turn()
 
 std::shared_ptr<VardaModel> makeModel()
 {
-    VardaStyle::install();
+    prepareAppearance();
     auto model = VardaModel::create(std::make_unique<NoDialogs>());
     model->devices = QList<AndroidDevice>{{u"R58M42ABCDE"_s, u"device"_s, u"Pixel 8"_s}};
     model->selectedID = u"R58M42ABCDE"_s;

@@ -1,6 +1,6 @@
 // The program `varda`.
-#include "Varda/ProgramArguments.h"
-#include "Varda/VardaApp.h"
+#include "Varda/App/ProgramArguments.h"
+#include "Varda/App/VardaApp.h"
 
 #include <cstdio>
 

@@ -2,9 +2,9 @@
 // instead.
 #include "VardaCore/ChildProcess.h"
 
+#include "Private/Descriptor.h"
+#include "Private/Spawn.h"
 #include "VardaCore/Await.h"
-#include "VardaCore/Descriptor.h"
-#include "VardaCore/Spawn.h"
 
 #include <QSocketNotifier>
 #include <QTimer>

@@ -1,54 +1,20 @@
 // One child process: launched with exact control of what it inherits, watched without a thread, always reaped.
 #pragma once
 
+#include "VardaCore/ChildDescription.h"
+
 #include <QCoroTask>
-#include <QList>
-#include <QString>
-#include <QStringList>
 
 #include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <utility>
 
 #include <sys/types.h>
 
 class QObject;
 
 namespace varda {
-
-/// Where one of a child's three standard streams leads.
-struct StandardStream
-{
-    enum class Kind { Inherited, NullDevice, Descriptor };
-
-    Kind kind = Kind::Inherited;
-    /// The descriptor that the child gets a copy of; -1 for the other kinds.
-    int descriptor = -1;
-
-    static constexpr StandardStream inherited() { return {}; }
-    static constexpr StandardStream nullDevice() { return {Kind::NullDevice, -1}; }
-    /// The caller keeps its own descriptor and may close it as soon as the launch has returned.
-    static constexpr StandardStream from(int descriptor) { return {Kind::Descriptor, descriptor}; }
-};
-
-/// What to launch. Beside its streams the child inherits the working directory and the environment, and nothing else:
-/// no other descriptor, an empty signal mask and the default action for SIGPIPE.
-struct ChildDescription
-{
-    /// Absolute path; no search path is used.
-    QString executable;
-    /// Passed verbatim, in UTF-8, after the executable's path as argument 0.
-    QStringList arguments;
-    /// Variables that are added to the inherited environment or take the place of its own, in this order.
-    QList<std::pair<QString, QString>> environment;
-    StandardStream standardInput;
-    StandardStream standardOutput;
-    StandardStream standardError;
-    /// Whether the child leads a session of its own, so that signals to our terminal's process group miss it.
-    bool ownSession = false;
-};
 
 /// A child process and the duty to reap it. Every child ends in one of three ways: it is seen to exit (`running`,
 /// `waitForExit`, `onExit`), it is left behind (`abandon`), or the destructor kills and reaps it, which may block

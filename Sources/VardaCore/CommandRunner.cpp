@@ -2,11 +2,11 @@
 // the calling thread, read back and cleaned up on a worker.
 #include "VardaCore/CommandRunner.h"
 
+#include "Private/CaptureDirectory.h"
+#include "Private/Descriptor.h"
+#include "Private/InputPipe.h"
 #include "VardaCore/Await.h"
-#include "VardaCore/CaptureDirectory.h"
 #include "VardaCore/ChildProcess.h"
-#include "VardaCore/Descriptor.h"
-#include "VardaCore/InputPipe.h"
 #include "VardaCore/ToolError.h"
 #include "VardaCore/WorkerThreads.h"
 

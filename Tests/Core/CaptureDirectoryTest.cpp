@@ -1,6 +1,6 @@
 // The private temporary directory of one command.
-#include "VardaCore/CaptureDirectory.h"
-#include "FailureOf.h"
+#include "Private/CaptureDirectory.h"
+#include "Support/FailureOf.h"
 
 #include "Support/ProcessCensus.h"
 

@@ -1,7 +1,7 @@
 // Launching: what a child is given, what it inherits, and how a launch fails.
-#include "FailureOf.h"
+#include "Private/Descriptor.h"
 #include "StandInChild.h"
-#include "VardaCore/Descriptor.h"
+#include "Support/FailureOf.h"
 
 #include "Support/ProcessCensus.h"
 #include "Support/Wait.h"

@@ -1,8 +1,8 @@
 // The program ends in order whenever it is told to: at any moment of any action it exits with 0, has removed its
 // capture directories, and has asked the mirror to end. Under the sanitizers this is also the search for uses after the
 // end.
-#include "StandInTools.h"
 #include "Support/Seeds.h"
+#include "Support/StandInTools.h"
 
 #include <QCoreApplication>
 #include <QDir>

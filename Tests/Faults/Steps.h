@@ -1,7 +1,7 @@
 // Steps: every command of every action of the model, as a place where something can go wrong.
 #pragma once
 
-#include "ModelTest.h"
+#include "Support/ModelTest.h"
 
 #include "Varda/Model/Adb.h"
 

@@ -2,7 +2,7 @@
 // when its window is shown; then every few milliseconds a random button is pressed.
 //
 //   short-life SEED
-#include "Varda/VardaApp.h"
+#include "Varda/App/VardaApp.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -2,7 +2,7 @@
 // nothing that reorders the words beside it; anything else is shown as it is. Which characters those are, ICU says.
 #include "Fuzz.h"
 
-#include "Varda/View/PlainText.h"
+#include "Varda/View/Widgets/PlainText.h"
 
 #include <unicode/uchar.h>
 

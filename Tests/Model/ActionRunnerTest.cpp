@@ -1,6 +1,6 @@
 // The one protocol of every action: busy, the working text, the outcome or the failure, and the order of these writes.
-#include "CommandLines.h"
-#include "ModelTest.h"
+#include "Support/CommandLines.h"
+#include "Support/ModelTest.h"
 
 #include <QDir>
 #include <QFile>

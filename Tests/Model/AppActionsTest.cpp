@@ -1,6 +1,6 @@
 // Launching and stopping an app, listing the installed ones.
-#include "CommandLines.h"
-#include "ModelTest.h"
+#include "Support/CommandLines.h"
+#include "Support/ModelTest.h"
 
 using namespace Qt::StringLiterals;
 using namespace varda::test;

@@ -1,5 +1,5 @@
 // Taking a build in, and installing it.
-#include "ModelTest.h"
+#include "Support/ModelTest.h"
 
 #include <QDir>
 #include <QFile>

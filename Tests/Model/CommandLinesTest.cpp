@@ -1,6 +1,6 @@
 // Every command line of adb and scrcpy, argument by argument: as a value with its time-out, and as it arrives at the
 // child when the model is asked for it.
-#include "ModelTest.h"
+#include "Support/ModelTest.h"
 
 #include "Varda/Model/Adb.h"
 

@@ -1,5 +1,5 @@
 // Saving what the log console shows.
-#include "ModelTest.h"
+#include "Support/ModelTest.h"
 
 using namespace Qt::StringLiterals;
 using namespace varda::test;

@@ -1,6 +1,6 @@
 // The log console: which log is read, what is shown of it, and what turns the console off.
-#include "CommandLines.h"
-#include "ModelTest.h"
+#include "Support/CommandLines.h"
+#include "Support/ModelTest.h"
 
 #include <QCoroTask>
 #include <QFile>

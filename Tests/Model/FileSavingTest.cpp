@@ -1,7 +1,7 @@
 // What Varda writes, a console export and a screenshot: the whole of it or nothing, whatever the target is.
 //
 // A full disk and an unwritable folder are small file systems mounted in a mount namespace of this test's own.
-#include "ModelTest.h"
+#include "Support/ModelTest.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,6 +1,6 @@
 // Several models and several pieces of work at once, and models that go away in the middle of it.
-#include "CommandLines.h"
-#include "ModelTest.h"
+#include "Support/CommandLines.h"
+#include "Support/ModelTest.h"
 
 #include <QCoroTask>
 #include <QFile>

@@ -1,6 +1,6 @@
 // What changes while the log console is being read: the answer comes late.
-#include "CommandLines.h"
-#include "ModelTest.h"
+#include "Support/CommandLines.h"
+#include "Support/ModelTest.h"
 
 #include <QCoroTask>
 

@@ -1,6 +1,6 @@
 // Construction, the poll loop, its start and its end, the selection's observer.
-#include "CommandLines.h"
-#include "ModelTest.h"
+#include "Support/CommandLines.h"
+#include "Support/ModelTest.h"
 
 #include <QElapsedTimer>
 #include <QFile>

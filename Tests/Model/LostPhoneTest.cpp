@@ -1,5 +1,5 @@
 // The model with the real adb client when a phone, or adb's server, goes away under its hands.
-#include "RealAdbModelTest.h"
+#include "Support/RealAdbModelTest.h"
 
 #include <QCoroTask>
 #include <QFile>

@@ -1,6 +1,6 @@
 // The running live phone beside all other work, and each way in which it ends.
-#include "CommandLines.h"
-#include "MirrorModelTest.h"
+#include "Support/CommandLines.h"
+#include "Support/MirrorModelTest.h"
 
 #include <csignal>
 #include <memory>

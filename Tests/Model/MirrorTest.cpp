@@ -1,5 +1,5 @@
 // Opening the live phone: what it is called with, what it inherits, and where it records to.
-#include "MirrorModelTest.h"
+#include "Support/MirrorModelTest.h"
 
 #include <QDir>
 #include <QFile>

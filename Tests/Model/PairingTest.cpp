@@ -1,5 +1,5 @@
 // Pairing with a phone over Wi-Fi: the code that nobody else may learn.
-#include "ModelTest.h"
+#include "Support/ModelTest.h"
 
 #include <QDir>
 #include <QDirIterator>

@@ -1,5 +1,5 @@
 // What a published property promises: announced before each write, its observer told after it, no copies.
-#include "ModelTest.h"
+#include "Support/ModelTest.h"
 
 #include "Varda/Model/Published.h"
 

@@ -2,7 +2,7 @@
 //
 // What a tool answers is decided by what it is asked: a phone, a package, a build or an endpoint named "fail…" fails.
 // So the account knows how each gesture must end, whatever happens meanwhile.
-#include "ModelTest.h"
+#include "Support/ModelTest.h"
 #include "Support/Seeds.h"
 
 #include <QCoroTask>

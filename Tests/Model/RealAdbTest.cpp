@@ -1,5 +1,5 @@
 // The model with the real adb client, against simulated phones: the main path of each action, and refusals.
-#include "RealAdbModelTest.h"
+#include "Support/RealAdbModelTest.h"
 
 #include <QCoroTask>
 #include <QCryptographicHash>

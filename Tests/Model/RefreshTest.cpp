@@ -1,6 +1,6 @@
 // Listing the devices and choosing one where none is chosen.
-#include "CommandLines.h"
-#include "ModelTest.h"
+#include "Support/CommandLines.h"
+#include "Support/ModelTest.h"
 
 #include <QCoroTask>
 #include <QDir>

@@ -1,6 +1,6 @@
 // Screenshots: the proposed name, the image byte for byte, and what is not saved.
-#include "CommandLines.h"
-#include "ModelTest.h"
+#include "Support/CommandLines.h"
+#include "Support/ModelTest.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -1,6 +1,6 @@
 // Connecting to a phone over Wi-Fi, and what pairing and connecting have in common.
-#include "CommandLines.h"
-#include "ModelTest.h"
+#include "Support/CommandLines.h"
+#include "Support/ModelTest.h"
 
 using namespace Qt::StringLiterals;
 using namespace varda::test;

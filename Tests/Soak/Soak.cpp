@@ -7,10 +7,10 @@
 // Waits in which nothing happens are skipped (skipIdleTime); everything else, processes and files included, is real.
 // Ends with 1 when something has grown.
 #include "Faults/Interposition.h"
-#include "Model/Support/FakeFileDialogs.h"
+#include "Support/FakeFileDialogs.h"
 
 #include "Varda/Model/VardaModel.h"
-#include "Varda/View/VardaStyle.h"
+#include "Varda/View/Appearance.h"
 #include "Varda/View/VardaView.h"
 
 #include <QApplication>
@@ -247,7 +247,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv, bool w
     qInstallMessageHandler(report);
     qputenv("QT_NO_GLIB", "1"); // Qt's own event loop is the one whose waits are skipped
     auto application = std::make_unique<QApplication>(argc, argv);
-    VardaStyle::install();
+    prepareAppearance();
     return application;
 }
 

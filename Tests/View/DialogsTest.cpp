@@ -1,8 +1,8 @@
 // The alert and the sheet: bound to the model in both directions, and always on top of what lies below.
 #include "Support/ViewFixture.h"
 #include "Varda/View/ErrorAlert.h"
-#include "Varda/View/Labels.h"
 #include "Varda/View/QtFileDialogs.h"
+#include "Varda/View/Widgets/Labels.h"
 #include "Varda/View/WirelessSheet.h"
 
 #include <QAbstractButton>

@@ -2,9 +2,9 @@
 #include "Support/ViewFixture.h"
 #include "Varda/View/AboutPane.h"
 #include "Varda/View/DeviceRow.h"
-#include "Varda/View/Labels.h"
-#include "Varda/View/PlainText.h"
-#include "Varda/View/Theme.h"
+#include "Varda/View/Widgets/Labels.h"
+#include "Varda/View/Widgets/PlainText.h"
+#include "Varda/View/Widgets/Theme.h"
 
 #include <QAbstractButton>
 #include <QLineEdit>

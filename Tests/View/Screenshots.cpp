@@ -5,7 +5,7 @@
 // The window and the model are the real ones; what would come from phones is published by this program.
 #include "Support/ViewFixture.h"
 #include "Varda/View/AboutPane.h"
-#include "Varda/View/Icon.h"
+#include "Varda/View/Widgets/Icon.h"
 
 #include <QApplication>
 #include <QDialog>

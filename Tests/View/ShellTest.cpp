@@ -1,6 +1,6 @@
 // The shell: the program comes up with one window, and every way to end it ends it in order.
-#include "Varda/VardaApp.h"
-#include "Varda/View/VardaStyle.h"
+#include "Varda/App/VardaApp.h"
+#include "Varda/View/Widgets/VardaStyle.h"
 
 #include <QAction>
 #include <QDialog>

@@ -1,7 +1,7 @@
 // A tick of the poll loop republishes everything: what a person is reading, selecting or typing is left alone.
 #include "Support/ViewFixture.h"
-#include "Varda/View/ConsoleText.h"
 #include "Varda/View/DeviceRow.h"
+#include "Varda/View/Widgets/ConsoleText.h"
 
 #include <QElapsedTimer>
 #include <QLineEdit>

@@ -1,7 +1,7 @@
 // Every text of the window, the sheet and the About pane, to the character, and the sizes that they are set in.
 #include "Support/ViewFixture.h"
 #include "Varda/View/AboutPane.h"
-#include "Varda/View/Labels.h"
+#include "Varda/View/Widgets/Labels.h"
 
 #include <QAbstractButton>
 #include <QDesktopServices>

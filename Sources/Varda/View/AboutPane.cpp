@@ -1,10 +1,10 @@
 // AboutPane: three texts and a link.
 #include "Varda/View/AboutPane.h"
 
-#include "Varda/View/Button.h"
-#include "Varda/View/Labels.h"
-#include "Varda/View/PlainText.h"
-#include "Varda/View/Theme.h"
+#include "Varda/View/Widgets/Button.h"
+#include "Varda/View/Widgets/Labels.h"
+#include "Varda/View/Widgets/PlainText.h"
+#include "Varda/View/Widgets/Theme.h"
 
 #include <QDesktopServices>
 #include <QUrl>

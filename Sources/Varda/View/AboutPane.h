@@ -1,7 +1,7 @@
 // AboutPane: what this program is, and where to read about what it runs.
 #pragma once
 
-#include "Varda/View/FittedDialog.h"
+#include "Varda/View/Widgets/FittedDialog.h"
 
 namespace varda {
 

@@ -1,13 +1,13 @@
 // Accessibility: one factory gives each kind of widget of our own its role.
 #include "Varda/View/Accessibility.h"
 
-#include "Varda/View/Button.h"
 #include "Varda/View/DeviceRow.h"
 #include "Varda/View/ErrorAlert.h"
-#include "Varda/View/Labels.h"
-#include "Varda/View/Panel.h"
 #include "Varda/View/StatusLine.h"
 #include "Varda/View/VardaView.h"
+#include "Varda/View/Widgets/Button.h"
+#include "Varda/View/Widgets/Labels.h"
+#include "Varda/View/Widgets/Panel.h"
 
 #include <QAccessibleWidget>
 

@@ -1,7 +1,7 @@
 // Binding: only a text that differs is written, or the two directions would call each other for ever.
 #include "Varda/View/Binding.h"
 
-#include "Varda/View/Theme.h"
+#include "Varda/View/Widgets/Theme.h"
 
 #include <QLineEdit>
 

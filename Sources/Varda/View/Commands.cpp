@@ -1,8 +1,8 @@
 // Commands: each action has its keys and calls the model.
 #include "Varda/View/Commands.h"
 
-#include "Varda/View/Icon.h"
-#include "Varda/View/PlainText.h"
+#include "Varda/View/Widgets/Icon.h"
+#include "Varda/View/Widgets/PlainText.h"
 
 #include <QAction>
 #include <QMenu>

@@ -1,12 +1,12 @@
 // ConsolePanel: the heading and the controls in a row, the text below them, and its footer.
 #include "Varda/View/ConsolePanel.h"
 
-#include "Varda/View/Button.h"
 #include "Varda/View/Commands.h"
-#include "Varda/View/ConsoleText.h"
-#include "Varda/View/Labels.h"
-#include "Varda/View/Panel.h"
-#include "Varda/View/Theme.h"
+#include "Varda/View/Widgets/Button.h"
+#include "Varda/View/Widgets/ConsoleText.h"
+#include "Varda/View/Widgets/Labels.h"
+#include "Varda/View/Widgets/Panel.h"
+#include "Varda/View/Widgets/Theme.h"
 
 #include <QVBoxLayout>
 

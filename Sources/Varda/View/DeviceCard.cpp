@@ -1,8 +1,8 @@
 // DeviceCard: its texts are labels, its icon is painted.
 #include "Varda/View/DeviceCard.h"
 
-#include "Varda/View/Labels.h"
-#include "Varda/View/Theme.h"
+#include "Varda/View/Widgets/Labels.h"
+#include "Varda/View/Widgets/Theme.h"
 
 #include <QPainter>
 

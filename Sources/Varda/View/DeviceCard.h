@@ -1,7 +1,7 @@
 // DeviceCard: the selected device and whether it can be worked with, and what to do where the phone has yet to agree.
 #pragma once
 
-#include "Varda/View/Panel.h"
+#include "Varda/View/Widgets/Panel.h"
 #include "VardaCore/AndroidDevice.h"
 
 class QLabel;

@@ -2,8 +2,8 @@
 #include "Varda/View/DeviceList.h"
 
 #include "Varda/View/DeviceRow.h"
-#include "Varda/View/Labels.h"
-#include "Varda/View/Theme.h"
+#include "Varda/View/Widgets/Labels.h"
+#include "Varda/View/Widgets/Theme.h"
 
 #include <QKeyEvent>
 #include <QScrollBar>

@@ -1,10 +1,10 @@
 // DeviceRow: its size follows its font, its colours the button's state.
 #include "Varda/View/DeviceRow.h"
 
-#include "Varda/View/Icon.h"
-#include "Varda/View/PlainText.h"
-#include "Varda/View/Theme.h"
-#include "Varda/View/VardaStyle.h"
+#include "Varda/View/Widgets/Icon.h"
+#include "Varda/View/Widgets/Painting.h"
+#include "Varda/View/Widgets/PlainText.h"
+#include "Varda/View/Widgets/Theme.h"
 
 #include <QKeyEvent>
 #include <QPainter>

@@ -1,8 +1,8 @@
 // DropZone: a build is taken in on the next turn of the event loop, when the drag has ended.
 #include "Varda/View/DropZone.h"
 
-#include "Varda/View/Labels.h"
-#include "Varda/View/Theme.h"
+#include "Varda/View/Widgets/Labels.h"
+#include "Varda/View/Widgets/Theme.h"
 
 #include <QDragEnterEvent>
 #include <QFileInfo>

@@ -1,9 +1,9 @@
 // ErrorAlert: tied to what it lies on, and in front again when that takes the focus.
 #include "Varda/View/ErrorAlert.h"
 
-#include "Varda/View/Button.h"
-#include "Varda/View/Labels.h"
-#include "Varda/View/Theme.h"
+#include "Varda/View/Widgets/Button.h"
+#include "Varda/View/Widgets/Labels.h"
+#include "Varda/View/Widgets/Theme.h"
 
 #include <QGuiApplication>
 #include <QVBoxLayout>

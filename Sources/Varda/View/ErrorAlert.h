@@ -1,7 +1,7 @@
 // ErrorAlert: the last failure, in front of everything else.
 #pragma once
 
-#include "Varda/View/FittedDialog.h"
+#include "Varda/View/Widgets/FittedDialog.h"
 
 namespace varda {
 

@@ -3,9 +3,9 @@
 
 #include "Varda/View/ConsolePanel.h"
 #include "Varda/View/DeviceCard.h"
-#include "Varda/View/Labels.h"
 #include "Varda/View/StatusLine.h"
-#include "Varda/View/Theme.h"
+#include "Varda/View/Widgets/Labels.h"
+#include "Varda/View/Widgets/Theme.h"
 #include "Varda/View/WorkPanels.h"
 
 #include <QEvent>

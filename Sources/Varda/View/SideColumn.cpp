@@ -1,12 +1,12 @@
 // SideColumn: the header with the application menu, the list, and what stands below it.
 #include "Varda/View/SideColumn.h"
 
-#include "Varda/View/Button.h"
 #include "Varda/View/Commands.h"
 #include "Varda/View/DeviceList.h"
-#include "Varda/View/Labels.h"
-#include "Varda/View/Panel.h"
-#include "Varda/View/Theme.h"
+#include "Varda/View/Widgets/Button.h"
+#include "Varda/View/Widgets/Labels.h"
+#include "Varda/View/Widgets/Panel.h"
+#include "Varda/View/Widgets/Theme.h"
 
 #include <QMenu>
 #include <QPainter>

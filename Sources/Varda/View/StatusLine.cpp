@@ -1,8 +1,8 @@
 // StatusLine: a spinner while an action is in flight, and the text, which can be selected.
 #include "Varda/View/StatusLine.h"
 
-#include "Varda/View/Labels.h"
-#include "Varda/View/Theme.h"
+#include "Varda/View/Widgets/Labels.h"
+#include "Varda/View/Widgets/Theme.h"
 
 #include <QHBoxLayout>
 #include <QPainter>

@@ -1,12 +1,11 @@
 // VardaView: made once, rendered ever after; the dialogs over it are put in order in one place.
 #include "Varda/View/VardaView.h"
 
-#include "Varda/View/Accessibility.h"
 #include "Varda/View/Commands.h"
 #include "Varda/View/ErrorAlert.h"
 #include "Varda/View/MainColumn.h"
 #include "Varda/View/SideColumn.h"
-#include "Varda/View/Theme.h"
+#include "Varda/View/Widgets/Theme.h"
 #include "Varda/View/WirelessSheet.h"
 
 #include <QAction>
@@ -20,20 +19,8 @@ namespace varda {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-/// A widget keeps the accessible object that it has when something first asks for it, as setting its name does: the
-/// kinds of our own have to be known before any widget is made.
-QWidget *madeAccessible(QWidget *parent)
-{
-    installAccessibility();
-    return parent;
-}
-
-} // namespace
-
 VardaView::VardaView(std::shared_ptr<VardaModel> model, QWidget *parent)
-    : QWidget(madeAccessible(parent))
+    : QWidget(parent)
     , m_model(std::move(model))
     , m_commands(new Commands(*m_model, *this))
     , m_side(new SideColumn(*m_model, *m_commands, this))

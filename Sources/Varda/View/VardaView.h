@@ -5,7 +5,7 @@
 #pragma once
 
 #include "Varda/Model/VardaModel.h"
-#include "Varda/View/FocusReturn.h"
+#include "Varda/View/Widgets/FocusReturn.h"
 
 #include <QWidget>
 

@@ -2,10 +2,10 @@
 #include "Varda/View/WirelessSheet.h"
 
 #include "Varda/View/Binding.h"
-#include "Varda/View/Button.h"
-#include "Varda/View/Labels.h"
-#include "Varda/View/Panel.h"
-#include "Varda/View/Theme.h"
+#include "Varda/View/Widgets/Button.h"
+#include "Varda/View/Widgets/Labels.h"
+#include "Varda/View/Widgets/Panel.h"
+#include "Varda/View/Widgets/Theme.h"
 
 #include <QLineEdit>
 #include <QVBoxLayout>

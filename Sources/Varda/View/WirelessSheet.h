@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Varda/Model/VardaModel.h"
-#include "Varda/View/FittedDialog.h"
+#include "Varda/View/Widgets/FittedDialog.h"
 
 class QLineEdit;
 class QVBoxLayout;

@@ -2,11 +2,11 @@
 #include "Varda/View/WorkPanels.h"
 
 #include "Varda/View/Binding.h"
-#include "Varda/View/Button.h"
 #include "Varda/View/Commands.h"
 #include "Varda/View/DropZone.h"
-#include "Varda/View/Labels.h"
-#include "Varda/View/Theme.h"
+#include "Varda/View/Widgets/Button.h"
+#include "Varda/View/Widgets/Labels.h"
+#include "Varda/View/Widgets/Theme.h"
 
 #include <QLineEdit>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Varda/Model/VardaModel.h"
-#include "Varda/View/Panel.h"
+#include "Varda/View/Widgets/Panel.h"
 
 class QLineEdit;
 

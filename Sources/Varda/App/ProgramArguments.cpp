@@ -1,0 +1,52 @@
+// ProgramArguments: asked before there is a display, and again when Qt has taken its own options out.
+#include "Varda/App/ProgramArguments.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+namespace varda {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+struct Grammar
+{
+    Grammar()
+    {
+        // Otherwise "-reverse", an option of Qt's, would be read as seven options of one letter, "-v" among them.
+        parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+        parser.setApplicationDescription(u"Test your own Android builds on a real phone."_s);
+        parser.addOptions({help, version});
+    }
+
+    const QCommandLineOption help{{u"h"_s, u"help"_s}, u"Print this help and exit."_s};
+    const QCommandLineOption version{{u"v"_s, u"version"_s}, u"Print the version and exit."_s};
+    QCommandLineParser parser;
+};
+
+} // namespace
+
+std::optional<QString> ProgramArguments::answer(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    Grammar grammar;
+    grammar.parser.parse(QCoreApplication::arguments());
+    if (grammar.parser.isSet(grammar.help))
+        return grammar.parser.helpText();
+    if (grammar.parser.isSet(grammar.version))
+        return u"varda "_s + QStringLiteral(VARDA_VERSION) + u'\n';
+    return std::nullopt;
+}
+
+std::optional<QString> ProgramArguments::mistake()
+{
+    Grammar grammar;
+    if (!grammar.parser.parse(QCoreApplication::arguments()))
+        return grammar.parser.errorText();
+    const QStringList rest = grammar.parser.positionalArguments();
+    if (!rest.isEmpty())
+        return u"Unexpected argument '%1'."_s.arg(rest.constFirst());
+    return std::nullopt;
+}
+
+} // namespace varda

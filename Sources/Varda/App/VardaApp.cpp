@@ -1,0 +1,109 @@
+// VardaApp: what stands before the first window, and how the program ends.
+#include "Varda/App/VardaApp.h"
+
+#include "Varda/App/QuitSignals.h"
+#include "Varda/View/AboutPane.h"
+#include "Varda/View/Appearance.h"
+#include "Varda/View/QtFileDialogs.h"
+#include "Varda/View/VardaView.h"
+#include "Varda/View/Widgets/Icon.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QScreen>
+#include <QSettings>
+
+#include <cstdlib>
+
+namespace varda {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+void quit()
+{
+    QCoreApplication::exit(0);
+}
+
+/// The model, while the event loop runs.
+std::weak_ptr<VardaModel> runningModel;
+
+/// Qt ends the process from within the event loop when the display is lost; destructors do not run then.
+void stopRunningModel()
+{
+    if (const std::shared_ptr<VardaModel> model = runningModel.lock())
+        model->stop();
+}
+
+/// What has to stand before the first window: who the program is on the desktop, and how it looks.
+std::unique_ptr<VardaView> makeView(std::shared_ptr<VardaModel> model)
+{
+    QCoreApplication::setApplicationName(u"varda"_s);
+    QGuiApplication::setApplicationDisplayName(u"Varda"_s);
+    QGuiApplication::setDesktopFileName(u"varda"_s);
+    // Qt's file dialog would keep its history and its layout in a settings file; this program writes none.
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, u"/dev/null"_s);
+    prepareAppearance();
+    QGuiApplication::setWindowIcon(applicationIcon());
+    return std::make_unique<VardaView>(std::move(model));
+}
+
+} // namespace
+
+VardaApp::VardaApp(int &argc, char **argv)
+    : m_application(argc, argv)
+    , m_model(VardaModel::create(std::make_unique<QtFileDialogs>()))
+    , m_view(makeView(m_model))
+    , m_about(std::make_unique<AboutPane>(m_view.get()))
+{
+    fillApplicationMenu();
+    QObject::connect(m_view.get(), &VardaView::closed, &m_application, quit);
+    QObject::connect(new QuitSignals(&m_application), &QuitSignals::received, &m_application, quit);
+    QObject::connect(&m_application, &QCoreApplication::aboutToQuit, m_model.get(), &VardaModel::stop);
+}
+
+VardaApp::~VardaApp() = default;
+
+void VardaApp::fillApplicationMenu()
+{
+    QMenu *menu = m_view->applicationMenu();
+    menu->addSeparator();
+    QAction *about = menu->addAction(u"About Varda"_s);
+    about->setObjectName(u"aboutAction"_s);
+    about->setShortcut(QKeySequence(u"F1"_s));
+    QObject::connect(about, &QAction::triggered, m_about.get(), &AboutPane::present);
+    QAction *leave = menu->addAction(u"Quit"_s);
+    leave->setObjectName(u"quitAction"_s);
+    leave->setShortcut(QKeySequence(u"Ctrl+Q"_s));
+    QObject::connect(leave, &QAction::triggered, &m_application, quit);
+
+    m_view->addAction(about);
+    m_view->addEverywhere(leave);
+    m_about->addAction(leave);
+}
+
+/// Shows the window at its first size, or as large as the screen allows.
+void VardaApp::showWindow()
+{
+    const QSize available = m_view->screen()->availableSize();
+    m_view->resize(m_view->size().boundedTo(available).expandedTo(m_view->minimumSize()));
+    m_view->show();
+}
+
+int VardaApp::run()
+{
+    showWindow();
+    m_model->start();
+    runningModel = m_model;
+    std::atexit(stopRunningModel);
+    const int status = QApplication::exec();
+    runningModel.reset();
+    // A poll loop that was cancelled in its pause ends on its next turn. Nothing else may begin: a dialog that opened
+    // now would keep the program for ever, and a mirror would not be asked to end.
+    m_view->hide();
+    m_about->hide();
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::ExcludeSocketNotifiers);
+    return status;
+}
+
+} // namespace varda

@@ -1,0 +1,104 @@
+// Labels: the texts of the window. All of them show plain text, whatever it holds.
+#pragma once
+
+#include "Varda/View/Widgets/Icon.h"
+
+#include <QAccessible>
+#include <QLabel>
+#include <QTextEdit>
+
+#include <optional>
+
+namespace varda {
+
+/// Writes the texts of `widget` in `colour`.
+void setTextColour(QWidget &widget, const QColor &colour);
+
+/// A text of the program's own that wraps at its words.
+QLabel *makeText(const QString &text, const QFont &font, const QColor &colour, QWidget *parent = nullptr);
+
+/// A one-line label with a decorative icon before it, of which a screen reader hears nothing.
+class IconLabel final : public QLabel
+{
+    Q_OBJECT
+
+public:
+    IconLabel(Icon icon, int iconSize, const QString &text, const QFont &font, QWidget *parent = nullptr);
+
+    /// The icon has the text's colour otherwise.
+    void setIconColour(const QColor &colour);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    int scaledIcon() const;
+    void makeRoom();
+
+    const Icon m_icon;
+    const double m_iconPerPixel;
+    std::optional<QColor> m_iconColour;
+};
+
+/// One line of a text that came from outside, of any length: what does not fit is elided, and the tooltip holds it all.
+/// It never makes its window wider.
+class ElidedLabel final : public QLabel
+{
+    Q_OBJECT
+
+public:
+    explicit ElidedLabel(Qt::TextElideMode mode, QWidget *parent = nullptr);
+
+    /// Shows `text` made visible; the tooltip shows `whole` where that is more.
+    void show(const QString &text, const QString &whole = {});
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    const Qt::TextElideMode m_mode;
+};
+
+/// Selectable text from outside, of any length and any number of lines. It breaks wherever it has to, so that it never
+/// makes its window wider, and is as high as its text, or scrolls from `maximumHeight` on.
+class TextBlock final : public QTextEdit
+{
+    Q_OBJECT
+
+public:
+    /// `role` tells a screen reader what the text is; each new text is announced.
+    TextBlock(const QFont &font, const QColor &colour, QAccessible::Role role, QWidget *parent = nullptr);
+
+    /// The text as it was given.
+    const QString &shown() const { return m_text; }
+    QAccessible::Role role() const { return m_role; }
+
+    /// Does nothing where `text` stands already, so that a selection survives.
+    void show(const QString &text);
+    void setMaximumTextHeight(int pixels);
+
+    /// How far the text is inset from the widget's edges, where the focus ring runs.
+    static constexpr int inset = 4;
+
+    QSize minimumSizeHint() const override { return {40, 0}; }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void fitHeight();
+
+    const QAccessible::Role m_role;
+    QString m_text;
+    std::optional<int> m_maximumHeight;
+};
+
+} // namespace varda

@@ -1,0 +1,167 @@
+// ModelTest: sets the bench up before each test, and looks for what was left behind after it.
+#include "Support/ModelTest.h"
+
+#include <QDir>
+#include <QEventLoop>
+#include <QFile>
+#include <QTimer>
+
+namespace varda::test {
+
+using namespace Qt::StringLiterals;
+
+void turnFor(std::chrono::milliseconds time)
+{
+    QEventLoop loop;
+    QTimer::singleShot(time, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+void turn()
+{
+    turnFor(std::chrono::milliseconds(60)); // a launch takes a few
+}
+
+ModelTest::ModelTest()
+    : m_home(QDir::tempPath() + u"/model-test-XXXXXX")
+{
+    QDir(m_home.path()).mkdir(u"tmp"_s);
+    qputenv("TMPDIR", QFile::encodeName(m_home.filePath(u"tmp"_s)));
+}
+
+ModelTest::~ModelTest() = default;
+
+AndroidDevice ModelTest::device(const QString &serial, const QString &state, const QString &name)
+{
+    return {serial, state, name};
+}
+
+void ModelTest::selectPhone()
+{
+    selectPhone(device(serial));
+}
+
+void ModelTest::selectPhone(const AndroidDevice &phone)
+{
+    model->devices = {phone};
+    model->selectedID = phone.id;
+    writes->take();
+}
+
+void ModelTest::addMissingRows()
+{
+    QTest::addColumn<QString>("missing");
+    for (const QString &each : {u"device"_s, u"unauthorized"_s, u"offline"_s, u"no permissions"_s, u"recovery"_s,
+                                u"sideload"_s, u"bootloader"_s, u"unplugged"_s, u"idle"_s})
+        QTest::newRow(qUtf8Printable(each)) << each;
+}
+
+void ModelTest::arrangeMissing(const QString &missing)
+{
+    const bool present = missing == u"unplugged" || missing == u"idle" || missing == u"nothing";
+    if (present)
+        selectPhone();
+    else if (missing != u"device")
+        selectPhone(device(serial, missing));
+    if (missing == u"unplugged")
+        model->devices = {device(u"another"_s)};
+    model->busy = missing == u"idle";
+    writes->take();
+}
+
+void ModelTest::addBrokenToolRows()
+{
+    QTest::addColumn<QString>("trouble");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("no file") << u"absent"_s << u"No such file or directory"_s;
+    QTest::newRow("not executable") << u"plain"_s << u"Permission denied"_s;
+    QTest::newRow("a directory") << u"directory"_s << u"Permission denied"_s;
+    QTest::newRow("no program") << u"garbage"_s << u"Exec format error"_s;
+}
+
+void ModelTest::breakTool(const StandInTool &tool, const QString &trouble)
+{
+    QVERIFY(QFile::remove(tool.path()));
+    if (trouble == u"directory")
+        QVERIFY(QDir().mkdir(tool.path()));
+    if (trouble == u"plain" || trouble == u"garbage") {
+        QFile file(tool.path());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("\x01garbage");
+        file.close();
+        const QFile::Permissions plain = QFile::ReadOwner | QFile::WriteOwner;
+        QVERIFY(file.setPermissions(trouble == u"plain" ? plain : plain | QFile::ExeOwner));
+    }
+}
+
+void ModelTest::perform(const std::function<void()> &start)
+{
+    start();
+    comesTrue([this] { return !model->busy(); });
+}
+
+bool ModelTest::called(const StandInTool &tool, const QStringList &arguments, qsizetype times)
+{
+    return comesTrue([&] { return tool.count(arguments) >= times; });
+}
+
+QStringList ModelTest::failure(const QString &working, const QString &error)
+{
+    return {u"busy=true"_s, u"status="_s + working, u"error="_s + error, u"status="_s + working + u" failed."_s,
+            u"busy=false"_s};
+}
+
+QStringList ModelTest::success(const QString &working, const QString &outcome)
+{
+    return {u"busy=true"_s, u"status="_s + working, u"status="_s + outcome, u"busy=false"_s};
+}
+
+QString ModelTest::scratch(const QString &name) const
+{
+    return m_home.filePath(u"files/"_s + name);
+}
+
+QString ModelTest::makeFile(const QString &name, const QByteArray &contents) const
+{
+    const QString path = scratch(name);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size())
+        qFatal("Cannot write %s: %s", qUtf8Printable(path), qUtf8Printable(file.errorString()));
+    return path;
+}
+
+QByteArray ModelTest::contents(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArrayLiteral("(cannot be read)");
+}
+
+void ModelTest::init()
+{
+    QDir(m_home.path()).mkdir(u"files"_s);
+    tools.emplace();
+    dialogs = std::make_shared<DialogScript>();
+    model = VardaModel::create(std::make_unique<FakeFileDialogs>(dialogs));
+    writes.emplace(*model);
+    m_census.emplace();
+}
+
+void ModelTest::cleanup()
+{
+    if (QTest::currentTestFailed())
+        tools->release();
+    const std::weak_ptr<VardaModel> watched = model;
+    if (model)
+        model->stop();
+    writes.reset();
+    model.reset();
+    VERIFY_SOON(watched.expired());
+    COMPARE_SOON(m_census->newcomers(), QStringList());
+    COMPARE_SOON(QDir(QDir::tempPath()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+    for (const ToolCall &call : tools->unexpectedCalls())
+        QFAIL(qPrintable(u"No rule for the call: "_s + call.arguments().join(u' ')));
+    tools.reset();
+    QVERIFY(QDir(m_home.filePath(u"files"_s)).removeRecursively());
+}
+
+} // namespace varda::test

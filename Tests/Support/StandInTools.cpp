@@ -1,0 +1,285 @@
+// StandInTools: writes the scripts that the program stand-in-tool plays, and reads the records that it keeps.
+#include "Support/StandInTools.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <filesystem>
+
+namespace varda::test {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void put(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("Cannot write %s", qUtf8Printable(path));
+}
+
+QByteArray get(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// The texts that a NUL ends.
+QByteArrayList ended(const QByteArray &bytes)
+{
+    QByteArrayList texts = bytes.split('\0');
+    texts.removeLast();
+    return texts;
+}
+
+/// FNV-1a, 64 bits, as the program computes it.
+QString keyOf(const QByteArray &argv)
+{
+    quint64 hash = 14695981039346656037U;
+    for (const char byte : argv)
+        hash = (hash ^ static_cast<uchar>(byte)) * 1099511628211U;
+    return u"%1"_s.arg(hash, 16, 16, QChar(u'0'));
+}
+
+ToolCall readCall(const QString &record)
+{
+    ToolCall call;
+    call.argv = ended(get(record + u"/argv"));
+    call.input = get(record + u"/input");
+    for (const QByteArray &entry : ended(get(record + u"/environment"))) {
+        const qsizetype equals = entry.indexOf('=');
+        call.environment.insert(entry.left(equals), entry.mid(equals + 1));
+    }
+    call.descriptors = QString::fromUtf8(get(record + u"/descriptors")).split(u'\n', Qt::SkipEmptyParts);
+    call.descriptors.sort();
+    call.workingDirectory = QString::fromUtf8(get(record + u"/directory"));
+    call.status = QString::fromUtf8(get(record + u"/status"));
+    call.pid = QFileInfo(record).fileName().section(u'-', -1).toLongLong();
+    call.session = get(record + u"/session").toLongLong();
+    call.terminationRequests = static_cast<int>(get(record + u"/terminations").size());
+    call.ended = QFile::exists(record + u"/ended");
+    call.unexpected = QFile::exists(record + u"/unexpected");
+    return call;
+}
+
+} // namespace
+
+QStringList ToolCall::arguments() const
+{
+    QStringList texts;
+    for (const QByteArray &each : argv.mid(1))
+        texts << QString::fromUtf8(each);
+    return texts;
+}
+
+ToolAnswer::ToolAnswer(QString draft, QString rule)
+    : m_draft(std::move(draft))
+    , m_rule(std::move(rule))
+{
+}
+
+ToolAnswer::~ToolAnswer()
+{
+    put(m_draft + u"/plan", m_plan.toUtf8());
+    // A run under way reads either no such rule or the whole of it.
+    if (!QDir().rename(m_draft, m_rule))
+        qFatal("Cannot put the rule %s into force", qUtf8Printable(m_rule));
+}
+
+ToolAnswer &ToolAnswer::prints(const QByteArray &output)
+{
+    put(m_draft + u"/stdout", output);
+    return *this;
+}
+
+ToolAnswer &ToolAnswer::complains(const QByteArray &standardError)
+{
+    put(m_draft + u"/stderr", standardError);
+    return *this;
+}
+
+ToolAnswer &ToolAnswer::exits(int code)
+{
+    m_plan += u"exit %1\n"_s.arg(code);
+    return *this;
+}
+
+ToolAnswer &ToolAnswer::diesBy(int signal)
+{
+    m_plan += u"signal %1\n"_s.arg(signal);
+    return *this;
+}
+
+ToolAnswer &ToolAnswer::waitsFor(const QString &gate)
+{
+    m_plan += u"gate %1\n"_s.arg(gate);
+    return *this;
+}
+
+ToolAnswer &ToolAnswer::staysUntil(const QString &gate)
+{
+    m_plan += u"gate-after-output %1\n"_s.arg(gate);
+    return *this;
+}
+
+ToolAnswer &ToolAnswer::takes(std::chrono::milliseconds time)
+{
+    m_plan += u"delay %1\n"_s.arg(time.count());
+    return *this;
+}
+
+ToolAnswer &ToolAnswer::hangs()
+{
+    m_plan += u"hang yes\n"_s;
+    return *this;
+}
+
+ToolAnswer &ToolAnswer::once()
+{
+    put(m_draft + u"/once", {});
+    return *this;
+}
+
+ToolAnswer &ToolAnswer::ignoresTermination()
+{
+    m_plan += u"termination ignore\n"_s;
+    return *this;
+}
+
+ToolAnswer &ToolAnswer::exitsOnTermination(int code, const QString &gate)
+{
+    m_plan += u"termination exit\ntermination-exit %1\n"_s.arg(code);
+    if (!gate.isEmpty())
+        m_plan += u"termination-gate %1\n"_s.arg(gate);
+    return *this;
+}
+
+StandInTool::StandInTool(QString path, bool readsInput)
+    : m_path(std::move(path))
+{
+    QDir().mkpath(QFileInfo(m_path).path());
+    for (const QString &folder : {u"/rules"_s, u"/gates"_s, u"/calls"_s})
+        QDir().mkpath(script() + folder);
+    // A link where the file system allows one: a copy just made cannot be run while another thread's fork still holds
+    // it open for writing.
+    const QByteArray program = STAND_IN_TOOL;
+    std::filesystem::create_hard_link(program.toStdString(), m_path.toStdString());
+    if (readsInput)
+        put(script() + u"/reads-input", {});
+}
+
+QString StandInTool::script() const
+{
+    return m_path + u".script";
+}
+
+ToolAnswer StandInTool::newRule(const std::optional<QStringList> &arguments)
+{
+    const QString draft = script() + u"/drafted-rule"_s;
+    QDir().mkpath(draft);
+    QString key = u"any"_s;
+    if (arguments) {
+        QByteArray argv;
+        for (const QString &each : *arguments)
+            argv += each.toUtf8() + '\0';
+        put(draft + u"/argv", argv);
+        key = keyOf(argv);
+    }
+    const QString rule = script() + u"/rules/%1-%2"_s.arg(++m_rules, 6, 10, QChar(u'0')).arg(key);
+    return ToolAnswer(draft, rule);
+}
+
+ToolAnswer StandInTool::on(const QStringList &arguments)
+{
+    return newRule(arguments);
+}
+
+ToolAnswer StandInTool::onAnything()
+{
+    return newRule(std::nullopt);
+}
+
+QList<ToolCall> StandInTool::calls() const
+{
+    QList<ToolCall> all;
+    const QDir records(script() + u"/calls");
+    for (const QString &record : records.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name))
+        all << readCall(records.filePath(record));
+    return all;
+}
+
+QList<ToolCall> StandInTool::calls(const QStringList &arguments) const
+{
+    QList<ToolCall> matching = calls();
+    matching.removeIf([&](const ToolCall &call) { return call.arguments() != arguments; });
+    return matching;
+}
+
+QList<QStringList> StandInTool::commandLines() const
+{
+    QList<QStringList> all;
+    for (const ToolCall &call : calls())
+        all << call.arguments();
+    return all;
+}
+
+void StandInTool::forgetCalls()
+{
+    const QDir records(script() + u"/calls");
+    for (const QString &record : records.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        QDir(records.filePath(record)).removeRecursively();
+}
+
+void StandInTool::open(const QString &gate)
+{
+    put(script() + u"/gates/" + gate, {});
+}
+
+void StandInTool::close(const QString &gate)
+{
+    QFile::remove(script() + u"/gates/" + gate);
+}
+
+StandInTools::StandInTools()
+    : m_adb((QDir(directory()).removeRecursively(), directory() + u"/platform-tools/adb"), true)
+    , m_scrcpy(directory() + u"/scrcpy/scrcpy", false)
+{
+}
+
+StandInTools::~StandInTools()
+{
+    release();
+    QDir(directory()).removeRecursively();
+    QDir().mkpath(directory());
+}
+
+QString StandInTools::directory()
+{
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() + u"/../lib/varda/Tools");
+}
+
+void StandInTools::open(const QString &gate)
+{
+    m_adb.open(gate);
+    m_scrcpy.open(gate);
+}
+
+void StandInTools::release()
+{
+    for (const StandInTool *tool : {&m_adb, &m_scrcpy}) {
+        if (QFile::exists(tool->script()))
+            put(tool->script() + u"/released", {});
+    }
+}
+
+QList<ToolCall> StandInTools::unexpectedCalls() const
+{
+    QList<ToolCall> all = m_adb.calls() + m_scrcpy.calls();
+    all.removeIf([](const ToolCall &call) { return !call.unexpected; });
+    return all;
+}
+
+} // namespace varda::test

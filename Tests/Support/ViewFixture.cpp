@@ -1,0 +1,40 @@
+// ViewFixture: a window has settled when nothing is left to render or to lay out.
+#include "Support/ViewFixture.h"
+
+#include "Varda/View/Appearance.h"
+
+namespace varda {
+
+ViewFixture::ViewFixture()
+{
+    prepareAppearance();
+    auto scripted = std::make_unique<ScriptedDialogs>();
+    dialogs = scripted.get();
+    model = VardaModel::create(std::move(scripted));
+    view = std::make_unique<VardaView>(model);
+}
+
+void ViewFixture::show()
+{
+    view->show();
+    if (!QTest::qWaitForWindowExposed(view.get()))
+        qFatal("the window did not come up");
+}
+
+void ViewFixture::attach(const AndroidDevice &device)
+{
+    model->devices = QList<AndroidDevice>{device};
+    model->selectedID = device.id;
+    settle();
+}
+
+void ViewFixture::settle()
+{
+    // A render is queued by a change; it may queue layout requests in turn.
+    for (int turn = 0; turn < 4; ++turn) {
+        QCoreApplication::sendPostedEvents();
+        QCoreApplication::processEvents();
+    }
+}
+
+} // namespace varda

@@ -1,0 +1,26 @@
+# How a test program is added: one program per subject. Each gets a folder of its own, shaped like an installation
+# (<name>/bin/<name>, <name>/lib/varda/Tools), so that a test can stage tools beside itself. For each label there is a
+# target that builds the programs of that label: `core-tests` and so on.
+find_package(Qt6 6.4 REQUIRED COMPONENTS Test Network)
+
+# varda_add_test(<name> SOURCES ... [LIBRARIES ...] [ENVIRONMENT ...] [LABELS ...] [TIMEOUT seconds] [LAUNCHER command ...])
+function(varda_add_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT;LABELS;LAUNCHER")
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 120)
+    endif()
+    set(home "${CMAKE_CURRENT_BINARY_DIR}/${name}")
+    add_executable(${name} ${arg_SOURCES})
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${home}/bin")
+    file(MAKE_DIRECTORY "${home}/lib/varda/Tools")
+    target_link_libraries(${name} PRIVATE Varda::Options Qt6::Test ${arg_LIBRARIES})
+    add_test(NAME ${name} COMMAND ${arg_LAUNCHER} $<TARGET_FILE:${name}>)
+    set_tests_properties(${name} PROPERTIES
+        TIMEOUT ${arg_TIMEOUT} ENVIRONMENT "${arg_ENVIRONMENT}" LABELS "${arg_LABELS}")
+    foreach(label IN LISTS arg_LABELS)
+        if(NOT TARGET ${label}-tests)
+            add_custom_target(${label}-tests)
+        endif()
+        add_dependencies(${label}-tests ${name})
+    endforeach()
+endfunction()

@@ -1,4 +1,4 @@
-// FaultTable: what the tests have seen, as the tables of docs/reliability.md.
+// FaultTable: what the tests have seen, as the tables of docs/tables/faults.md.
 #pragma once
 
 #include <QHash>

@@ -1,4 +1,5 @@
 // The program `varda`.
+#include "Varda/App/OpenRequests.h"
 #include "Varda/App/ProgramArguments.h"
 #include "Varda/App/VardaApp.h"
 
@@ -6,12 +7,16 @@
 
 int main(int argc, char *argv[])
 {
-    if (const auto text = varda::ProgramArguments::answer(argc, argv))
+    using namespace varda;
+    if (const auto text = ProgramArguments::infoText(argc, argv))
         return std::fputs(qPrintable(*text), stdout) == EOF;
-    varda::VardaApp application(argc, argv);
-    if (const auto mistake = varda::ProgramArguments::mistake()) {
-        std::fprintf(stderr, "varda: %s\nTry 'varda --help'.\n", qPrintable(*mistake));
+    VardaApp application(argc, argv);
+    if (const auto error = ProgramArguments::parseError()) {
+        std::fprintf(stderr, "varda: %s\nTry 'varda --help'.\n", qPrintable(*error));
         return 1;
     }
-    return application.run();
+    const auto file = ProgramArguments::file();
+    if (file && OpenRequests::handOver(*file))
+        return 0;
+    return application.run(file);
 }

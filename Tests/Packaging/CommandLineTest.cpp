@@ -77,8 +77,8 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("sentence");
         QTest::newRow("option") << QStringList{u"--bogus"_s} << QByteArray{"varda: Unknown option 'bogus'.\n"};
         QTest::newRow("letter") << QStringList{u"-x"_s} << QByteArray{"varda: Unknown option 'x'.\n"};
-        QTest::newRow("argument") << QStringList{u"demo.apk"_s}
-                                  << QByteArray{"varda: Unexpected argument 'demo.apk'.\n"};
+        QTest::newRow("second file") << QStringList{u"demo.apk"_s, u"other.apk"_s}
+                                     << QByteArray{"varda: Unexpected argument 'other.apk'.\n"};
         QTest::newRow("after an option of Qt's")
             << QStringList{u"-style"_s, u"fusion"_s, u"--bogus"_s} << QByteArray{"varda: Unknown option 'bogus'.\n"};
     }

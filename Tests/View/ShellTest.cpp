@@ -4,8 +4,11 @@
 
 #include <QAction>
 #include <QDialog>
+#include <QLabel>
+#include <QProcess>
 #include <QPushButton>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
@@ -34,7 +37,7 @@ struct Life
     int quits = 0; ///< how often the program announced its end, upon which the model is stopped
     bool inTime = true;
 
-    explicit Life(const std::function<void(QWidget *)> &during)
+    explicit Life(const std::function<void(QWidget *)> &during, const std::optional<QUrl> &file = std::nullopt)
     {
         int count = 1;
         QByteArray name("varda");
@@ -54,11 +57,27 @@ struct Life
                 qFatal("the window did not become active");
             during(window);
         });
-        status = app.run();
+        status = app.run(file);
     }
 
     bool inOrder() const { return inTime && status == 0 && quits == 1; }
 };
+
+/// The file name of the chosen build, as the window shows it; empty if it shows none.
+QString shownBuild(QWidget *window)
+{
+    const auto *name = window->findChild<QLabel *>(u"apkName"_s);
+    return name->isVisible() ? name->text() : QString();
+}
+
+/// An empty file called `name` in `directory`.
+QUrl madeBuild(const QTemporaryDir &directory, const QString &name)
+{
+    QFile file(directory.filePath(name));
+    if (!file.open(QIODevice::WriteOnly))
+        qFatal("Cannot write %s", qPrintable(file.fileName()));
+    return QUrl::fromLocalFile(file.fileName());
+}
 
 QPushButton *button(QWidget *window, const char *name)
 {
@@ -82,6 +101,9 @@ private Q_SLOTS:
     void saysWhoItIs();
     void dressesDark();
     void leavesNoSettingsBehind();
+    void opensTheFileThatItIsGiven();
+    void refusesAFileThatIsNoBuild();
+    void takesTheFileOfASecondStart();
 };
 
 void ShellTest::endsInOrder_data()
@@ -221,6 +243,59 @@ void ShellTest::leavesNoSettingsBehind()
     });
     QVERIFY(life.inOrder());
     QVERIFY(!QFile::exists(settings));
+}
+
+void ShellTest::opensTheFileThatItIsGiven()
+{
+    const QTemporaryDir directory;
+    bool shown = false;
+    const Life life(
+        [&shown](QWidget *window) {
+            shown = QTest::qWaitFor([window] { return shownBuild(window) == u"first.apk"; });
+            window->close();
+        },
+        madeBuild(directory, u"first.apk"_s));
+    QVERIFY(shown);
+    QVERIFY(life.inOrder());
+}
+
+void ShellTest::refusesAFileThatIsNoBuild()
+{
+    QString shown = u"unseen"_s;
+    const Life life(
+        [&shown](QWidget *window) {
+            auto *alert = window->findChild<QWidget *>(u"alert"_s);
+            QTRY_VERIFY(alert->isVisible());
+            shown = shownBuild(window);
+            QCoreApplication::exit(0);
+        },
+        QUrl::fromLocalFile(u"/nonexistent.apk"_s));
+    QCOMPARE(shown, QString());
+    QVERIFY(life.inOrder());
+}
+
+void ShellTest::takesTheFileOfASecondStart()
+{
+    const QTemporaryDir directory;
+    const QUrl build = madeBuild(directory, u"second build.apk"_s);
+    int status = -1;
+    bool shown = false;
+    bool inFront = false;
+    const Life life([&](QWidget *window) {
+        window->showMinimized();
+        QProcess second;
+        second.setWorkingDirectory(directory.path());
+        second.start(QStringLiteral(VARDA_PROGRAM), {build.fileName()});
+        QTRY_COMPARE_WITH_TIMEOUT(second.state(), QProcess::NotRunning, guard / 2);
+        status = second.exitStatus() == QProcess::NormalExit ? second.exitCode() : -1;
+        inFront = QTest::qWaitFor([window] { return !window->isMinimized() && window->isActiveWindow(); });
+        shown = QTest::qWaitFor([window] { return shownBuild(window) == u"second build.apk"; });
+        window->close();
+    });
+    QCOMPARE(status, 0);
+    QVERIFY(shown);
+    QVERIFY(inFront);
+    QVERIFY(life.inOrder());
 }
 
 QTEST_APPLESS_MAIN(ShellTest)

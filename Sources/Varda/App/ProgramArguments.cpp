@@ -3,6 +3,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDir>
 
 namespace varda {
 namespace {
@@ -17,6 +18,7 @@ struct Grammar
         parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
         parser.setApplicationDescription(u"Test your own Android builds on a real phone."_s);
         parser.addOptions({help, version});
+        parser.addPositionalArgument(u"file"_s, u"The .apk file to open."_s, u"[file]"_s);
     }
 
     const QCommandLineOption help{{u"h"_s, u"help"_s}, u"Print this help and exit."_s};
@@ -26,7 +28,7 @@ struct Grammar
 
 } // namespace
 
-std::optional<QString> ProgramArguments::answer(int argc, char **argv)
+std::optional<QString> ProgramArguments::infoText(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
     Grammar grammar;
@@ -38,15 +40,27 @@ std::optional<QString> ProgramArguments::answer(int argc, char **argv)
     return std::nullopt;
 }
 
-std::optional<QString> ProgramArguments::mistake()
+std::optional<QString> ProgramArguments::parseError()
 {
     Grammar grammar;
     if (!grammar.parser.parse(QCoreApplication::arguments()))
         return grammar.parser.errorText();
-    const QStringList rest = grammar.parser.positionalArguments();
-    if (!rest.isEmpty())
-        return u"Unexpected argument '%1'."_s.arg(rest.constFirst());
+    const QStringList files = grammar.parser.positionalArguments();
+    if (files.size() > 1)
+        return u"Unexpected argument '%1'."_s.arg(files.at(1));
     return std::nullopt;
+}
+
+std::optional<QUrl> ProgramArguments::file()
+{
+    Grammar grammar;
+    grammar.parser.parse(QCoreApplication::arguments());
+    const QStringList files = grammar.parser.positionalArguments();
+    if (files.isEmpty())
+        return std::nullopt;
+    const QString &path = files.first();
+    // Not cleaned: behind a link, ".." is not what its text says.
+    return QUrl::fromLocalFile(path.startsWith(u'/') ? path : QDir::currentPath() + u'/' + path);
 }
 
 } // namespace varda

@@ -1,8 +1,8 @@
-// ProgramArguments: what `varda` understands when it is started from a terminal. There are no settings, so that is
-// little.
+// ProgramArguments: what `varda` understands when it is started: a build to open, and the usual two options.
 #pragma once
 
 #include <QString>
+#include <QUrl>
 
 #include <optional>
 
@@ -10,13 +10,17 @@ namespace varda {
 
 struct ProgramArguments
 {
-    /// What to print where the arguments ask for the help or the version instead of the window. Needs no display. Qt's
-    /// own options may stand among the arguments; anything else that is unknown is passed over.
-    static std::optional<QString> answer(int argc, char **argv);
+    /// What to print if the arguments ask for the help or the version instead of the window. Needs no display. Qt's own
+    /// options may stand among the arguments; anything else that is unknown is passed over.
+    static std::optional<QString> infoText(int argc, char **argv);
 
-    /// A sentence about the first argument that neither Varda nor Qt knows. To be asked while the application object
-    /// exists: it has taken Qt's own options out.
-    static std::optional<QString> mistake();
+    // The application object has taken Qt's own options out of the arguments; ask the following while it exists.
+
+    /// A sentence about the first argument that neither Varda nor Qt knows.
+    static std::optional<QString> parseError();
+
+    /// The file that was given, as an absolute local location, whether it exists or not.
+    static std::optional<QUrl> file();
 };
 
 } // namespace varda

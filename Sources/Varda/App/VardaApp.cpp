@@ -1,6 +1,7 @@
 // VardaApp: what stands before the first window, and how the program ends.
 #include "Varda/App/VardaApp.h"
 
+#include "Varda/App/OpenRequests.h"
 #include "Varda/App/QuitSignals.h"
 #include "Varda/View/AboutPane.h"
 #include "Varda/View/Appearance.h"
@@ -12,6 +13,7 @@
 #include <QMenu>
 #include <QScreen>
 #include <QSettings>
+#include <QTimer>
 
 #include <cstdlib>
 
@@ -55,10 +57,13 @@ VardaApp::VardaApp(int &argc, char **argv)
     , m_model(VardaModel::create(std::make_unique<QtFileDialogs>()))
     , m_view(makeView(m_model))
     , m_about(std::make_unique<AboutPane>(m_view.get()))
+    , m_requests(std::make_unique<OpenRequests>())
 {
     fillApplicationMenu();
     QObject::connect(m_view.get(), &VardaView::closed, &m_application, quit);
     QObject::connect(new QuitSignals(&m_application), &QuitSignals::received, &m_application, quit);
+    QObject::connect(m_requests.get(), &OpenRequests::requested, m_view.get(),
+                     [this](const QUrl &file) { open(file); });
     QObject::connect(&m_application, &QCoreApplication::aboutToQuit, m_model.get(), &VardaModel::stop);
 }
 
@@ -90,10 +95,24 @@ void VardaApp::showWindow()
     m_view->show();
 }
 
-int VardaApp::run()
+/// Takes a build that another start of the program was given, and brings the window to the front.
+void VardaApp::open(const QUrl &file)
+{
+    if (!file.isEmpty())
+        m_model->acceptAPK(file);
+    m_view->setWindowState(m_view->windowState() & ~Qt::WindowMinimized);
+    m_view->raise();
+    m_view->activateWindow();
+    QApplication::alert(m_view.get()); // if the desktop does not let it come to the front
+}
+
+int VardaApp::run(const std::optional<QUrl> &file)
 {
     showWindow();
     m_model->start();
+    if (file)
+        m_model->acceptAPK(*file);
+    QTimer::singleShot(0, m_requests.get(), &OpenRequests::listen); // after the first picture
     runningModel = m_model;
     std::atexit(stopRunningModel);
     const int status = QApplication::exec();

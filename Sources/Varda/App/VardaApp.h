@@ -7,10 +7,12 @@
 #include <QApplication>
 
 #include <memory>
+#include <optional>
 
 namespace varda {
 
 class AboutPane;
+class OpenRequests;
 class VardaView;
 
 /// One per process. Closing the window, "Quit", and SIGTERM, SIGINT and SIGHUP all end the event loop; the model is
@@ -22,17 +24,20 @@ public:
     ~VardaApp();
     Q_DISABLE_COPY_MOVE(VardaApp)
 
-    /// Shows the window, starts the model and runs until the program is to end; answers its exit status.
-    int run();
+    /// Shows the window, starts the model, takes the build `file` if there is one, and runs until the program is to
+    /// end. Returns its exit status.
+    int run(const std::optional<QUrl> &file = std::nullopt);
 
 private:
     void fillApplicationMenu();
     void showWindow();
+    void open(const QUrl &file);
 
     QApplication m_application;
     const std::shared_ptr<VardaModel> m_model;
     const std::unique_ptr<VardaView> m_view;
     const std::unique_ptr<AboutPane> m_about;
+    const std::unique_ptr<OpenRequests> m_requests;
 };
 
 } // namespace varda

@@ -3,6 +3,7 @@
 // such a name, and a link to each.
 #include "Fuzz.h"
 
+#include "Varda/Model/LocalPath.h"
 #include "Varda/Model/VardaModel.h"
 #include "Varda/View/DropZone.h"
 
@@ -44,10 +45,10 @@ QByteArray folder()
 void checkAccepted(const QUrl &build, const QUrl &dropped)
 {
     require(build == dropped, "the build is what was dropped");
-    const QFileInfo file(build.toLocalFile());
-    require(file.isFile(), "a build is a regular file");
-    require(file.fileName().endsWith(u".apk", Qt::CaseInsensitive), "a build's name ends in .apk");
-    require(file.absoluteFilePath().startsWith(u'/'), "the path that adb is given begins with a slash");
+    const QString path = localPath(build).value_or(QString());
+    require(path.startsWith(u'/'), "the path that adb is given begins with a slash");
+    require(path.endsWith(u".apk", Qt::CaseInsensitive), "a build's name ends in .apk");
+    require(QFileInfo(path).isFile(), "a build is a regular file");
 }
 
 } // namespace
@@ -62,7 +63,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const std::optional<QUrl> file = varda::firstFile(mime);
     if (!file)
         return 0;
-    require(file->isValid() && file->isLocalFile(), "a drop is a local file or nothing");
+    require(file->isValid() && varda::localPath(*file), "a drop is a local file or nothing");
     const auto model = varda::VardaModel::create(std::make_unique<NoDialogs>());
     model->acceptAPK(*file);
     require(model->apk().has_value() != model->error().has_value(), "a file is accepted or refused");

@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <new>
 
 using namespace Qt::StringLiterals;
 using namespace varda::test;
@@ -37,6 +38,8 @@ private Q_SLOTS:
     void successKeepsAnEarlierError();
     void failureReplacesAnEarlierError();
     void failureWithoutWordsIsStillAnError();
+    void failureInsideAFailureLeavesTheModelFree_data();
+    void failureInsideAFailureLeavesTheModelFree();
     void actionBodyStartsOnTheNextTurnOfTheLoop();
     void secondRequestIsDroppedWithoutATrace();
     void nothingElseStartsWhileBusy_data();
@@ -131,6 +134,36 @@ void ActionRunnerTest::failureWithoutWordsIsStillAnError()
     perform([this] { model->connect(); });
     QCOMPARE(model->error(), std::optional(QString()));
     QCOMPARE(model->status(), u"Connecting over Wi-Fi… failed."_s);
+}
+
+void ActionRunnerTest::failureInsideAFailureLeavesTheModelFree_data()
+{
+    QTest::addColumn<int>("write");
+    QTest::newRow("no memory for the working text") << 2;
+    QTest::newRow("no memory for the error") << 3;
+    QTest::newRow("no memory for the status") << 4;
+}
+
+void ActionRunnerTest::failureInsideAFailureLeavesTheModelFree()
+{
+    QFETCH(int, write);
+    selectPhoneAndApp();
+    adb().on(forceStop);
+    adb().on(forceStop).exits(1).once();
+    QObject context;
+    QObject::connect(model.get(), &varda::VardaModel::objectWillChange, &context, [&write] {
+        if (--write == 0)
+            throw std::bad_alloc();
+    });
+    try {
+        model->appAction(false);
+    } catch (const std::bad_alloc &) {
+        adb().on(forceStop); // the failing run was not reached
+    }
+    COMPARE_SOON(model->busy(), false);
+    QVERIFY(write <= 0);
+    perform([this] { model->appAction(false); });
+    QCOMPARE(model->status(), u"Stopped com.example.app on R58M42ABCDE."_s);
 }
 
 void ActionRunnerTest::actionBodyStartsOnTheNextTurnOfTheLoop()

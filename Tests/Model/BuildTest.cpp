@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSysInfo>
 
 #include <sys/stat.h>
 
@@ -29,6 +30,8 @@ private Q_SLOTS:
     void acceptsRegularFilesByTheirExtension_data();
     void acceptsRegularFilesByTheirExtension();
     void acceptsALinkToARegularFile();
+    void acceptsAndInstallsFromThisComputerByAnyName_data();
+    void acceptsAndInstallsFromThisComputerByAnyName();
     void refusesWhatIsNoRegularLocalFile_data();
     void refusesWhatIsNoRegularLocalFile();
     void refusingKeepsTheAcceptedFile();
@@ -46,6 +49,7 @@ private Q_SLOTS:
     void outputWithoutTheSuccessWordIsAFailure();
     void nonZeroExitFailsEvenWithTheSuccessWord();
     void failureKeepsBuildAndSelection();
+    void installsTheFileThatWasChecked();
     void pathArrivesByteForByte_data();
     void pathArrivesByteForByte();
     void fileDeletedBetweenChoosingAndInstallingIsLeftToTheTool();
@@ -91,6 +95,30 @@ void BuildTest::acceptsALinkToARegularFile()
     QCOMPARE(model->apk(), std::optional(QUrl::fromLocalFile(link)));
 }
 
+void BuildTest::acceptsAndInstallsFromThisComputerByAnyName_data()
+{
+    QTest::addColumn<QString>("address");
+    const QString path = scratch(u"demo.apk"_s);
+    QTest::newRow("localhost") << u"file://localhost"_s + path;
+    QTest::newRow("localhost in capitals") << u"FILE://LOCALHOST"_s + path;
+    QTest::newRow("its own name") << u"file://"_s + QSysInfo::machineHostName() + path;
+    QTest::newRow("no host, another slash") << u"file:///"_s + path;
+    QTest::newRow("no host, no slashes") << u"file:"_s + path;
+}
+
+void BuildTest::acceptsAndInstallsFromThisComputerByAnyName()
+{
+    QFETCH(QString, address);
+    const QString path = makeFile(u"demo.apk"_s);
+    model->acceptAPK(QUrl(address));
+    QCOMPARE(model->error(), std::nullopt);
+    selectPhone();
+    adb().onAnything().prints("Success");
+    perform([this] { model->install(); });
+    const QString installed = adb().calls().first().arguments().last();
+    QCOMPARE(installed.startsWith(u"//") ? installed.mid(1) : installed, path);
+}
+
 void BuildTest::refusesWhatIsNoRegularLocalFile_data()
 {
     QTest::addColumn<QString>("kind");
@@ -105,6 +133,9 @@ void BuildTest::refusesWhatIsNoRegularLocalFile_data()
     QTest::newRow("a named pipe") << u"pipe"_s << u"pipe.apk"_s;
     QTest::newRow("a device") << u"device"_s << u"null.apk"_s;
     QTest::newRow("a network address") << u"url"_s << u"https://example.com/demo.apk"_s;
+    // The first part of the path is the host: taken for a path all the same, the address would lead to the file.
+    QTest::newRow("a file of another computer") << u"address"_s << u"file:/"_s;
+    QTest::newRow("a file behind a port") << u"address"_s << u"file://localhost:80"_s;
     QTest::newRow("no location") << u"url"_s << QString();
     QTest::newRow("a path without a scheme") << u"url"_s << u"/tmp/demo.apk"_s;
 }
@@ -113,7 +144,7 @@ void BuildTest::refusesWhatIsNoRegularLocalFile()
 {
     QFETCH(QString, kind);
     QFETCH(QString, name);
-    const QString path = scratch(name);
+    const QString path = kind == u"address" ? makeFile(u"build.apk"_s) : scratch(name);
     const QByteArray encoded = QFile::encodeName(path);
     if (kind == u"file")
         makeFile(name);
@@ -127,7 +158,9 @@ void BuildTest::refusesWhatIsNoRegularLocalFile()
         QCOMPARE(mkfifo(encoded.constData(), 0600), 0);
     else if (kind == u"device")
         QVERIFY(QFile::link(u"/dev/null"_s, path));
-    model->acceptAPK(kind == u"url" ? QUrl(name) : QUrl::fromLocalFile(path));
+    model->acceptAPK(kind == u"url"       ? QUrl(name)
+                     : kind == u"address" ? QUrl(name + path)
+                                          : QUrl::fromLocalFile(path));
     QCOMPARE(writes->take(), QStringList({u"error="_s + refusal}));
 }
 
@@ -264,6 +297,19 @@ void BuildTest::failureKeepsBuildAndSelection()
     perform([this] { model->install(); });
     QCOMPARE(model->apk(), std::optional(QUrl::fromLocalFile(path)));
     QCOMPARE(model->selectedID(), std::optional(serial));
+}
+
+/// A path through a link and back leads to the parent of the link's target.
+void BuildTest::installsTheFileThatWasChecked()
+{
+    QVERIFY(QDir().mkpath(scratch(u"elsewhere/target"_s)));
+    QVERIFY(QFile::link(scratch(u"elsewhere/target"_s), scratch(u"link"_s)));
+    makeFile(u"elsewhere/demo.apk"_s);
+    const QString path = accept(u"link/../demo.apk"_s);
+    selectPhone();
+    adb().on(installCommand(path)).prints("Success");
+    perform([this] { model->install(); });
+    QCOMPARE(adb().commandLines(), QList({installCommand(path)}));
 }
 
 void BuildTest::pathArrivesByteForByte_data()

@@ -16,7 +16,7 @@ namespace {
 
 const QStringList listing = listingLine();
 
-/// The shortest pause between two ticks, less what a coarse timer may be early.
+/// The pause between two ticks in milliseconds, less what it may take to see the first one's outcome.
 constexpr auto shortestPause = 2350;
 
 } // namespace

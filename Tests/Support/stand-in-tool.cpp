@@ -248,10 +248,11 @@ private:
     /// Waits, obeys a termination request that comes meanwhile, and ends a run that nobody wants any more.
     void wait(std::chrono::milliseconds time)
     {
+        // Looked at first: a parent that asks for the end and goes is obeyed, whatever comes between.
+        const bool orphaned = !m_plan.outlive && getppid() != m_parent;
         const timespec pause{0, std::chrono::nanoseconds(time).count()};
         if (sigtimedwait(&m_watched, nullptr, &pause) == SIGTERM)
             terminationRequested();
-        const bool orphaned = !m_plan.outlive && getppid() != m_parent;
         const bool tooOld = std::chrono::steady_clock::now() - m_start > longestLife;
         if (orphaned || tooOld || fs::exists(m_script / "released") || !fs::exists(m_script))
             _exit(givenUp);

@@ -57,6 +57,9 @@ void DropTest::readsTheFirstItem_data()
     QTest::newRow("percent-encoded") << "file:///tmp/My%20b%C3%BCild%20%25.apk"_ba
                                      << QUrl::fromLocalFile(u"/tmp/My büild %.apk"_s);
     QTest::newRow("not encoded") << "file:///tmp/My build.apk"_ba << QUrl::fromLocalFile(u"/tmp/My build.apk"_s);
+    QTest::newRow("of this computer by its name") << "file://LOCALHOST/tmp/a.apk"_ba
+                                                  << QUrl(u"file://localhost/tmp/a.apk"_s);
+    QTest::newRow("of another computer") << "file://otherhost/tmp/a.apk\r\nfile:///tmp/b.apk"_ba << QUrl();
     QTest::newRow("a page first") << "https://example.com/a.apk\r\nfile:///tmp/b.apk\r\n"_ba << QUrl();
     QTest::newRow("no address") << "a.apk\r\n"_ba << QUrl();
     QTest::newRow("empty") << ""_ba << QUrl();
@@ -142,12 +145,13 @@ void DropTest::namesTheChosenBuild()
     ViewFixture fixture;
     fixture.show();
     QVERIFY(!fixture.find("apkName")->isVisible());
-    fixture.model->apk = QUrl::fromLocalFile(u"/home/sam/a folder/demo-debug.apk"_s);
+    fixture.model->apk = QUrl(u"file://localhost/home/sam/a folder/demo-debug.apk"_s);
     fixture.settle();
     auto *name = fixture.find<QLabel>("apkName");
     QVERIFY(name->isVisible());
     QCOMPARE(name->text(), u"demo-debug.apk"_s);
     QVERIFY(name->toolTip().contains(u"/home/sam/a folder/demo-debug.apk"));
+    QVERIFY2(!name->toolTip().contains(u"localhost"), qUtf8Printable(name->toolTip()));
     QCOMPARE(fixture.find<QLabel>("dropHeading")->text(), u"Drop your APK here"_s);
 }
 

@@ -1,6 +1,7 @@
 // VardaModel: choosing and installing a build.
 #include "Varda/Model/VardaModel.h"
 
+#include "Varda/Model/LocalPath.h"
 #include "Varda/Model/RunAdb.h"
 #include "VardaCore/ToolError.h"
 
@@ -12,19 +13,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A regular local file whose name ends in ".apk", in any letter case. A link counts as what it leads to.
-bool isBuild(const QUrl &location)
+/// A regular file whose name ends in ".apk", in any letter case. A link counts as what it leads to.
+bool isBuild(const QFileInfo &file)
 {
-    if (!location.isLocalFile())
-        return false;
-    const QFileInfo file(location.toLocalFile());
     const bool named = file.suffix().toLower() == u"apk" && !file.completeBaseName().isEmpty();
     return named && file.isFile();
 }
 
 QCoro::Task<QString> installBuild(QString serial, QFileInfo build)
 {
-    const CommandResult result = co_await runAdb(Adb::install(serial, build.absoluteFilePath()));
+    const CommandResult result = co_await runAdb(Adb::install(serial, build.filePath()));
     const QString output = result.checked().text();
     if (!output.contains(u"Success"_s))
         throw ToolError::message(output + result.error);
@@ -41,7 +39,8 @@ void VardaModel::chooseAPK()
 
 void VardaModel::acceptAPK(const QUrl &location)
 {
-    if (isBuild(location))
+    const std::optional<QString> path = localPath(location);
+    if (path && isBuild(QFileInfo(*path)))
         apk = location;
     else
         error = u"Choose a regular .apk file. Android App Bundles (.aab) need to be converted into APKs first."_s;
@@ -50,9 +49,10 @@ void VardaModel::acceptAPK(const QUrl &location)
 void VardaModel::install()
 {
     const std::optional<AndroidDevice> device = actionTarget();
-    if (!device || !apk())
+    const std::optional<QString> path = apk() ? localPath(*apk()) : std::nullopt;
+    if (!device || !path)
         return;
-    const QFileInfo build(apk()->toLocalFile());
+    const QFileInfo build(*path);
     run(u"Installing "_s + build.fileName() + u"…"_s,
         [serial = device->id, build] { return installBuild(serial, build); });
 }

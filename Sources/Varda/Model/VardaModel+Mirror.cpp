@@ -48,15 +48,17 @@ void VardaModel::openMirror(const AndroidDevice &device, const std::optional<QSt
         error = describe(failure);
         return;
     }
-    mirror->onExit(this, [this, process = mirror.get()](qint32 exitStatus) { mirrorEnded(process, exitStatus); });
+    mirror->onExit(
+        this, [this, process = std::weak_ptr(mirror)](qint32 exitStatus) { mirrorEnded(process.lock(), exitStatus); });
     mirrorRunning = true;
     status = recording ? u"Recording the real device in the live phone window."_s
                        : u"Live phone opened. Use your Mac keyboard and mouse to test the app."_s;
 }
 
-void VardaModel::mirrorEnded(const ChildProcess *process, qint32 exitStatus)
+/// Of a process that is no longer the mirror, and then null, there is nothing to tell.
+void VardaModel::mirrorEnded(const std::shared_ptr<ChildProcess> &process, qint32 exitStatus)
 {
-    if (mirror.get() != process)
+    if (!process || process != mirror)
         return;
     const bool asked = stoppingMirror;
     mirror.reset();

@@ -6,8 +6,9 @@
 #include "VardaCore/ChildProcess.h"
 #include "VardaCore/ToolError.h"
 
-#include <QCoroTimer>
+#include <QCoreApplication>
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <QTimer>
 
 #include <algorithm>
@@ -35,22 +36,11 @@ std::optional<QString> firstChoice(const QList<AndroidDevice> &devices)
 
 } // namespace
 
-/// One run of the poll loop, shared by the loop and the model, which may have started another run by then.
+/// The poll loop from `start` to `stop`. It is held by the model and by the tick under way, and it holds the model.
 struct VardaModel::Poll
 {
-    Poll() { pause.setSingleShot(true); }
-
-    /// Ends the loop at its next check. A timer that is stopped would never resume the loop that awaits it, so a pause
-    /// is cut short instead.
-    void cancel()
-    {
-        cancelled = true;
-        if (pause.isActive())
-            pause.start(0ms);
-    }
-
-    bool cancelled = false;
-    QTimer pause;
+    std::shared_ptr<VardaModel> model; ///< null once stopped
+    QTimer pause;                      ///< before the next tick
 };
 
 std::shared_ptr<VardaModel> VardaModel::create(std::unique_ptr<FileDialogs> dialogs)
@@ -108,32 +98,42 @@ void VardaModel::start()
     if (poll)
         return;
     poll = std::make_shared<Poll>();
-    const auto begin = [self = shared_from_this(), poll = poll] { pollUntilCancelled(self, poll); };
-    QMetaObject::invokeMethod(this, begin, Qt::QueuedConnection);
+    poll->model = shared_from_this();
+    poll->pause.setSingleShot(true);
+    poll->pause.setTimerType(Qt::PreciseTimer); // the only type that is never early
+    const auto begin = [running = std::weak_ptr(poll)] {
+        if (const std::shared_ptr<Poll> stillRunning = running.lock())
+            tick(stillRunning);
+    };
+    // The application's event and not the timer's: the end of a tick may be the end of the timer, and of the model.
+    QObject::connect(&poll->pause, &QTimer::timeout, qApp, begin, Qt::QueuedConnection);
+    poll->pause.start(0ms);
 }
 
 void VardaModel::stop()
 {
-    if (poll)
-        poll->cancel();
+    if (poll) {
+        poll->pause.stop();
+        poll->model.reset();
+    }
     poll.reset();
     stoppingMirror = true;
     if (mirror)
         mirror->terminate();
 }
 
-QCoro::Task<> VardaModel::pollUntilCancelled(std::shared_ptr<VardaModel> self, std::shared_ptr<Poll> poll)
+QCoro::Task<> VardaModel::tick(std::shared_ptr<Poll> poll)
 {
-    while (!poll->cancelled) {
-        if (!self->busy()) {
-            co_await self->refresh();
-            if (self->logging())
-                co_await self->readLogs();
-        }
-        if (poll->cancelled)
-            break;
-        poll->pause.start(pollPause);
-        co_await poll->pause;
+    const std::shared_ptr<VardaModel> self = poll->model;
+    // However this tick ends, there is a next one.
+    const auto next = qScopeGuard([&poll] {
+        if (poll->model)
+            poll->pause.start(pollPause);
+    });
+    if (!self->busy()) {
+        co_await self->refresh();
+        if (self->logging())
+            co_await self->readLogs();
     }
 }
 
@@ -141,11 +141,11 @@ void VardaModel::run(const QString &working, Action action)
 {
     if (busy())
         return;
+    // What holds this is the action in flight: however that ends, the model is free again.
+    const std::shared_ptr<VardaModel> held(this, [self = shared_from_this()](VardaModel *) { self->busy = false; });
     busy = true;
     status = working;
-    const auto begin = [self = shared_from_this(), working, action = std::move(action)] {
-        perform(self, working, action);
-    };
+    const auto begin = [held, working, action = std::move(action)] { perform(held, working, action); };
     QMetaObject::invokeMethod(this, begin, Qt::QueuedConnection);
 }
 
@@ -158,7 +158,6 @@ QCoro::Task<> VardaModel::perform(std::shared_ptr<VardaModel> self, QString work
         self->error = describe(failure);
         self->status = working + u" failed."_s;
     }
-    self->busy = false;
 }
 
 QCoro::Task<> VardaModel::refresh()

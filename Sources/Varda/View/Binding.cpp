@@ -1,4 +1,5 @@
-// Binding: only a text that differs is written, or the two directions would call each other for ever.
+// Binding: only a text that differs is written, or the two directions would call each other for ever. A field shows
+// what the model has written one turn of the event loop later; what an input method commits until then is dropped.
 #include "Varda/View/Binding.h"
 
 #include "Varda/View/Widgets/Theme.h"
@@ -20,10 +21,15 @@ QLineEdit *makeField(const QString &objectName, const QString &accessibleName, c
 
 void bindText(QLineEdit &field, Published<QString> &property)
 {
-    QObject::connect(&field, &QLineEdit::textChanged, &field, [&property](const QString &text) {
-        if (property() != text)
+    // A change is late if the model has replaced the text that it was made in.
+    const auto take = [&property, agreed = property()](const QString &text) mutable {
+        const bool late = property() != agreed;
+        if (property() != text && !late)
             property = text;
-    });
+        if (property() == text)
+            agreed = text;
+    };
+    QObject::connect(&field, &QLineEdit::textChanged, &field, take);
 }
 
 void renderText(QLineEdit &field, const Published<QString> &property)

@@ -14,7 +14,8 @@ namespace varda {
 QLineEdit *makeField(const QString &objectName, const QString &accessibleName, const QString &placeholder,
                      QWidget *parent);
 
-/// Writes to `property` whatever is typed, pasted or set in `field`. Both live as long as the window.
+/// Writes to `property` whatever is typed, pasted or set in `field`, unless the model has written it since the two last
+/// agreed: then the field is about to be rendered anew. Both live as long as the window.
 void bindText(QLineEdit &field, Published<QString> &property);
 
 /// Shows `property` in `field`, which keeps cursor and selection where the text is the same.

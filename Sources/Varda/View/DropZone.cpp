@@ -1,6 +1,7 @@
 // DropZone: a build is taken in on the next turn of the event loop, when the drag has ended.
 #include "Varda/View/DropZone.h"
 
+#include "Varda/Model/LocalPath.h"
 #include "Varda/View/Widgets/Labels.h"
 #include "Varda/View/Widgets/Theme.h"
 
@@ -49,7 +50,7 @@ std::optional<QUrl> firstFile(const QMimeData &data)
         if (address.isEmpty() || address.startsWith('#'))
             continue;
         const QUrl url = QUrl::fromEncoded(address);
-        return url.isValid() && url.isLocalFile() ? std::optional(url) : std::nullopt;
+        return url.isValid() && localPath(url) ? std::optional(url) : std::nullopt;
     }
     return std::nullopt;
 }
@@ -91,7 +92,7 @@ void DropZone::render()
 {
     const auto build = m_model.apk();
     if (build) {
-        const QString path = build->toLocalFile();
+        const QString path = localPath(*build).value_or(QString());
         m_fileName->show(QFileInfo(path).fileName(), path);
     }
     m_chosen->setVisible(build.has_value());

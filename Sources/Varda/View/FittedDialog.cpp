@@ -1,8 +1,9 @@
-// FittedDialog: its height is set anew whenever its layout asks.
+// FittedDialog: sized and placed before it is on the screen, for a window manager loses its place if it is resized then.
 #include "Varda/View/FittedDialog.h"
 
 #include <QEvent>
 #include <QLayout>
+#include <QScreen>
 
 namespace varda {
 
@@ -13,23 +14,41 @@ FittedDialog::FittedDialog(int width, QWidget *parent)
     setFixedWidth(width);
 }
 
+void FittedDialog::setVisible(bool visible)
+{
+    if (visible && !isVisible()) {
+        fit();
+        centre();
+    }
+    QDialog::setVisible(visible);
+}
+
 bool FittedDialog::event(QEvent *event)
 {
     const bool handled = QDialog::event(event);
-    // Polish comes before the dialog is first placed on the screen; a block of text asks anew once it knows its width.
-    if (event->type() == QEvent::LayoutRequest || event->type() == QEvent::Polish)
+    if (event->type() == QEvent::LayoutRequest)
         fit();
     return handled;
 }
 
 void FittedDialog::fit()
 {
-    if (!layout())
+    const bool wraps = layout()->hasHeightForWidth();
+    setFixedSize(m_width, wraps ? layout()->totalHeightForWidth(m_width) : layout()->totalSizeHint().height());
+}
+
+/// Its own frame is not known yet: the window manager draws the parent's the same.
+void FittedDialog::centre()
+{
+    if (!parentWidget())
         return;
-    const int height =
-        layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(m_width) : layout()->totalSizeHint().height();
-    setFixedSize(m_width, height);
-    layout()->activate();
+    const QWidget *below = parentWidget()->window();
+    const QRect frame = below->frameGeometry();
+    QRect place(QPoint(0, 0), size() + frame.size() - below->size());
+    place.moveCenter(frame.center());
+    const QRect screen = below->screen()->availableGeometry();
+    move(qBound(screen.left(), place.left(), qMax(screen.left(), screen.right() + 1 - place.width())),
+         qBound(screen.top(), place.top(), qMax(screen.top(), screen.bottom() + 1 - place.height())));
 }
 
 } // namespace varda

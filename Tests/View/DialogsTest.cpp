@@ -41,6 +41,23 @@ bool comesUp(QDialog *dialog)
     return QTest::qWaitFor([dialog] { return dialog->isVisible(); }) && QTest::qWaitForWindowExposed(dialog);
 }
 
+/// Remembers whether a dialog was resized while it was on the screen.
+class SizeWatch final : public QObject
+{
+public:
+    explicit SizeWatch(QDialog *dialog) { dialog->installEventFilter(this); }
+
+    bool resizedWhileShown = false;
+
+protected:
+    bool eventFilter(QObject *dialog, QEvent *event) override
+    {
+        if (event->type() == QEvent::Resize && static_cast<QDialog *>(dialog)->isVisible())
+            resizedWhileShown = true;
+        return false;
+    }
+};
+
 /// Closes a window as the window manager does.
 void closeFromOutside(QWidget *window)
 {
@@ -74,6 +91,10 @@ private Q_SLOTS:
     void showsTheErrorUntilItIsDismissed_data();
     void showsTheErrorUntilItIsDismissed();
     void treatsAnEmptyTextAsAnError();
+    void opensOverTheMiddleOfTheWindow_data();
+    void opensOverTheMiddleOfTheWindow();
+    void takesNoRoomForSpaceAtTheEnd_data();
+    void takesNoRoomForSpaceAtTheEnd();
     void showsTheLatestError();
     void goesWhenTheErrorIsCleared();
     void showsAnErrorOnTopOfTheSheet();
@@ -134,9 +155,72 @@ void DialogsTest::treatsAnEmptyTextAsAnError()
     ViewFixture fixture;
     fixture.show();
     fixture.model->error = QString();
-    QTRY_VERIFY(alertOf(fixture)->isVisible());
+    QVERIFY(comesUp(alertOf(fixture)));
+    const QWidget *button = fixture.find("alertButton");
+    const QWidget *title = fixture.find("alertTitle");
+    QVERIFY(title->geometry().bottom() < button->y());
+    QVERIFY(button->y() - title->geometry().bottom() < button->height()); // no empty line between them
     fixture.find<QAbstractButton>("alertButton")->click();
     QVERIFY(!fixture.model->error());
+}
+
+void DialogsTest::opensOverTheMiddleOfTheWindow_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("one line") << u"adb: device offline"_s;
+    QTest::newRow("wrapped lines") << u"a path/without/end/"_s.repeated(20);
+    QTest::newRow("more lines than there is room for") << u"one more line of a long complaint\n"_s.repeated(90);
+}
+
+void DialogsTest::opensOverTheMiddleOfTheWindow()
+{
+    QFETCH(QString, text);
+    ViewFixture fixture;
+    fixture.show();
+    QTRY_VERIFY(fixture.view->frameGeometry() != fixture.view->geometry());
+    const auto offCentre = [&](const QDialog *dialog) {
+        return (dialog->geometry().center() - fixture.view->geometry().center()).manhattanLength();
+    };
+    for (const QString &shown : {u"an earlier text"_s, text}) {
+        fixture.model->status = shown;
+        const SizeWatch sheetSize(sheetOf(fixture));
+        fixture.model->wireless = true;
+        QVERIFY(comesUp(sheetOf(fixture)));
+        fixture.model->error = shown;
+        const SizeWatch alertSize(alertOf(fixture));
+        QVERIFY(comesUp(alertOf(fixture)));
+        QTRY_VERIFY2(offCentre(sheetOf(fixture)) <= 2, qPrintable(QString::number(offCentre(sheetOf(fixture)))));
+        QTRY_VERIFY2(offCentre(alertOf(fixture)) <= 2, qPrintable(QString::number(offCentre(alertOf(fixture)))));
+        QVERIFY(!sheetSize.resizedWhileShown);
+        QVERIFY(!alertSize.resizedWhileShown);
+        fixture.model->error = std::nullopt;
+        fixture.model->wireless = false;
+        QTRY_VERIFY(!sheetOf(fixture)->isVisible());
+    }
+}
+
+void DialogsTest::takesNoRoomForSpaceAtTheEnd_data()
+{
+    QTest::addColumn<QString>("space");
+    QTest::newRow("line feed") << u"\n"_s;
+    QTest::newRow("line feeds of another system") << u"\r\n\r\n"_s;
+    QTest::newRow("blanks on lines of their own") << u" \n\t\n  "_s;
+}
+
+void DialogsTest::takesNoRoomForSpaceAtTheEnd()
+{
+    QFETCH(QString, space);
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->error = u"  adb:\n\noffline"_s;
+    QVERIFY(comesUp(alertOf(fixture)));
+    const int height = alertOf(fixture)->height();
+    const QString text = u"  adb:\n\noffline"_s + space;
+    fixture.model->error = text;
+    fixture.settle();
+    QCOMPARE(alertOf(fixture)->height(), height);
+    QCOMPARE(alertText(fixture), u"  adb:\n\noffline"_s);
+    QCOMPARE(fixture.model->error(), text);
 }
 
 void DialogsTest::showsTheLatestError()
@@ -293,6 +377,10 @@ void DialogsTest::scrollsALongError()
     auto *text = fixture.find<TextBlock>("alertText");
     QVERIFY(text->verticalScrollBar()->maximum() > 0);
     QVERIFY(text->verticalScrollBar()->isVisible());
+    // The last line that is seen is seen whole: where the text is cut off, the next one begins.
+    const int foot = text->viewport()->height();
+    const QRect below = text->cursorRect(text->cursorForPosition(QPoint(0, foot + 2)));
+    QVERIFY2(qAbs(below.top() - foot) <= 1, qPrintable(u"%1 of %2"_s.arg(below.top()).arg(foot)));
     QVERIFY(alertOf(fixture)->height() < fixture.view->minimumHeight());
 
     fixture.model->error = u"short"_s;

@@ -17,6 +17,7 @@ FittedDialog::FittedDialog(int width, QWidget *parent)
 void FittedDialog::setVisible(bool visible)
 {
     if (visible && !isVisible()) {
+        layout()->activate(); // or layouts inside it answer for a text that stands no longer
         fit();
         centre();
     }
@@ -37,18 +38,19 @@ void FittedDialog::fit()
     setFixedSize(m_width, wraps ? layout()->totalHeightForWidth(m_width) : layout()->totalSizeHint().height());
 }
 
-/// Its own frame is not known yet: the window manager draws the parent's the same.
+/// Both windows have the same frame, so that the inner parts have one middle, too.
 void FittedDialog::centre()
 {
     if (!parentWidget())
         return;
     const QWidget *below = parentWidget()->window();
-    const QRect frame = below->frameGeometry();
-    QRect place(QPoint(0, 0), size() + frame.size() - below->size());
-    place.moveCenter(frame.center());
-    const QRect screen = below->screen()->availableGeometry();
-    move(qBound(screen.left(), place.left(), qMax(screen.left(), screen.right() + 1 - place.width())),
-         qBound(screen.top(), place.top(), qMax(screen.top(), screen.bottom() + 1 - place.height())));
+    const QPoint frame = below->geometry().topLeft() - below->frameGeometry().topLeft();
+    const QRect room = below->screen()->availableGeometry().adjusted(frame.x(), frame.y(), -frame.x(), -frame.x());
+    QRect place(QPoint(0, 0), size());
+    place.moveCenter(below->geometry().center());
+    place.moveBottomRight({qMin(place.right(), room.right()), qMin(place.bottom(), room.bottom())});
+    place.moveTopLeft({qMax(place.left(), room.left()), qMax(place.top(), room.top())});
+    setGeometry(place);
 }
 
 } // namespace varda

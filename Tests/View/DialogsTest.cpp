@@ -8,11 +8,16 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QClipboard>
+#include <QDir>
+#include <QFile>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QScrollBar>
 #include <QStyle>
 #include <QTimer>
+#include <QTreeView>
 #include <QWindow>
 
 using namespace Qt::StringLiterals;
@@ -57,6 +62,31 @@ protected:
         return false;
     }
 };
+
+/// The dialog in front, which has to be of the kind that is expected.
+template <typename Dialog>
+Dialog *modal()
+{
+    auto *dialog = qobject_cast<Dialog *>(QApplication::activeModalWidget());
+    if (!dialog)
+        qFatal("another dialog was expected");
+    return dialog;
+}
+
+void press(const QDialog *dialog, const QString &text)
+{
+    for (QAbstractButton *button : dialog->findChildren<QAbstractButton *>()) {
+        if (button->text().remove(u'&') == text)
+            button->click();
+    }
+}
+
+/// Writes a file into the home folder, where the file dialogs of a desktop without standard folders begin.
+bool writeFile(const QString &name)
+{
+    QFile file(QDir::home().filePath(name));
+    return file.open(QIODevice::WriteOnly) && file.write(QByteArray(70'000, 'x')) > 0;
+}
 
 /// Closes a window as the window manager does.
 void closeFromOutside(QWidget *window)
@@ -103,6 +133,8 @@ private Q_SLOTS:
     void comesBackOnTheWindowWhenTheSheetCloses();
     void showsAnErrorOnTopOfAFileDialog();
     void opensNoFileDialogOnTheAlert();
+    void replacesAFileOnlyWhenTold();
+    void cutsOffNoColumnOfTheFileDialog();
     void scrollsALongError();
     void keepsTheSelectionInTheError();
     void opensAndClosesWithTheModel();
@@ -359,6 +391,60 @@ void DialogsTest::opensNoFileDialogOnTheAlert()
     QVERIFY(!dialogs.chooseBuild());
     QCOMPARE(host, fixture.view.get());
     QVERIFY(onTop);
+}
+
+void DialogsTest::replacesAFileOnlyWhenTold()
+{
+    ViewFixture fixture;
+    fixture.show();
+    QVERIFY(writeFile(u"my shot.png"_s));
+    QStringList asked;
+    QString offered;
+    // "my shot" is typed and not replaced; then what is offered again is taken, and replaced.
+    const auto save = [] { press(modal<QFileDialog>(), u"Save"_s); };
+    QTimer::singleShot(0, this, [&] {
+        modal<QFileDialog>()->findChild<QLineEdit *>()->setText(u"my shot"_s);
+        QTimer::singleShot(0, this, [&] {
+            asked << modal<QMessageBox>()->text();
+            QTimer::singleShot(0, this, [&] {
+                offered = modal<QFileDialog>()->findChild<QLineEdit *>()->text();
+                QTimer::singleShot(0, this, [&] {
+                    asked << modal<QMessageBox>()->text();
+                    press(modal<QMessageBox>(), u"Replace"_s);
+                });
+                save();
+            });
+            press(modal<QMessageBox>(), u"Cancel"_s);
+        });
+        save();
+    });
+    QtFileDialogs dialogs;
+    QCOMPARE(dialogs.saveLocation(SaveKind::PngImage, u"Varda-1.png"_s), QDir::home().filePath(u"my shot.png"_s));
+    QCOMPARE(asked, QStringList(2, u"“my shot.png” already exists. Do you want to replace it?"_s));
+    QCOMPARE(offered, u"my shot.png"_s);
+}
+
+void DialogsTest::cutsOffNoColumnOfTheFileDialog()
+{
+    ViewFixture fixture;
+    fixture.show();
+    QVERIFY(writeFile(u"a build with a rather long name.apk"_s));
+    bool fits = true;
+    QTimer::singleShot(0, this, [&] {
+        auto *details = modal<QFileDialog>()->findChild<QTreeView *>();
+        QVERIFY(details);
+        QVERIFY(QTest::qWaitFor([&] { return details->model()->rowCount(details->rootIndex()) > 0; }));
+        fixture.settle();
+        for (int column = 1; column < details->header()->count(); ++column) {
+            const QString text = details->model()->index(0, column, details->rootIndex()).data().toString();
+            const int needed = details->fontMetrics().horizontalAdvance(text) + 6;
+            fits = fits && (details->isColumnHidden(column) || details->columnWidth(column) >= needed);
+        }
+        modal<QFileDialog>()->reject();
+    });
+    QtFileDialogs dialogs;
+    QVERIFY(!dialogs.chooseBuild());
+    QVERIFY(fits);
 }
 
 void DialogsTest::scrollsALongError()

@@ -1,4 +1,5 @@
-// FittedDialog: sized and placed before it is on the screen, for a window manager loses its place if it is resized then.
+// FittedDialog: sized and placed before it is on the screen, for a window manager loses its place if it is resized
+// then.
 #include "Varda/View/FittedDialog.h"
 
 #include <QEvent>

@@ -64,8 +64,8 @@ private:
 };
 
 /// Selectable text from outside, of any length and any number of lines. It breaks wherever it has to, so that it never
-/// makes its window wider. It is as high as its text, or as the whole lines that the maximum has room for, and scrolls. Space
-/// at the end of a text is not shown.
+/// makes its window wider. It is as high as its text, or as the whole lines that the maximum has room for, and scrolls.
+/// Space at the end of a text is not shown.
 class TextBlock final : public QTextEdit
 {
     Q_OBJECT

@@ -2,16 +2,26 @@
 #include "Varda/View/QtFileDialogs.h"
 
 #include "Varda/View/ErrorAlert.h"
+#include "Varda/View/PlainText.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QStandardPaths>
+#include <QTreeView>
 
 namespace varda {
 namespace {
 
 using namespace Qt::StringLiterals;
+
+// Of the file dialog's details.
+constexpr int nameColumn = 0;
+constexpr int kindColumn = 2;
 
 struct KindOfFile
 {
@@ -49,6 +59,35 @@ QWidget *host()
     return qobject_cast<ErrorAlert *>(front) ? front->parentWidget() : front;
 }
 
+/// Qt's own dialog cuts off what its narrow columns hold, and its kinds of files say less than their icons.
+void fitColumns(const QFileDialog &dialog)
+{
+    auto *details = dialog.findChild<QTreeView *>();
+    if (!details) // the desktop's dialog
+        return;
+    details->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    details->header()->setStretchLastSection(false);
+    details->header()->setSectionResizeMode(nameColumn, QHeaderView::Stretch);
+    details->hideColumn(kindColumn);
+}
+
+/// Whether a file that is at `path` already may be replaced. A directory there makes the writing fail instead.
+bool mayWrite(const QString &path, QWidget *host)
+{
+    const QFileInfo file(path);
+    if (!file.exists() || file.isDir())
+        return true;
+    QMessageBox question(QMessageBox::Warning, u"Varda"_s,
+                         u"“%1” already exists. Do you want to replace it?"_s.arg(visibleLine(file.fileName())),
+                         QMessageBox::Cancel, host);
+    question.setObjectName(u"replaceQuestion"_s);
+    question.setTextFormat(Qt::PlainText);
+    const QPushButton *replace = question.addButton(u"Replace"_s, QMessageBox::AcceptRole);
+    question.setDefaultButton(QMessageBox::Cancel);
+    question.exec();
+    return question.clickedButton() == replace;
+}
+
 } // namespace
 
 std::optional<QUrl> QtFileDialogs::chooseBuild()
@@ -70,10 +109,17 @@ std::optional<QString> QtFileDialogs::saveLocation(SaveKind kind, const QString 
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setDefaultSuffix(file.suffix);
+    // A desktop's dialog asks about the name as it was typed, before the suffix is there.
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
     QString &folder = m_saveFolders.try_emplace(kind, existingFolder(file.home)).first->second;
     dialog.setDirectory(folder);
     dialog.selectFile(name);
-    return ask(dialog, folder);
+    std::optional<QString> path = ask(dialog, folder);
+    while (path && !mayWrite(*path, dialog.parentWidget())) {
+        dialog.selectFile(*path);
+        path = ask(dialog, folder);
+    }
+    return path;
 }
 
 /// Asks, starting in `folder`, which becomes the folder of the answer.
@@ -82,6 +128,7 @@ std::optional<QString> QtFileDialogs::ask(QFileDialog &dialog, QString &folder)
     dialog.setObjectName(u"fileDialog"_s);
     dialog.setSupportedSchemes({u"file"_s});
     dialog.setDirectory(folder);
+    fitColumns(dialog);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
     folder = dialog.directory().absolutePath();

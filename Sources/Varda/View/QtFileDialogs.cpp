@@ -9,6 +9,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QLayout>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
@@ -22,6 +23,8 @@ using namespace Qt::StringLiterals;
 // Of the file dialog's details.
 constexpr int nameColumn = 0;
 constexpr int kindColumn = 2;
+
+constexpr int questionMargin = 20;
 
 struct KindOfFile
 {
@@ -77,11 +80,12 @@ bool mayWrite(const QString &path, QWidget *host)
     const QFileInfo file(path);
     if (!file.exists() || file.isDir())
         return true;
-    QMessageBox question(QMessageBox::Warning, u"Varda"_s,
+    QMessageBox question(QMessageBox::NoIcon, u"Varda"_s,
                          u"“%1” already exists. Do you want to replace it?"_s.arg(visibleLine(file.fileName())),
                          QMessageBox::Cancel, host);
     question.setObjectName(u"replaceQuestion"_s);
     question.setTextFormat(Qt::PlainText);
+    question.layout()->setContentsMargins(questionMargin, questionMargin, questionMargin, questionMargin);
     const QPushButton *replace = question.addButton(u"Replace"_s, QMessageBox::AcceptRole);
     question.setDefaultButton(QMessageBox::Cancel);
     question.exec();
@@ -105,21 +109,22 @@ std::optional<QUrl> QtFileDialogs::chooseBuild()
 std::optional<QString> QtFileDialogs::saveLocation(SaveKind kind, const QString &name)
 {
     const KindOfFile file = describe(kind);
-    QFileDialog dialog(host(), file.title, {}, file.filter);
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setFileMode(QFileDialog::AnyFile);
-    dialog.setDefaultSuffix(file.suffix);
-    // A desktop's dialog asks about the name as it was typed, before the suffix is there.
-    dialog.setOption(QFileDialog::DontConfirmOverwrite);
     QString &folder = m_saveFolders.try_emplace(kind, existingFolder(file.home)).first->second;
-    dialog.setDirectory(folder);
-    dialog.selectFile(name);
-    std::optional<QString> path = ask(dialog, folder);
-    while (path && !mayWrite(*path, dialog.parentWidget())) {
-        dialog.selectFile(*path);
-        path = ask(dialog, folder);
+    QWidget *const below = host();
+    for (QString offered = name;;) {
+        QFileDialog dialog(below, file.title, {}, file.filter);
+        dialog.setAcceptMode(QFileDialog::AcceptSave);
+        dialog.setFileMode(QFileDialog::AnyFile);
+        dialog.setDefaultSuffix(file.suffix);
+        // A desktop's dialog would ask about the name as it was typed, before the suffix is there.
+        dialog.setOption(QFileDialog::DontConfirmOverwrite);
+        dialog.setDirectory(folder);
+        dialog.selectFile(offered);
+        const std::optional<QString> path = ask(dialog, folder);
+        if (!path || mayWrite(*path, below))
+            return path;
+        offered = QFileInfo(*path).fileName();
     }
-    return path;
 }
 
 /// Asks, starting in `folder`, which becomes the folder of the answer.
@@ -131,8 +136,9 @@ std::optional<QString> QtFileDialogs::ask(QFileDialog &dialog, QString &folder)
     fitColumns(dialog);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
-    folder = dialog.directory().absolutePath();
-    return QDir::cleanPath(dialog.selectedFiles().constFirst());
+    const QString path = QDir::cleanPath(dialog.selectedFiles().constFirst());
+    folder = QFileInfo(path).absolutePath();
+    return path;
 }
 
 } // namespace varda

@@ -8,11 +8,16 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QClipboard>
+#include <QDir>
+#include <QFile>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QScrollBar>
 #include <QStyle>
 #include <QTimer>
+#include <QTreeView>
 #include <QWindow>
 
 using namespace Qt::StringLiterals;
@@ -39,6 +44,48 @@ QString alertText(const ViewFixture &fixture)
 bool comesUp(QDialog *dialog)
 {
     return QTest::qWaitFor([dialog] { return dialog->isVisible(); }) && QTest::qWaitForWindowExposed(dialog);
+}
+
+/// Remembers whether a dialog was resized while it was on the screen.
+class SizeWatch final : public QObject
+{
+public:
+    explicit SizeWatch(QDialog *dialog) { dialog->installEventFilter(this); }
+
+    bool resizedWhileShown = false;
+
+protected:
+    bool eventFilter(QObject *dialog, QEvent *event) override
+    {
+        if (event->type() == QEvent::Resize && static_cast<QDialog *>(dialog)->isVisible())
+            resizedWhileShown = true;
+        return false;
+    }
+};
+
+/// The dialog in front, which has to be of the kind that is expected.
+template <typename Dialog>
+Dialog *modal()
+{
+    auto *dialog = qobject_cast<Dialog *>(QApplication::activeModalWidget());
+    if (!dialog)
+        qFatal("another dialog was expected");
+    return dialog;
+}
+
+void press(const QDialog *dialog, const QString &text)
+{
+    for (QAbstractButton *button : dialog->findChildren<QAbstractButton *>()) {
+        if (button->text().remove(u'&') == text)
+            button->click();
+    }
+}
+
+/// Writes a file into the home folder, where the file dialogs of a desktop without standard folders begin.
+bool writeFile(const QString &name)
+{
+    QFile file(QDir::home().filePath(name));
+    return file.open(QIODevice::WriteOnly) && file.write(QByteArray(70'000, 'x')) > 0;
 }
 
 /// Closes a window as the window manager does.
@@ -74,6 +121,10 @@ private Q_SLOTS:
     void showsTheErrorUntilItIsDismissed_data();
     void showsTheErrorUntilItIsDismissed();
     void treatsAnEmptyTextAsAnError();
+    void opensOverTheMiddleOfTheWindow_data();
+    void opensOverTheMiddleOfTheWindow();
+    void takesNoRoomForSpaceAtTheEnd_data();
+    void takesNoRoomForSpaceAtTheEnd();
     void showsTheLatestError();
     void goesWhenTheErrorIsCleared();
     void showsAnErrorOnTopOfTheSheet();
@@ -82,6 +133,8 @@ private Q_SLOTS:
     void comesBackOnTheWindowWhenTheSheetCloses();
     void showsAnErrorOnTopOfAFileDialog();
     void opensNoFileDialogOnTheAlert();
+    void replacesAFileOnlyWhenTold();
+    void cutsOffNoColumnOfTheFileDialog();
     void scrollsALongError();
     void keepsTheSelectionInTheError();
     void opensAndClosesWithTheModel();
@@ -134,9 +187,72 @@ void DialogsTest::treatsAnEmptyTextAsAnError()
     ViewFixture fixture;
     fixture.show();
     fixture.model->error = QString();
-    QTRY_VERIFY(alertOf(fixture)->isVisible());
+    QVERIFY(comesUp(alertOf(fixture)));
+    const QWidget *button = fixture.find("alertButton");
+    const QWidget *title = fixture.find("alertTitle");
+    QVERIFY(title->geometry().bottom() < button->y());
+    QVERIFY(button->y() - title->geometry().bottom() < button->height()); // no empty line between them
     fixture.find<QAbstractButton>("alertButton")->click();
     QVERIFY(!fixture.model->error());
+}
+
+void DialogsTest::opensOverTheMiddleOfTheWindow_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("one line") << u"adb: device offline"_s;
+    QTest::newRow("wrapped lines") << u"a path/without/end/"_s.repeated(20);
+    QTest::newRow("more lines than there is room for") << u"one more line of a long complaint\n"_s.repeated(90);
+}
+
+void DialogsTest::opensOverTheMiddleOfTheWindow()
+{
+    QFETCH(QString, text);
+    ViewFixture fixture;
+    fixture.show();
+    QTRY_VERIFY(fixture.view->frameGeometry() != fixture.view->geometry());
+    const auto offCentre = [&](const QDialog *dialog) {
+        return (dialog->geometry().center() - fixture.view->geometry().center()).manhattanLength();
+    };
+    for (const QString &shown : {u"an earlier text"_s, text}) {
+        fixture.model->status = shown;
+        const SizeWatch sheetSize(sheetOf(fixture));
+        fixture.model->wireless = true;
+        QVERIFY(comesUp(sheetOf(fixture)));
+        fixture.model->error = shown;
+        const SizeWatch alertSize(alertOf(fixture));
+        QVERIFY(comesUp(alertOf(fixture)));
+        QTRY_VERIFY2(offCentre(sheetOf(fixture)) <= 2, qPrintable(QString::number(offCentre(sheetOf(fixture)))));
+        QTRY_VERIFY2(offCentre(alertOf(fixture)) <= 2, qPrintable(QString::number(offCentre(alertOf(fixture)))));
+        QVERIFY(!sheetSize.resizedWhileShown);
+        QVERIFY(!alertSize.resizedWhileShown);
+        fixture.model->error = std::nullopt;
+        fixture.model->wireless = false;
+        QTRY_VERIFY(!sheetOf(fixture)->isVisible());
+    }
+}
+
+void DialogsTest::takesNoRoomForSpaceAtTheEnd_data()
+{
+    QTest::addColumn<QString>("space");
+    QTest::newRow("line feed") << u"\n"_s;
+    QTest::newRow("line feeds of another system") << u"\r\n\r\n"_s;
+    QTest::newRow("blanks on lines of their own") << u" \n\t\n  "_s;
+}
+
+void DialogsTest::takesNoRoomForSpaceAtTheEnd()
+{
+    QFETCH(QString, space);
+    ViewFixture fixture;
+    fixture.show();
+    fixture.model->error = u"  adb:\n\noffline"_s;
+    QVERIFY(comesUp(alertOf(fixture)));
+    const int height = alertOf(fixture)->height();
+    const QString text = u"  adb:\n\noffline"_s + space;
+    fixture.model->error = text;
+    fixture.settle();
+    QCOMPARE(alertOf(fixture)->height(), height);
+    QCOMPARE(alertText(fixture), u"  adb:\n\noffline"_s);
+    QCOMPARE(fixture.model->error(), text);
 }
 
 void DialogsTest::showsTheLatestError()
@@ -277,6 +393,60 @@ void DialogsTest::opensNoFileDialogOnTheAlert()
     QVERIFY(onTop);
 }
 
+void DialogsTest::replacesAFileOnlyWhenTold()
+{
+    ViewFixture fixture;
+    fixture.show();
+    QVERIFY(writeFile(u"my shot.png"_s));
+    QStringList asked;
+    QString offered;
+    // "my shot" is typed and not replaced; then what is offered again is taken, and replaced.
+    const auto save = [] { press(modal<QFileDialog>(), u"Save"_s); };
+    QTimer::singleShot(0, this, [&] {
+        modal<QFileDialog>()->findChild<QLineEdit *>()->setText(u"my shot"_s);
+        QTimer::singleShot(0, this, [&] {
+            asked << modal<QMessageBox>()->text();
+            QTimer::singleShot(0, this, [&] {
+                offered = modal<QFileDialog>()->findChild<QLineEdit *>()->text();
+                QTimer::singleShot(0, this, [&] {
+                    asked << modal<QMessageBox>()->text();
+                    press(modal<QMessageBox>(), u"Replace"_s);
+                });
+                save();
+            });
+            press(modal<QMessageBox>(), u"Cancel"_s);
+        });
+        save();
+    });
+    QtFileDialogs dialogs;
+    QCOMPARE(dialogs.saveLocation(SaveKind::PngImage, u"Varda-1.png"_s), QDir::home().filePath(u"my shot.png"_s));
+    QCOMPARE(asked, QStringList(2, u"“my shot.png” already exists. Do you want to replace it?"_s));
+    QCOMPARE(offered, u"my shot.png"_s);
+}
+
+void DialogsTest::cutsOffNoColumnOfTheFileDialog()
+{
+    ViewFixture fixture;
+    fixture.show();
+    QVERIFY(writeFile(u"a build with a rather long name.apk"_s));
+    bool fits = true;
+    QTimer::singleShot(0, this, [&] {
+        auto *details = modal<QFileDialog>()->findChild<QTreeView *>();
+        QVERIFY(details);
+        QVERIFY(QTest::qWaitFor([&] { return details->model()->rowCount(details->rootIndex()) > 0; }));
+        fixture.settle();
+        for (int column = 1; column < details->header()->count(); ++column) {
+            const QString text = details->model()->index(0, column, details->rootIndex()).data().toString();
+            const int needed = details->fontMetrics().horizontalAdvance(text) + 6;
+            fits = fits && (details->isColumnHidden(column) || details->columnWidth(column) >= needed);
+        }
+        modal<QFileDialog>()->reject();
+    });
+    QtFileDialogs dialogs;
+    QVERIFY(!dialogs.chooseBuild());
+    QVERIFY(fits);
+}
+
 void DialogsTest::scrollsALongError()
 {
     ViewFixture fixture;
@@ -293,6 +463,10 @@ void DialogsTest::scrollsALongError()
     auto *text = fixture.find<TextBlock>("alertText");
     QVERIFY(text->verticalScrollBar()->maximum() > 0);
     QVERIFY(text->verticalScrollBar()->isVisible());
+    // The last line that is seen is seen whole: where the text is cut off, the next one begins.
+    const int foot = text->viewport()->height();
+    const QRect below = text->cursorRect(text->cursorForPosition(QPoint(0, foot + 2)));
+    QVERIFY2(qAbs(below.top() - foot) <= 1, qPrintable(u"%1 of %2"_s.arg(below.top()).arg(foot)));
     QVERIFY(alertOf(fixture)->height() < fixture.view->minimumHeight());
 
     fixture.model->error = u"short"_s;

@@ -8,9 +8,8 @@
 #include "Varda/View/Widgets/Icon.h"
 
 #include <QApplication>
-#include <QDialog>
 #include <QDir>
-#include <QPainter>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 
@@ -43,20 +42,12 @@ QString sampleLog()
     return log;
 }
 
-/// The window with the dialogs over it, where they lie on the screen.
+/// What the user sees of `window` on the screen, with its frame and with what lies over it.
 QPixmap picture(const QWidget &window)
 {
-    QPixmap whole = const_cast<QWidget &>(window).grab();
-    QPainter painter(&whole);
-    for (QDialog *dialog : window.findChildren<QDialog *>()) {
-        if (!dialog->isVisible())
-            continue;
-        const QRect place(window.mapFromGlobal(dialog->mapToGlobal(QPoint(0, 0))), dialog->size());
-        painter.fillRect(QRect(QPoint(0, 0), window.size()), QColor(0, 0, 0, 110));
-        painter.fillRect(place.adjusted(-1, -1, 1, 1), QColor(70, 78, 98));
-        painter.drawPixmap(place, dialog->grab());
-    }
-    return whole;
+    QTest::qWait(300); // the window manager places and frames, and the spinner turns
+    const QRect frame = window.frameGeometry();
+    return window.screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height());
 }
 
 class Album
@@ -78,7 +69,6 @@ public:
         ViewFixture::settle();
         QScrollBar *bar = fixture.find<QScrollArea>("mainColumn")->verticalScrollBar();
         bar->setValue(static_cast<int>(scroll * bar->maximum()));
-        QTest::qWait(150); // dialogs are placed by the window manager
         save(name, picture(*fixture.view));
     }
 
@@ -185,8 +175,7 @@ int main(int argc, char *argv[])
     addDialogs(album);
     AboutPane about;
     about.present();
-    QTest::qWait(150);
-    album.save(u"about"_s, about.grab());
+    album.save(u"about"_s, picture(about));
     album.save(u"icon"_s, applicationIcon().pixmap(256, 256));
     return 0;
 }

@@ -70,6 +70,7 @@ ErrorAlert::ErrorAlert(QWidget *window)
 void ErrorAlert::present(const QString &text, QWidget *host)
 {
     m_text->show(text);
+    m_text->setVisible(!m_text->document()->isEmpty()); // or it would leave a gap
     if (isVisible())
         return;
     create(); // the native window, which is then tied to the host's; asking for its number would make its parents' too

@@ -2,16 +2,29 @@
 #include "Varda/View/QtFileDialogs.h"
 
 #include "Varda/View/ErrorAlert.h"
+#include "Varda/View/Widgets/PlainText.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QLayout>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QStandardPaths>
+#include <QTreeView>
 
 namespace varda {
 namespace {
 
 using namespace Qt::StringLiterals;
+
+// Of the file dialog's details.
+constexpr int nameColumn = 0;
+constexpr int kindColumn = 2;
+
+constexpr int questionMargin = 20;
 
 struct KindOfFile
 {
@@ -49,6 +62,36 @@ QWidget *host()
     return qobject_cast<ErrorAlert *>(front) ? front->parentWidget() : front;
 }
 
+/// Qt's own dialog cuts off what its narrow columns hold, and its kinds of files say less than their icons.
+void fitColumns(const QFileDialog &dialog)
+{
+    auto *details = dialog.findChild<QTreeView *>();
+    if (!details) // the desktop's dialog
+        return;
+    details->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    details->header()->setStretchLastSection(false);
+    details->header()->setSectionResizeMode(nameColumn, QHeaderView::Stretch);
+    details->hideColumn(kindColumn);
+}
+
+/// Whether a file that is at `path` already may be replaced. A directory there makes the writing fail instead.
+bool mayWrite(const QString &path, QWidget *host)
+{
+    const QFileInfo file(path);
+    if (!file.exists() || file.isDir())
+        return true;
+    QMessageBox question(QMessageBox::NoIcon, u"Varda"_s,
+                         u"“%1” already exists. Do you want to replace it?"_s.arg(visibleLine(file.fileName())),
+                         QMessageBox::Cancel, host);
+    question.setObjectName(u"replaceQuestion"_s);
+    question.setTextFormat(Qt::PlainText);
+    question.layout()->setContentsMargins(questionMargin, questionMargin, questionMargin, questionMargin);
+    const QPushButton *replace = question.addButton(u"Replace"_s, QMessageBox::AcceptRole);
+    question.setDefaultButton(QMessageBox::Cancel);
+    question.exec();
+    return question.clickedButton() == replace;
+}
+
 } // namespace
 
 std::optional<QUrl> QtFileDialogs::chooseBuild()
@@ -66,14 +109,22 @@ std::optional<QUrl> QtFileDialogs::chooseBuild()
 std::optional<QString> QtFileDialogs::saveLocation(SaveKind kind, const QString &name)
 {
     const KindOfFile file = describe(kind);
-    QFileDialog dialog(host(), file.title, {}, file.filter);
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setFileMode(QFileDialog::AnyFile);
-    dialog.setDefaultSuffix(file.suffix);
     QString &folder = m_saveFolders.try_emplace(kind, existingFolder(file.home)).first->second;
-    dialog.setDirectory(folder);
-    dialog.selectFile(name);
-    return ask(dialog, folder);
+    QWidget *const below = host();
+    for (QString offered = name;;) {
+        QFileDialog dialog(below, file.title, {}, file.filter);
+        dialog.setAcceptMode(QFileDialog::AcceptSave);
+        dialog.setFileMode(QFileDialog::AnyFile);
+        dialog.setDefaultSuffix(file.suffix);
+        // A desktop's dialog would ask about the name as it was typed, before the suffix is there.
+        dialog.setOption(QFileDialog::DontConfirmOverwrite);
+        dialog.setDirectory(folder);
+        dialog.selectFile(offered);
+        const std::optional<QString> path = ask(dialog, folder);
+        if (!path || mayWrite(*path, below))
+            return path;
+        offered = QFileInfo(*path).fileName();
+    }
 }
 
 /// Asks, starting in `folder`, which becomes the folder of the answer.
@@ -82,10 +133,12 @@ std::optional<QString> QtFileDialogs::ask(QFileDialog &dialog, QString &folder)
     dialog.setObjectName(u"fileDialog"_s);
     dialog.setSupportedSchemes({u"file"_s});
     dialog.setDirectory(folder);
+    fitColumns(dialog);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
-    folder = dialog.directory().absolutePath();
-    return QDir::cleanPath(dialog.selectedFiles().constFirst());
+    const QString path = QDir::cleanPath(dialog.selectedFiles().constFirst());
+    folder = QFileInfo(path).absolutePath();
+    return path;
 }
 
 } // namespace varda

@@ -18,6 +18,7 @@ using namespace Qt::StringLiterals;
 constexpr int sheetWidth = 560;
 constexpr int padding = 30;
 constexpr int spacing = 18;
+constexpr int tallestStatus = 120;
 
 } // namespace
 
@@ -53,6 +54,7 @@ WirelessSheet::WirelessSheet(VardaModel &model, QWidget *window)
     stack->addWidget(divider);
     addConnection(*stack);
     m_status->setObjectName(u"sheetStatusText"_s);
+    m_status->setMaximumTextHeight(tallestStatus);
 
     bindText(*m_pairingEndpoint, m_model.pairingEndpoint);
     bindText(*m_pairingCode, m_model.pairingCode);

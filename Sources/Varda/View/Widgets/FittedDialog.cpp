@@ -1,8 +1,10 @@
-// FittedDialog: its height is set anew whenever its layout asks.
+// FittedDialog: sized and placed before it is on the screen, for a window manager loses its place if it is resized
+// then.
 #include "Varda/View/Widgets/FittedDialog.h"
 
 #include <QEvent>
 #include <QLayout>
+#include <QScreen>
 
 namespace varda {
 
@@ -13,23 +15,43 @@ FittedDialog::FittedDialog(int width, QWidget *parent)
     setFixedWidth(width);
 }
 
+void FittedDialog::setVisible(bool visible)
+{
+    if (visible && !isVisible()) {
+        layout()->activate(); // or layouts inside it answer for a text that stands no longer
+        fit();
+        centre();
+    }
+    QDialog::setVisible(visible);
+}
+
 bool FittedDialog::event(QEvent *event)
 {
     const bool handled = QDialog::event(event);
-    // Polish comes before the dialog is first placed on the screen; a block of text asks anew once it knows its width.
-    if (event->type() == QEvent::LayoutRequest || event->type() == QEvent::Polish)
+    if (event->type() == QEvent::LayoutRequest)
         fit();
     return handled;
 }
 
 void FittedDialog::fit()
 {
-    if (!layout())
+    const bool wraps = layout()->hasHeightForWidth();
+    setFixedSize(m_width, wraps ? layout()->totalHeightForWidth(m_width) : layout()->totalSizeHint().height());
+}
+
+/// Both windows have the same frame, so that the inner parts have one middle, too.
+void FittedDialog::centre()
+{
+    if (!parentWidget())
         return;
-    const int height =
-        layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(m_width) : layout()->totalSizeHint().height();
-    setFixedSize(m_width, height);
-    layout()->activate();
+    const QWidget *below = parentWidget()->window();
+    const QPoint frame = below->geometry().topLeft() - below->frameGeometry().topLeft();
+    const QRect room = below->screen()->availableGeometry().adjusted(frame.x(), frame.y(), -frame.x(), -frame.x());
+    QRect place(QPoint(0, 0), size());
+    place.moveCenter(below->geometry().center());
+    place.moveBottomRight({qMin(place.right(), room.right()), qMin(place.bottom(), room.bottom())});
+    place.moveTopLeft({qMax(place.left(), room.left()), qMax(place.top(), room.top())});
+    setGeometry(place);
 }
 
 } // namespace varda

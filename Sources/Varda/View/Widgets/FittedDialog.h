@@ -5,10 +5,14 @@
 
 namespace varda {
 
-/// Follows its layout as texts in it wrap, grow and shrink. The person cannot resize it.
+/// Opens over the middle of its parent's window, and follows its layout as texts in it wrap, grow and shrink. The user
+/// cannot resize it.
 class FittedDialog : public QDialog
 {
     Q_OBJECT
+
+public:
+    void setVisible(bool visible) override;
 
 protected:
     FittedDialog(int width, QWidget *parent);
@@ -17,6 +21,7 @@ protected:
 
 private:
     void fit();
+    void centre();
 
     const int m_width;
 };

@@ -9,9 +9,15 @@
 #include <QEvent>
 #include <QHash>
 #include <QPainter>
+#include <QResizeEvent>
+#include <QScrollBar>
+#include <QTextBlock>
 #include <QWheelEvent>
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <memory>
 
 namespace varda {
 namespace {
@@ -50,6 +56,29 @@ private:
     mutable QHash<int, int> m_heights; ///< by width
     mutable QString m_measured;        ///< the text that they are of
 };
+
+/// Tools end what they say with a line feed, which would show as an empty line.
+QString withoutTrailingSpace(const QString &text)
+{
+    const auto last = std::find_if_not(text.crbegin(), text.crend(), [](QChar c) { return c.isSpace(); });
+    return text.first(std::distance(last, text.crend()));
+}
+
+/// The bottom of the last line of `document` that does not reach below `limit`.
+double endOfLastWholeLine(const QTextDocument &document, double limit)
+{
+    double end = 0;
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        const double top = document.documentLayout()->blockBoundingRect(block).top();
+        for (int i = 0; i < block.layout()->lineCount(); ++i) {
+            const double bottom = top + block.layout()->lineAt(i).rect().bottom();
+            if (bottom > limit)
+                return end;
+            end = bottom;
+        }
+    }
+    return end;
+}
 
 } // namespace
 
@@ -164,10 +193,9 @@ TextBlock::TextBlock(const QFont &font, const QColor &colour, QAccessible::Role 
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-    QObject::connect(document()->documentLayout(), &QAbstractTextDocumentLayout::documentSizeChanged, this,
-                     &TextBlock::fitHeight);
-    fitHeight();
+    QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
 }
 
 void TextBlock::show(const QString &text)
@@ -175,7 +203,8 @@ void TextBlock::show(const QString &text)
     if (text == m_text)
         return;
     m_text = text;
-    setPlainText(visibleLines(text));
+    setPlainText(visibleLines(withoutTrailingSpace(text)));
+    forgetHeight();
     if (QAccessible::isActive()) {
         QAccessibleEvent named(this, QAccessible::NameChanged);
         QAccessible::updateAccessibility(&named);
@@ -188,14 +217,41 @@ void TextBlock::setMaximumTextHeight(int pixels)
 {
     m_maximumHeight = pixels;
     setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-    fitHeight();
+    verticalScrollBar()->setSingleStep(fontMetrics().height());
+    forgetHeight();
 }
 
-void TextBlock::fitHeight()
+/// Measured on a copy, so that layouts can ask before the text itself is laid out, and the reader's place stays.
+int TextBlock::heightForWidth(int width) const
 {
-    const int text = static_cast<int>(std::ceil(document()->size().height()));
-    const int least = fontMetrics().height() + 2 * inset;
-    setFixedHeight(qMax(least, m_maximumHeight ? qMin(text, *m_maximumHeight) : text));
+    if (width == m_measuredWidth)
+        return m_height;
+    const std::unique_ptr<QTextDocument> copy(document()->clone());
+    copy->documentLayout()->setPaintDevice(viewport());
+    copy->setTextWidth(width);
+    const double most = m_maximumHeight.value_or(QWIDGETSIZE_MAX);
+    const double height = copy->documentLayout()->blockBoundingRect(copy->lastBlock()).bottom() + inset;
+    m_height = static_cast<int>(std::ceil(height <= most ? height : endOfLastWholeLine(*copy, most)));
+    m_measuredWidth = width;
+    return m_height;
+}
+
+QSize TextBlock::sizeHint() const
+{
+    return {minimumSizeHint().width(), heightForWidth(width())};
+}
+
+void TextBlock::forgetHeight()
+{
+    m_measuredWidth = -1;
+    updateGeometry();
+}
+
+void TextBlock::resizeEvent(QResizeEvent *event)
+{
+    QTextEdit::resizeEvent(event);
+    if (event->oldSize().width() != event->size().width())
+        updateGeometry();
 }
 
 void TextBlock::paintEvent(QPaintEvent *event)
@@ -231,7 +287,7 @@ void TextBlock::changeEvent(QEvent *event)
 {
     QTextEdit::changeEvent(event);
     if (event->type() == QEvent::FontChange)
-        fitHeight();
+        forgetHeight();
 }
 
 } // namespace varda

@@ -64,7 +64,8 @@ private:
 };
 
 /// Selectable text from outside, of any length and any number of lines. It breaks wherever it has to, so that it never
-/// makes its window wider, and is as high as its text, or scrolls from `maximumHeight` on.
+/// makes its window wider. It is as high as its text, or as the whole lines that the maximum has room for, and scrolls.
+/// Space at the end of a text is not shown.
 class TextBlock final : public QTextEdit
 {
     Q_OBJECT
@@ -85,20 +86,25 @@ public:
     static constexpr int inset = 4;
 
     QSize minimumSizeHint() const override { return {40, 0}; }
+    QSize sizeHint() const override;
+    int heightForWidth(int width) const override;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
     void changeEvent(QEvent *event) override;
 
 private:
-    void fitHeight();
+    void forgetHeight();
 
     const QAccessible::Role m_role;
     QString m_text;
     std::optional<int> m_maximumHeight;
+    mutable int m_measuredWidth = -1; ///< what `m_height` is for; -1 for nothing
+    mutable int m_height = 0;
 };
 
 } // namespace varda

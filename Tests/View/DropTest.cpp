@@ -41,6 +41,8 @@ private Q_SLOTS:
     void reportsAFileThatIsNoBuild();
     void ignoresWhatIsNoFile_data();
     void ignoresWhatIsNoFile();
+    void copiesWhatASourceWouldMove();
+    void takesDropsOnTheZoneOnly();
     void showsNoSignWhileADragHovers();
     void namesTheChosenBuild();
 };
@@ -122,6 +124,37 @@ void DropTest::ignoresWhatIsNoFile()
     fixture.settle();
     QVERIFY(!fixture.model->apk());
     QVERIFY(!fixture.model->error());
+}
+
+void DropTest::copiesWhatASourceWouldMove()
+{
+    const ViewFixture fixture;
+    QWidget *zone = fixture.find("dropZone");
+    QMimeData data;
+    data.setUrls({QUrl(u"file:///tmp/a.apk"_s)});
+    constexpr auto offered = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
+    QDragEnterEvent enter({}, offered, &data, Qt::LeftButton, Qt::ShiftModifier);
+    QDropEvent event({}, offered, &data, Qt::LeftButton, Qt::ShiftModifier);
+    for (QDropEvent *each : std::initializer_list<QDropEvent *>{&enter, &event}) {
+        QCOMPARE(each->proposedAction(), Qt::MoveAction);
+        QApplication::sendEvent(zone, each);
+        QVERIFY(each->isAccepted());
+        QCOMPARE(each->dropAction(), Qt::CopyAction);
+    }
+}
+
+void DropTest::takesDropsOnTheZoneOnly()
+{
+    const ViewFixture fixture;
+    QMimeData data;
+    data.setUrls({QUrl(u"file:///tmp/a.apk"_s)});
+    data.setText(u"file:///tmp/a.apk"_s);
+    QStringList takers;
+    for (QWidget *widget : fixture.view->findChildren<QWidget *>()) {
+        if (widget->acceptDrops() && drop(widget, data).first)
+            takers << widget->objectName();
+    }
+    QCOMPARE(takers, QStringList{u"dropZone"_s});
 }
 
 void DropTest::showsNoSignWhileADragHovers()

@@ -21,6 +21,15 @@ constexpr int iconGap = 18;
 constexpr int fileIcon = 16;
 constexpr double dashLength = 4.0;
 
+/// Accepts a drag that carries a file, as a copy whatever its source proposes: a source deletes what was moved.
+std::optional<QUrl> take(QDropEvent &event)
+{
+    auto file = firstFile(*event.mimeData());
+    event.setDropAction(Qt::CopyAction);
+    event.setAccepted(file.has_value());
+    return file;
+}
+
 /// The chosen build's mark, which has no text of its own.
 class FileMark final : public QWidget
 {
@@ -99,21 +108,13 @@ void DropZone::render()
 
 void DropZone::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (firstFile(*event->mimeData()))
-        event->acceptProposedAction();
-    else
-        event->ignore();
+    take(*event);
 }
 
 void DropZone::dropEvent(QDropEvent *event)
 {
-    const auto file = firstFile(*event->mimeData());
-    if (!file) {
-        event->ignore();
-        return;
-    }
-    event->acceptProposedAction();
-    QTimer::singleShot(0, this, [this, build = *file] { m_model.acceptAPK(build); });
+    if (const auto file = take(*event))
+        QTimer::singleShot(0, this, [this, build = *file] { m_model.acceptAPK(build); });
 }
 
 void DropZone::paintEvent(QPaintEvent *event)

@@ -201,7 +201,7 @@ void TextBlock::fitHeight()
 void TextBlock::paintEvent(QPaintEvent *event)
 {
     QTextEdit::paintEvent(event);
-    if (!hasFocus())
+    if (!VardaStyle::showsFocus(*this))
         return;
     QPainter painter(viewport());
     paintRounded(painter, viewport()->rect(), inset, Qt::transparent, theme::accent, 1.5);

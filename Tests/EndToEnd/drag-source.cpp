@@ -4,7 +4,8 @@
 //
 // A drag with the left button carries the second argument's bytes (with "\n" for a line's end) as the first one's type.
 // It prints "ready" when its window is shown, "dragging" when a drag begins, "accepted" whenever the place under the
-// pointer comes to take it, and at its end "dropped" or "refused".
+// pointer comes to take it, and at its end "dropped" (which is a copy, though it proposes to move), "moved" or
+// "refused".
 #include <QApplication>
 #include <QDrag>
 #include <QMimeData>
@@ -46,7 +47,8 @@ protected:
                 say("accepted");
         });
         say("dragging");
-        say(drag->exec(Qt::CopyAction) == Qt::IgnoreAction ? "refused" : "dropped");
+        const Qt::DropAction action = drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::MoveAction);
+        say(action == Qt::CopyAction ? "dropped" : (action == Qt::IgnoreAction ? "refused" : "moved"));
     }
 
 private:

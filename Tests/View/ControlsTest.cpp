@@ -1,8 +1,9 @@
 // The controls: when each is enabled, what each calls, and how the fields follow the model in both directions.
 #include "Support/ViewFixture.h"
-#include "Varda/View/DeviceRow.h"
+#include "Varda/View/Widgets/Theme.h"
 
 #include <QAbstractButton>
+#include <QAbstractScrollArea>
 #include <QAction>
 #include <QLineEdit>
 #include <QMenu>
@@ -40,8 +41,6 @@ private Q_SLOTS:
     void disablesWhatCannotWork();
     void bindsFieldsBothWays_data();
     void bindsFieldsBothWays();
-    void selectsTheDeviceOfAClickedRow();
-    void keepsTwoRowsOfOneSerialApart();
     void invertsLogging();
     void opensTheSheet();
     void asksForABuildAndForAnExport();
@@ -51,10 +50,12 @@ private Q_SLOTS:
     void listsTheKeysInTheMenu();
     void launchesNothingOnReturn();
     void pressesTheFocusedButtonOnReturn();
-    void movesBetweenRowsWithArrows();
     void givesTheFocusBack();
     void reachesEveryControlByTab();
     void showsWhatHasTheFocus();
+    void ringsTheFocusAfterAKeyOnly_data();
+    void ringsTheFocusAfterAKeyOnly();
+    void keepsItsPlaceBesideAChangingLabel();
 };
 
 void ControlsTest::disablesWhatCannotWork_data()
@@ -148,42 +149,6 @@ void ControlsTest::bindsFieldsBothWays()
     QCOMPARE(field->cursorPosition(), 4);
     field->clear();
     QCOMPARE(value(), QString());
-}
-
-void ControlsTest::selectsTheDeviceOfAClickedRow()
-{
-    ViewFixture fixture;
-    fixture.model->devices = QList<AndroidDevice>{readyPhone, shyPhone, anEmulator};
-    fixture.settle();
-    fixture.show();
-    const auto rows = fixture.view->findChildren<DeviceRow *>();
-    QCOMPARE(rows.size(), 3);
-    for (const DeviceRow *row : rows)
-        QVERIFY(!row->isChecked());
-    QTest::mouseClick(rows.at(2), Qt::LeftButton);
-    QCOMPARE(fixture.model->selectedID(), anEmulator.id);
-    QTRY_VERIFY(rows.at(2)->isChecked());
-    QTest::mouseClick(rows.at(2), Qt::LeftButton); // again: stays selected
-    fixture.settle();
-    QVERIFY(rows.at(2)->isChecked());
-    fixture.model->selectedID = std::nullopt;
-    fixture.settle();
-    QVERIFY(!rows.at(2)->isChecked());
-}
-
-void ControlsTest::keepsTwoRowsOfOneSerialApart()
-{
-    ViewFixture fixture;
-    AndroidDevice twin = readyPhone;
-    twin.name = u"Twin"_s;
-    fixture.model->devices = QList<AndroidDevice>{readyPhone, twin};
-    fixture.model->selectedID = readyPhone.id;
-    fixture.settle();
-    const auto rows = fixture.view->findChildren<DeviceRow *>();
-    QCOMPARE(rows.size(), 2);
-    QCOMPARE(rows.at(0)->device().name, readyPhone.name);
-    QCOMPARE(rows.at(1)->device().name, u"Twin"_s);
-    QVERIFY(rows.at(0)->isChecked() && rows.at(1)->isChecked());
 }
 
 void ControlsTest::invertsLogging()
@@ -298,27 +263,6 @@ void ControlsTest::pressesTheFocusedButtonOnReturn()
     QCOMPARE(fixture.dialogs->questions, 3);
 }
 
-void ControlsTest::movesBetweenRowsWithArrows()
-{
-    ViewFixture fixture;
-    fixture.model->devices = QList<AndroidDevice>{readyPhone, shyPhone};
-    fixture.settle();
-    fixture.show();
-    const auto rows = fixture.view->findChildren<DeviceRow *>();
-    rows.at(0)->setFocus();
-    QTest::keyClick(rows.at(0), Qt::Key_Down);
-    QCOMPARE(fixture.view->focusWidget(), rows.at(1));
-    QVERIFY(!fixture.model->selectedID()); // looking is not choosing
-    QTest::keyClick(rows.at(1), Qt::Key_Down);
-    QCOMPARE(fixture.view->focusWidget(), rows.at(1));
-    QTest::keyClick(rows.at(1), Qt::Key_Space);
-    QCOMPARE(fixture.model->selectedID(), shyPhone.id);
-    QTest::keyClick(rows.at(1), Qt::Key_Up);
-    QCOMPARE(fixture.view->focusWidget(), rows.at(0));
-    QTest::keyClick(rows.at(0), Qt::Key_Return);
-    QCOMPARE(fixture.model->selectedID(), readyPhone.id);
-}
-
 void ControlsTest::givesTheFocusBack()
 {
     ViewFixture fixture;
@@ -365,10 +309,10 @@ void ControlsTest::reachesEveryControlByTab()
         QTest::keyClick(fixture.view->focusWidget(), Qt::Key_Tab);
     }
     QCOMPARE(order,
-             QStringList({u"menuButton"_s, u"refreshButton"_s, u"deviceRow"_s, u"deviceRow"_s, u"wirelessButton"_s,
-                          u"chooseButton"_s, u"installButton"_s, u"mirrorButton"_s, u"recordButton"_s,
-                          u"packageField"_s, u"launchButton"_s, u"stopButton"_s, u"listButton"_s, u"screenshotButton"_s,
-                          u"logsButton"_s, u"exportButton"_s, u"consoleText"_s, u"statusText"_s}));
+             QStringList({u"menuButton"_s, u"refreshButton"_s, u"deviceRow"_s, u"wirelessButton"_s, u"chooseButton"_s,
+                          u"installButton"_s, u"mirrorButton"_s, u"recordButton"_s, u"packageField"_s,
+                          u"launchButton"_s, u"stopButton"_s, u"listButton"_s, u"screenshotButton"_s, u"logsButton"_s,
+                          u"exportButton"_s, u"consoleText"_s, u"statusText"_s}));
 }
 
 void ControlsTest::showsWhatHasTheFocus()
@@ -382,6 +326,8 @@ void ControlsTest::showsWhatHasTheFocus()
     fixture.view->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(fixture.view.get()));
     const QWidget *status = fixture.find("statusLine");
+    fixture.find("menuButton")->setFocus();
+    QTest::keyClick(fixture.view->focusWidget(), Qt::Key_Tab);
     fixture.find("chooseButton")->setFocus();
     for (int i = 0; i < 12 && fixture.view->focusWidget()->objectName() != u"statusText"; ++i) {
         const QWidget *focused = fixture.view->focusWidget();
@@ -400,6 +346,52 @@ void ControlsTest::showsWhatHasTheFocus()
         QTest::keyClick(fixture.view->focusWidget(), Qt::Key_Tab);
     }
     QCOMPARE(fixture.view->focusWidget()->objectName(), u"statusText"_s);
+}
+
+void ControlsTest::ringsTheFocusAfterAKeyOnly_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    for (const char *name : {"deviceRow", "chooseButton", "logsButton", "menuButton", "consoleText", "statusText"})
+        QTest::newRow(name) << QByteArray(name);
+}
+
+void ControlsTest::ringsTheFocusAfterAKeyOnly()
+{
+    QFETCH(QByteArray, name);
+    ViewFixture fixture;
+    fixture.attach(readyPhone);
+    fixture.show();
+    fixture.view->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(fixture.view.get()));
+    auto *widget = fixture.find(name.constData());
+    const auto *area = qobject_cast<const QAbstractScrollArea *>(widget);
+    const auto ringed = [widget] {
+        return widget->grab().toImage().pixelColor(0, widget->height() / 2) == theme::accent;
+    };
+    QTest::mouseClick(area ? area->viewport() : widget, Qt::LeftButton, {}, QPoint(1, 1));
+    fixture.settle();
+    if (QWidget *popup = QApplication::activePopupWidget())
+        popup->close();
+    QCOMPARE(fixture.view->focusWidget(), widget);
+    QVERIFY(!ringed());
+    QTest::keyClick(widget, Qt::Key_Shift); // any key that the widget itself has no use for
+    QVERIFY(ringed());
+    QTest::mouseClick(fixture.find("productLabel"), Qt::LeftButton); // which takes no focus away
+    QCOMPARE(fixture.view->focusWidget(), widget);
+    QVERIFY(!ringed());
+}
+
+void ControlsTest::keepsItsPlaceBesideAChangingLabel()
+{
+    ViewFixture fixture;
+    fixture.attach(readyPhone);
+    fixture.show();
+    const QWidget *record = fixture.find("recordButton");
+    const QRect place = record->geometry();
+    fixture.model->mirrorRunning = true;
+    fixture.settle();
+    QCOMPARE(fixture.find<QAbstractButton>("mirrorButton")->text(), u"Stop live phone"_s);
+    QCOMPARE(record->geometry(), place);
 }
 
 QTEST_MAIN(ControlsTest)

@@ -41,6 +41,8 @@ private Q_SLOTS:
     void reportsAFileThatIsNoBuild();
     void ignoresWhatIsNoFile_data();
     void ignoresWhatIsNoFile();
+    void copiesWhatASourceWouldMove();
+    void takesDropsOnTheZoneOnly();
     void showsNoSignWhileADragHovers();
     void namesTheChosenBuild();
 };
@@ -57,8 +59,8 @@ void DropTest::readsTheFirstItem_data()
     QTest::newRow("percent-encoded") << "file:///tmp/My%20b%C3%BCild%20%25.apk"_ba
                                      << QUrl::fromLocalFile(u"/tmp/My büild %.apk"_s);
     QTest::newRow("not encoded") << "file:///tmp/My build.apk"_ba << QUrl::fromLocalFile(u"/tmp/My build.apk"_s);
-    QTest::newRow("of this computer by its name") << "file://LOCALHOST/tmp/a.apk"_ba
-                                                  << QUrl(u"file://localhost/tmp/a.apk"_s);
+    QTest::newRow("of this computer by its name")
+        << "file://LOCALHOST/tmp/a.apk"_ba << QUrl(u"file://localhost/tmp/a.apk"_s);
     QTest::newRow("of another computer") << "file://otherhost/tmp/a.apk\r\nfile:///tmp/b.apk"_ba << QUrl();
     QTest::newRow("a page first") << "https://example.com/a.apk\r\nfile:///tmp/b.apk\r\n"_ba << QUrl();
     QTest::newRow("no address") << "a.apk\r\n"_ba << QUrl();
@@ -125,6 +127,37 @@ void DropTest::ignoresWhatIsNoFile()
     fixture.settle();
     QVERIFY(!fixture.model->apk());
     QVERIFY(!fixture.model->error());
+}
+
+void DropTest::copiesWhatASourceWouldMove()
+{
+    const ViewFixture fixture;
+    QWidget *zone = fixture.find("dropZone");
+    QMimeData data;
+    data.setUrls({QUrl(u"file:///tmp/a.apk"_s)});
+    constexpr auto offered = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
+    QDragEnterEvent enter({}, offered, &data, Qt::LeftButton, Qt::ShiftModifier);
+    QDropEvent event({}, offered, &data, Qt::LeftButton, Qt::ShiftModifier);
+    for (QDropEvent *each : std::initializer_list<QDropEvent *>{&enter, &event}) {
+        QCOMPARE(each->proposedAction(), Qt::MoveAction);
+        QApplication::sendEvent(zone, each);
+        QVERIFY(each->isAccepted());
+        QCOMPARE(each->dropAction(), Qt::CopyAction);
+    }
+}
+
+void DropTest::takesDropsOnTheZoneOnly()
+{
+    const ViewFixture fixture;
+    QMimeData data;
+    data.setUrls({QUrl(u"file:///tmp/a.apk"_s)});
+    data.setText(u"file:///tmp/a.apk"_s);
+    QStringList takers;
+    for (QWidget *widget : fixture.view->findChildren<QWidget *>()) {
+        if (widget->acceptDrops() && drop(widget, data).first)
+            takers << widget->objectName();
+    }
+    QCOMPARE(takers, QStringList{u"dropZone"_s});
 }
 
 void DropTest::showsNoSignWhileADragHovers()

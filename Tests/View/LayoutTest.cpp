@@ -12,7 +12,6 @@
 #include <QScrollBar>
 
 #include <array>
-#include <cmath>
 #include <functional>
 #include <memory>
 
@@ -20,29 +19,6 @@ using namespace Qt::StringLiterals;
 using namespace varda;
 
 namespace {
-
-/// `colour` as it looks on the opaque `ground`.
-QColor over(const QColor &colour, const QColor &ground)
-{
-    const double a = colour.alphaF();
-    const auto mix = [a](double top, double bottom) { return static_cast<float>(top * a + bottom * (1 - a)); };
-    return QColor::fromRgbF(mix(colour.redF(), ground.redF()), mix(colour.greenF(), ground.greenF()),
-                            mix(colour.blueF(), ground.blueF()));
-}
-
-/// Relative luminance, as the Web Content Accessibility Guidelines 2.1 define it.
-double luminance(const QColor &colour)
-{
-    const auto linear = [](double c) { return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4); };
-    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) + 0.0722 * linear(colour.blueF());
-}
-
-double contrast(const QColor &text, const QColor &ground)
-{
-    const double a = luminance(over(text, ground));
-    const double b = luminance(ground);
-    return (qMax(a, b) + 0.05) / (qMin(a, b) + 0.05);
-}
 
 /// Every visible widget below `window` that would rather be larger than it is, and so is clipped.
 QStringList clipped(const QWidget &window)
@@ -102,6 +78,7 @@ private Q_SLOTS:
     void isDark();
     void scrollsTheMainColumnVerticallyOnly();
     void keepsTheStatusInSight();
+    void linesTheFloatingStatusAsWideAsThePanels();
     void neverWidensForLongTexts();
     void holdsWholeTextsInTooltips();
     void clipsNothing_data();
@@ -112,8 +89,6 @@ private Q_SLOTS:
     void showsTooltipsLiterally();
     void makesHiddenCharactersVisible_data();
     void makesHiddenCharactersVisible();
-    void isLegible_data();
-    void isLegible();
 };
 
 void LayoutTest::hasItsMeasures()
@@ -178,6 +153,22 @@ void LayoutTest::keepsTheStatusInSight()
     QVERIFY(below("consoleFooter", text)); // under the console, above the note
     QVERIFY(fixture.find("setupNote")->mapTo(column, QPoint(0, 0)).y() >=
             text->mapTo(column, QPoint(0, text->height())).y());
+}
+
+void LayoutTest::linesTheFloatingStatusAsWideAsThePanels()
+{
+    ViewFixture fixture;
+    fixture.view->resize(980, 700);
+    fixture.show();
+    fixture.settle();
+    const QWidget *status = fixture.find("statusLine");
+    const QImage picture = fixture.view->grab().toImage();
+    const QPoint corner = status->mapTo(fixture.view.get(), QPoint(0, 0));
+    const QWidget *panel = fixture.find("deployPanel");
+    const int left = panel->mapTo(fixture.view.get(), QPoint(0, 0)).x();
+    const auto lined = [&](int x) { return picture.pixelColor(x, corner.y()) != theme::mainBackground; };
+    QVERIFY(lined(left) && lined(left + panel->width() / 2) && lined(left + panel->width() - 1));
+    QVERIFY(!lined(left - 1) && !lined(left + panel->width()));
 }
 
 void LayoutTest::neverWidensForLongTexts()
@@ -368,38 +359,6 @@ void LayoutTest::makesHiddenCharactersVisible()
     QFETCH(QString, lines);
     QCOMPARE(visibleLine(text), line);
     QCOMPARE(visibleLines(text), lines);
-}
-
-void LayoutTest::isLegible_data()
-{
-    QTest::addColumn<QColor>("text");
-    QTest::addColumn<QColor>("ground");
-    const auto panel = over(theme::panelFill, theme::mainBackground);
-    QTest::newRow("text") << theme::text << panel;
-    QTest::newRow("secondary, side") << theme::secondaryText << theme::sideBackground;
-    QTest::newRow("secondary, main") << theme::secondaryText << theme::mainBackground;
-    QTest::newRow("secondary, panel") << theme::secondaryText << panel;
-    QTest::newRow("secondary, selected row")
-        << theme::secondaryText << over(theme::rowSelectedHover, theme::sideBackground);
-    QTest::newRow("placeholder") << theme::placeholderText << theme::fieldBackground;
-    QTest::newRow("accent") << theme::accent << panel;
-    QTest::newRow("orange") << theme::attention << panel;
-    QTest::newRow("warning") << theme::text << over(theme::faded(theme::attention, 0.14), theme::mainBackground);
-    QTest::newRow("console") << theme::consoleText << theme::consoleBackground;
-    QTest::newRow("primary button") << theme::textOnAccent << theme::accent;
-    QTest::newRow("primary button, hover") << theme::textOnAccent << theme::accentHover;
-    QTest::newRow("primary button, pressed") << theme::textOnAccent << theme::accentPressed;
-    QTest::newRow("secondary button, hover") << theme::text << over(theme::controlHover, panel);
-    QTest::newRow("selected text") << QColor(Qt::white) << theme::selection;
-    QTest::newRow("tooltip") << theme::text << theme::popupBackground;
-}
-
-void LayoutTest::isLegible()
-{
-    QFETCH(QColor, text);
-    QFETCH(QColor, ground);
-    const double ratio = contrast(text, ground);
-    QVERIFY2(ratio >= 4.5, qPrintable(u"contrast is %1"_s.arg(ratio)));
 }
 
 QTEST_MAIN(LayoutTest)

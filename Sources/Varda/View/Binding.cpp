@@ -15,6 +15,7 @@ QLineEdit *makeField(const QString &objectName, const QString &accessibleName, c
     field->setObjectName(objectName);
     field->setAccessibleName(accessibleName);
     field->setPlaceholderText(placeholder);
+    field->setAcceptDrops(false); // a build that misses its zone would be typed in as an address
     field->setFont(theme::literal(theme::font(theme::bodySize)));
     return field;
 }

@@ -1,4 +1,4 @@
-// DeviceList: a row stays for as long as its device is listed; the arrow keys walk the rows.
+// DeviceList: a row stays for as long as its device is listed; the arrow keys select.
 #include "Varda/View/DeviceList.h"
 
 #include "Varda/View/DeviceRow.h"
@@ -8,6 +8,9 @@
 #include <QKeyEvent>
 #include <QScrollBar>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <utility>
 
 namespace varda {
 namespace {
@@ -53,10 +56,18 @@ void DeviceList::render()
         row->show(device, m_model.selectedID() == device.id);
         rows.append(row);
     }
+    const bool focusGoes = std::ranges::any_of(former, &DeviceRow::hasFocus);
     qDeleteAll(former);
     if (rows != m_rows)
         arrange(rows);
     m_waiting->setVisible(rows.isEmpty());
+    // As with radio buttons, Tab stops at the selected row, or at the first where none is.
+    const auto selected = std::ranges::find_if(m_rows, &DeviceRow::isChecked);
+    DeviceRow *stop = selected != m_rows.end() ? *selected : m_rows.value(0);
+    for (DeviceRow *row : std::as_const(m_rows))
+        row->setFocusPolicy(row == stop ? Qt::StrongFocus : Qt::ClickFocus);
+    if (focusGoes && stop)
+        stop->setFocus(Qt::OtherFocusReason);
 }
 
 /// The former row of the device with serial `id`, or a new one.
@@ -105,13 +116,14 @@ bool DeviceList::eventFilter(QObject *watched, QEvent *event)
         ensureWidgetVisible(static_cast<QWidget *>(watched), 0, rowGap);
     if (event->type() != QEvent::KeyPress)
         return false;
-    const auto at = m_rows.indexOf(static_cast<DeviceRow *>(watched));
     const int key = static_cast<QKeyEvent *>(event)->key();
-    const auto next = key == Qt::Key_Down ? at + 1 : (key == Qt::Key_Up ? at - 1 : -1);
-    if (key != Qt::Key_Down && key != Qt::Key_Up)
+    const bool onwards = key == Qt::Key_Down || key == Qt::Key_Right;
+    if (!onwards && key != Qt::Key_Up && key != Qt::Key_Left)
         return false;
-    if (next >= 0 && next < m_rows.size())
-        m_rows.at(next)->setFocus(Qt::OtherFocusReason);
+    if (DeviceRow *next = m_rows.value(m_rows.indexOf(static_cast<DeviceRow *>(watched)) + (onwards ? 1 : -1))) {
+        next->setFocus(Qt::OtherFocusReason);
+        next->click();
+    }
     return true;
 }
 

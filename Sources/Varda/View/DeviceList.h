@@ -12,7 +12,9 @@ namespace varda {
 
 class DeviceRow;
 
-/// As high as its rows; scrolls where the side column has no room for them. Arrow keys move between the rows.
+/// As high as its rows; scrolls where the side column has no room for them. Like a group of radio buttons it is one
+/// stop for Tab, and its arrow keys select. The rows are widgets of their own, for what a screen reader holds on to has
+/// to stay the same device: an item view's accessible items are handed on to other rows when rows come and go.
 class DeviceList final : public QScrollArea
 {
     Q_OBJECT

@@ -18,6 +18,22 @@ constexpr int padding = 12;
 constexpr int deviceIcon = 22;
 constexpr int gap = 12;
 constexpr int lineGap = 3;
+constexpr int markInset = 4;
+constexpr double markWidth = 3.0;
+
+/// `serial` within `width`. A phone that adb found by itself has a long one, "adb-R58M42ABCDE-nQ8pLx._adb-tls-connect.
+/// _tcp": what every such serial has, at the end and then at the start, gives way to what tells one phone from another.
+QString elidedSerial(const QString &serial, const QFontMetrics &metrics, int width)
+{
+    const qsizetype prefix = serial.startsWith(u"adb-") ? 4 : 0;
+    const qsizetype service = serial.indexOf(u"._adb", prefix);
+    QString shown = serial;
+    if (service > 0 && metrics.horizontalAdvance(shown) > width)
+        shown = serial.left(service) + u'…';
+    if (service > 0 && prefix > 0 && metrics.horizontalAdvance(shown) > width)
+        shown = u'…' + shown.mid(prefix);
+    return metrics.elidedText(shown, Qt::ElideMiddle, width);
+}
 
 } // namespace
 
@@ -85,14 +101,17 @@ void DeviceRow::paintEvent(QPaintEvent *)
         fill = hovered ? theme::rowSelectedHover : theme::rowSelected;
     if (isDown())
         fill = isChecked() ? theme::rowSelected : theme::rowFill;
-    paintRounded(painter, rect(), theme::rowRadius, fill, hasFocus() ? theme::accent : QColor(Qt::transparent),
-                 theme::focusRing);
+    paintRounded(painter, rect(), theme::rowRadius, fill,
+                 VardaStyle::showsFocus(*this) ? theme::accent : QColor(Qt::transparent), theme::focusRing);
 
     const QRect inside = rect().adjusted(padding, padding, -padding, -padding);
+    if (isChecked())
+        paintRounded(painter, QRectF(markInset, inside.y(), markWidth, inside.height()), markWidth / 2,
+                     theme::selectionMark, Qt::transparent);
     const QRectF iconArea(inside.x(), inside.y() + (inside.height() - deviceIcon) / 2.0, deviceIcon, deviceIcon);
     paintIcon(painter, m_device.emulator() ? Icon::Desktop : Icon::Phone, iconArea,
               isChecked() ? theme::accent : theme::text);
-    paintTexts(painter, inside.adjusted(deviceIcon + gap, 0, -theme::statusDot - gap, 0));
+    paintTexts(painter, inside.adjusted(deviceIcon + gap, 0, 0, 0));
 
     // Ready is a disc, everything else a diamond: the colour alone would not tell everyone.
     painter.setRenderHint(QPainter::Antialiasing);
@@ -113,18 +132,20 @@ void DeviceRow::paintTexts(QPainter &painter, const QRect &area) const
 {
     const Lines fonts = lines();
     int y = area.y() + (area.height() - fonts.height()) / 2;
-    const auto line = [&](const QFont &font, const QColor &colour, const QString &text, Qt::TextElideMode mode) {
+    const auto line = [&](const QFont &font, const QColor &colour, const QString &text, int width) {
         const QFontMetrics metrics(font);
         painter.setFont(font);
         painter.setPen(colour);
-        painter.drawText(QRect(area.x(), y, area.width(), metrics.height()),
+        painter.drawText(QRect(area.x(), y, width, metrics.height()),
                          Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-                         metrics.elidedText(visibleLine(text), mode, area.width()));
+                         metrics.elidedText(visibleLine(text), Qt::ElideRight, width));
         y += metrics.height() + lineGap;
     };
-    line(fonts.name, theme::text, m_device.name, Qt::ElideRight);
-    line(fonts.transport, theme::secondaryText, m_device.transport(), Qt::ElideRight);
-    line(fonts.serial, theme::secondaryText, m_device.id, Qt::ElideMiddle);
+    const int besideDot = area.width() - theme::statusDot - gap;
+    line(fonts.name, theme::text, m_device.name, besideDot);
+    line(fonts.transport, theme::secondaryText, m_device.transport(), besideDot);
+    line(fonts.serial, theme::secondaryText,
+         elidedSerial(visibleLine(m_device.id), QFontMetrics(fonts.serial), area.width()), area.width());
 }
 
 } // namespace varda

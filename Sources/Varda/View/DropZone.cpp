@@ -21,6 +21,16 @@ constexpr int iconSize = 32;
 constexpr int iconGap = 18;
 constexpr int fileIcon = 16;
 constexpr double dashLength = 4.0;
+constexpr double dashWidth = 1.5;
+
+/// Accepts a drag that carries a file, as a copy whatever its source proposes: a source deletes what was moved.
+std::optional<QUrl> take(QDropEvent &event)
+{
+    auto file = firstFile(*event.mimeData());
+    event.setDropAction(Qt::CopyAction);
+    event.setAccepted(file.has_value());
+    return file;
+}
 
 /// The chosen build's mark, which has no text of its own.
 class FileMark final : public QWidget
@@ -100,21 +110,13 @@ void DropZone::render()
 
 void DropZone::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (firstFile(*event->mimeData()))
-        event->acceptProposedAction();
-    else
-        event->ignore();
+    take(*event);
 }
 
 void DropZone::dropEvent(QDropEvent *event)
 {
-    const auto file = firstFile(*event->mimeData());
-    if (!file) {
-        event->ignore();
-        return;
-    }
-    event->acceptProposedAction();
-    QTimer::singleShot(0, this, [this, build = *file] { m_model.acceptAPK(build); });
+    if (const auto file = take(*event))
+        QTimer::singleShot(0, this, [this, build = *file] { m_model.acceptAPK(build); });
 }
 
 void DropZone::paintEvent(QPaintEvent *event)
@@ -122,10 +124,11 @@ void DropZone::paintEvent(QPaintEvent *event)
     Surface::paintEvent(event);
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    QPen pen(theme::white(0.22), 1.25);
+    QPen pen(theme::dropLine, dashWidth);
     pen.setDashPattern({dashLength, dashLength});
     painter.setPen(pen);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.75, 0.75, -0.75, -0.75), theme::rowRadius, theme::rowRadius);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(dashWidth / 2, dashWidth / 2, -dashWidth / 2, -dashWidth / 2),
+                            theme::rowRadius, theme::rowRadius);
     paintIcon(painter, Icon::Drop, QRectF(padding, (height() - iconSize) / 2.0, iconSize, iconSize), theme::accent);
 }
 

@@ -106,7 +106,7 @@ void StatusLine::paintEvent(QPaintEvent *)
         return;
     QPainter painter(this);
     painter.fillRect(rect(), theme::mainBackground);
-    painter.fillRect(QRect(0, 0, width(), 1), theme::hairline);
+    painter.fillRect(QRect(theme::mainPadding, 0, width() - 2 * theme::mainPadding, 1), theme::hairline);
 }
 
 } // namespace varda

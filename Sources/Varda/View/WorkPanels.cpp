@@ -18,6 +18,11 @@ using Kind = Button::Kind;
 
 constexpr int headlineGap = 4;
 
+QString mirrorLabel(bool running)
+{
+    return running ? u"Stop live phone"_s : u"Open live phone"_s;
+}
+
 Button *makeButton(Kind kind, const QString &name, const QString &text, QWidget *parent,
                    std::optional<Icon> icon = std::nullopt)
 {
@@ -52,7 +57,7 @@ void DeployPanel::render()
 LivePhonePanel::LivePhonePanel(VardaModel &model, QWidget *parent)
     : Panel(u"02 / LIVE PHONE"_s, Icon::Windows, parent)
     , m_model(model)
-    , m_mirror(makeButton(Kind::Primary, u"mirrorButton"_s, u"Open live phone"_s, this))
+    , m_mirror(makeButton(Kind::Primary, u"mirrorButton"_s, {}, this))
     , m_record(makeButton(Kind::Secondary, u"recordButton"_s, u"Record test"_s, this))
 {
     setObjectName(u"livePhonePanel"_s);
@@ -68,6 +73,10 @@ LivePhonePanel::LivePhonePanel(VardaModel &model, QWidget *parent)
     words->addWidget(headline);
     words->addWidget(text);
     content().addLayout(words);
+    for (const QString &label : {mirrorLabel(true), mirrorLabel(false)}) {
+        m_mirror->setText(label);
+        m_mirror->setMinimumWidth(qMax(m_mirror->minimumWidth(), m_mirror->sizeHint().width())); // its neighbour stays
+    }
     content().addLayout(makeRow({m_mirror, m_record}));
     QObject::connect(m_mirror, &Button::clicked, this, [this] { m_model.mirrorPhone(false); });
     QObject::connect(m_record, &Button::clicked, this, [this] { m_model.mirrorPhone(true); });
@@ -76,7 +85,7 @@ LivePhonePanel::LivePhonePanel(VardaModel &model, QWidget *parent)
 void LivePhonePanel::render()
 {
     const bool running = m_model.mirrorRunning();
-    m_mirror->setText(running ? u"Stop live phone"_s : u"Open live phone"_s);
+    m_mirror->setText(mirrorLabel(running));
     m_mirror->setEnabled(m_model.takesActions() || running);
     m_record->setEnabled(m_model.takesActions() && !running);
 }

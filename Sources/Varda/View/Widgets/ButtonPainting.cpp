@@ -79,7 +79,7 @@ void paintButton(const QStyleOptionButton &option, QPainter &painter, const QWid
 {
     const Kind kind = kindOf(option, widget);
     const ButtonLook look = lookOf(kind, option.state);
-    const bool focused = option.state.testFlag(QStyle::State_HasFocus);
+    const bool focused = widget && VardaStyle::showsFocus(*widget);
     const QRectF whole = option.rect;
     QRectF body = whole;
     if (focused) {

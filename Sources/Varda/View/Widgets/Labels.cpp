@@ -257,7 +257,7 @@ void TextBlock::resizeEvent(QResizeEvent *event)
 void TextBlock::paintEvent(QPaintEvent *event)
 {
     QTextEdit::paintEvent(event);
-    if (!hasFocus())
+    if (!VardaStyle::showsFocus(*this))
         return;
     QPainter painter(viewport());
     paintRounded(painter, viewport()->rect(), inset, Qt::transparent, theme::accent, 1.5);

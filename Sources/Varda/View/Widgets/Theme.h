@@ -28,6 +28,7 @@ inline constexpr QColor mainBackground{19, 24, 38};
 inline constexpr QColor consoleBackground{9, 12, 20};
 inline constexpr QColor fieldBackground{11, 15, 25};
 inline constexpr QColor popupBackground{30, 37, 55};
+inline constexpr QColor popupLine = white(0.14);
 inline constexpr QColor text = white(0.94);
 inline constexpr QColor secondaryText = white(0.64);
 inline constexpr QColor placeholderText = white(0.55);
@@ -40,7 +41,6 @@ inline constexpr QColor hairline = white(0.09);
 inline constexpr QColor controlFill = white(0.08);
 inline constexpr QColor controlHover = white(0.13);
 inline constexpr QColor controlPressed = white(0.05);
-inline constexpr QColor controlLine = white(0.14);
 inline constexpr QColor disabledFill = white(0.04);
 inline constexpr QColor accentHover{104, 231, 222};
 inline constexpr QColor accentPressed{48, 178, 170};
@@ -48,6 +48,16 @@ inline constexpr QColor rowFill = white(0.03);
 inline constexpr QColor rowHover = white(0.07);
 inline const QColor rowSelected = faded(accent, 0.15);
 inline const QColor rowSelectedHover = faded(accent, 0.22);
+
+// Lines that show where a control is, what it is, or in which state it is, have a contrast of 3 : 1 or more (WCAG 2.1,
+// 1.4.11). Behind each, the least of its contrasts: a control's to the ground around it, the others' to what they stand
+// on.
+inline constexpr QColor fieldLine = white(0.40);         // 3.2 : 1 on a panel
+inline constexpr QColor controlLine = white(0.32);       // 3.2 : 1 on a panel, while pressed
+inline constexpr QColor dropLine = white(0.36);          // 3.2 : 1 in its zone
+inline constexpr QColor scrollThumb = white(0.36);       // 3.3 : 1 on the console
+inline constexpr QColor scrollThumbActive = white(0.52); // 5.6 : 1 in the main column
+inline constexpr QColor selectionMark = accent;          // 6.6 : 1 on a selected row under the pointer
 
 // Text sizes.
 inline constexpr int tagSize = 9;

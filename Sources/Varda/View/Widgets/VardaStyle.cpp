@@ -7,12 +7,15 @@
 #include "Varda/View/Widgets/Theme.h"
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
 #include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QStyleOption>
 #include <QToolTip>
+
+#include <utility>
 
 namespace varda {
 namespace {
@@ -38,11 +41,32 @@ VardaStyle::VardaStyle()
 
 void VardaStyle::install()
 {
-    QApplication::setStyle(new VardaStyle);
+    auto *style = new VardaStyle;
+    QApplication::setStyle(style);
+    qApp->installEventFilter(style);
     QApplication::setPalette(theme::palette());
     QApplication::setFont(theme::font(theme::bodySize));
     QToolTip::setPalette(theme::palette());
     QToolTip::setFont(theme::font(theme::bodySize - 1));
+}
+
+bool VardaStyle::showsFocus(const QWidget &widget)
+{
+    const auto *style = qobject_cast<const VardaStyle *>(QApplication::style());
+    return widget.hasFocus() && style && style->m_keyboardUsedLast;
+}
+
+bool VardaStyle::eventFilter(QObject *, QEvent *event)
+{
+    // A shortcut works from anywhere and asks nobody where the focus is.
+    constexpr auto shortcut = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+    const bool clicked = event->type() == QEvent::MouseButtonPress;
+    const bool typed = event->type() == QEvent::KeyPress && !(static_cast<QKeyEvent *>(event)->modifiers() & shortcut);
+    if ((clicked || typed) && std::exchange(m_keyboardUsedLast, typed) != typed) {
+        if (QWidget *focused = QApplication::focusWidget())
+            focused->window()->update();
+    }
+    return false;
 }
 
 void VardaStyle::polish(QPalette &palette)
@@ -190,7 +214,7 @@ void VardaStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opt
 {
     if (element == PE_PanelMenu || element == PE_PanelTipLabel) {
         painter->fillRect(option->rect, theme::popupBackground);
-        paintRounded(*painter, option->rect, 0, Qt::transparent, theme::controlLine);
+        paintRounded(*painter, option->rect, 0, Qt::transparent, theme::popupLine);
         return;
     }
     if (element == PE_FrameMenu)
@@ -198,7 +222,7 @@ void VardaStyle::drawPrimitive(PrimitiveElement element, const QStyleOption *opt
     const bool focused = option->state.testFlag(State_HasFocus);
     if ((element == PE_PanelLineEdit || element == PE_FrameLineEdit) && isFramedField(option, widget)) {
         paintRounded(*painter, option->rect, theme::controlRadius, theme::fieldBackground,
-                     focused ? theme::accent : theme::controlLine, focused ? theme::focusRing : 1.0);
+                     focused ? theme::accent : theme::fieldLine, focused ? theme::focusRing : 1.0);
         return;
     }
     if (element == PE_PanelLineEdit && qobject_cast<const QLineEdit *>(widget))
@@ -215,7 +239,7 @@ void VardaStyle::drawControl(ControlElement element, const QStyleOption *option,
         return;
     }
     if (element == CE_ShapedFrame && qobject_cast<const QPlainTextEdit *>(widget)) {
-        const bool focused = widget->hasFocus();
+        const bool focused = showsFocus(*widget);
         paintRounded(*painter, option->rect, theme::rowRadius, theme::consoleBackground,
                      focused ? theme::accent : theme::hairline, focused ? theme::focusRing : 1.0);
         return;
@@ -240,8 +264,8 @@ void VardaStyle::drawScrollBar(const QStyleOptionSlider &option, QPainter &paint
     const bool active = option.state.testFlag(State_MouseOver) || option.state.testFlag(State_Sunken);
     const QRectF thumb = subControlRect(CC_ScrollBar, &option, SC_ScrollBarSlider, nullptr);
     const QRectF inner = thumb.adjusted(2, 2, -2, -2);
-    paintRounded(painter, inner, qMin(inner.width(), inner.height()) / 2, theme::white(active ? 0.34 : 0.18),
-                 Qt::transparent);
+    paintRounded(painter, inner, qMin(inner.width(), inner.height()) / 2,
+                 active ? theme::scrollThumbActive : theme::scrollThumb, Qt::transparent);
 }
 
 } // namespace varda

@@ -39,6 +39,7 @@ private Q_SLOTS:
     void cleanup();
 
     void opensAtItsFirstSizeAndKeepsItsMinimum();
+    void opensWithinTheScreen();
     void endsInOrderAndStopsTheMirror_data();
     void endsInOrderAndStopsTheMirror();
     void showsItsProductInformation();
@@ -122,6 +123,17 @@ void ShellTest::opensAtItsFirstSizeAndKeepsItsMinimum()
     QTRY_COMPARE_WITH_TIMEOUT(windowGeometry(id).size(), QSize(980, 700), 90'000);
     xdotool({u"windowsize"_s, id, u"1300"_s, u"900"_s});
     QTRY_COMPARE_WITH_TIMEOUT(windowGeometry(id).size(), QSize(1300, 900), 90'000);
+}
+
+/// Run on a laptop's screen, too.
+void ShellTest::opensWithinTheScreen()
+{
+    QVERIFY(eventually([this] { return !sizeWithFrame(mainWindow()).isEmpty(); }));
+    const QSize size = sizeWithFrame(mainWindow());
+    const QSize screen = screenSize();
+    qInfo() << "with its frame" << size << "on" << screen;
+    QVERIFY(size.width() <= screen.width());
+    QVERIFY(size.height() <= screen.height());
 }
 
 void ShellTest::endsInOrderAndStopsTheMirror_data()

@@ -68,6 +68,23 @@ QRect windowGeometry(const QString &window)
     return {x, y, width, height};
 }
 
+QSize sizeWithFrame(const QString &window)
+{
+    // _NET_FRAME_EXTENTS = 1, 1, 20, 5: left, right, top and bottom
+    const QStringList extents =
+        run(u"xprop"_s, {u"-notype"_s, u"-id"_s, window, u"_NET_FRAME_EXTENTS"_s}, true).section(u'=', 1).split(u',');
+    if (extents.size() != 4)
+        return {};
+    return windowGeometry(window).size() +
+           QSize(extents[0].toInt() + extents[1].toInt(), extents[2].toInt() + extents[3].toInt());
+}
+
+QSize screenSize()
+{
+    const QString size = xdotool({u"getdisplaygeometry"_s}); // "1600 1200"
+    return {size.section(u' ', 0, 0).toInt(), size.section(u' ', 1).toInt()};
+}
+
 bool activate(const QString &window)
 {
     xdotool({u"windowactivate"_s, window});

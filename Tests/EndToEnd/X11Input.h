@@ -17,6 +17,10 @@ QStringList visibleWindows(qint64 pid, const QString &title = {});
 /// The inner size and the position of a window, without what the window manager draws around it.
 QRect windowGeometry(const QString &window);
 
+/// How large a window is with what the window manager draws around it; empty while that is not known.
+QSize sizeWithFrame(const QString &window);
+QSize screenSize();
+
 /// Makes a window the active one and waits until it is.
 bool activate(const QString &window);
 

@@ -7,6 +7,8 @@
 #include <QAction>
 #include <QLineEdit>
 #include <QMenu>
+#include <QScrollArea>
+#include <QScrollBar>
 
 using namespace Qt::StringLiterals;
 using namespace varda;
@@ -56,6 +58,9 @@ private Q_SLOTS:
     void ringsTheFocusAfterAKeyOnly_data();
     void ringsTheFocusAfterAKeyOnly();
     void keepsItsPlaceBesideAChangingLabel();
+    void showsWhatTabLeadsToFromTheSide();
+    void leavesThePageUnderAPress_data();
+    void leavesThePageUnderAPress();
 };
 
 void ControlsTest::disablesWhatCannotWork_data()
@@ -392,6 +397,50 @@ void ControlsTest::keepsItsPlaceBesideAChangingLabel()
     fixture.settle();
     QCOMPARE(fixture.find<QAbstractButton>("mirrorButton")->text(), u"Stop live phone"_s);
     QCOMPARE(record->geometry(), place);
+}
+
+void ControlsTest::showsWhatTabLeadsToFromTheSide()
+{
+    ViewFixture fixture;
+    fixture.show();
+    fixture.view->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(fixture.view.get()));
+    auto *page = fixture.find<QScrollArea>("mainColumn")->verticalScrollBar();
+    page->setValue(page->maximum());
+    QWidget *choose = fixture.find("chooseButton");
+    QVERIFY(choose->mapTo(fixture.view.get(), QPoint(0, 0)).y() < 0);
+    fixture.find("wirelessButton")->setFocus();
+    QTest::keyClick(fixture.view->focusWidget(), Qt::Key_Tab);
+    QCOMPARE(fixture.view->focusWidget(), choose);
+    QVERIFY(choose->mapTo(fixture.view.get(), QPoint(0, 0)).y() >= 0);
+}
+
+void ControlsTest::leavesThePageUnderAPress_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("launchButton") << QSize(1180, 820);
+    QTest::newRow("installButton") << QSize(980, 700);
+}
+
+void ControlsTest::leavesThePageUnderAPress()
+{
+    QFETCH(QSize, size);
+    ViewFixture fixture;
+    fixture.view->resize(size);
+    fixture.attach(readyPhone);
+    fixture.model->apk = QUrl(u"file:///tmp/demo.apk"_s);
+    fixture.model->packageName = u"com.example.app"_s;
+    fixture.model->logs = u"a line"_s;
+    fixture.settle();
+    fixture.show();
+    fixture.view->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(fixture.view.get()));
+    const auto *page = fixture.find<QScrollArea>("mainColumn")->verticalScrollBar();
+    QWidget *button = fixture.find(QTest::currentDataTag());
+    QTest::mouseClick(button, Qt::LeftButton);
+    fixture.settle(); // disabled, and enabled again: there is no adb beside this test
+    QTRY_VERIFY(fixture.model->error() && !fixture.model->busy());
+    QCOMPARE(page->value(), 0);
 }
 
 QTEST_MAIN(ControlsTest)

@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QWheelEvent>
 
 #include <array>
 #include <functional>
@@ -79,6 +80,7 @@ private Q_SLOTS:
     void scrollsTheMainColumnVerticallyOnly();
     void keepsTheStatusInSight();
     void linesTheFloatingStatusAsWideAsThePanels();
+    void scrollsALongStatusInside();
     void neverWidensForLongTexts();
     void holdsWholeTextsInTooltips();
     void clipsNothing_data();
@@ -169,6 +171,43 @@ void LayoutTest::linesTheFloatingStatusAsWideAsThePanels()
     const auto lined = [&](int x) { return picture.pixelColor(x, corner.y()) != theme::mainBackground; };
     QVERIFY(lined(left) && lined(left + panel->width() / 2) && lined(left + panel->width() - 1));
     QVERIFY(!lined(left - 1) && !lined(left + panel->width()));
+}
+
+void LayoutTest::scrollsALongStatusInside()
+{
+    ViewFixture fixture;
+    fixture.view->resize(980, 700);
+    fixture.show();
+    auto *column = fixture.find<QScrollArea>("mainColumn");
+    const auto *text = fixture.find<TextBlock>("statusText");
+    const auto turnWheel = [text] {
+        const QPointF middle = text->viewport()->rect().center();
+        QWheelEvent turn(middle, text->viewport()->mapToGlobal(middle), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
+                         Qt::NoScrollPhase, false);
+        QSpontaneKeyEvent::setSpontaneous(&turn); // Qt passes on nothing that a program made up
+        qApp->notify(text->viewport(), &turn);
+    };
+    turnWheel(); // a short one scrolls the page
+    QVERIFY(column->verticalScrollBar()->value() > 0);
+    column->verticalScrollBar()->setValue(0);
+
+    fixture.model->status = u"adb: the listing failed. "_s.repeated(120);
+    fixture.settle();
+    const QWidget *status = fixture.find("statusLine");
+    QCOMPARE(status->geometry().bottom(), column->viewport()->rect().bottom());
+    QVERIFY(status->height() <= column->height() / 3);
+    const int page = text->verticalScrollBar()->pageStep();
+    QVERIFY(text->verticalScrollBar()->maximum() > 0);
+    QCOMPARE(page % text->fontMetrics().lineSpacing(), 2 * TextBlock::inset); // no half line
+    turnWheel();
+    QVERIFY(text->verticalScrollBar()->value() > 0);
+    QCOMPARE(column->verticalScrollBar()->value(), 0);
+
+    // In its place under the console it is as high.
+    const int height = status->height();
+    column->verticalScrollBar()->setValue(column->verticalScrollBar()->maximum());
+    QCOMPARE(status->height(), height);
+    QVERIFY(status->geometry().bottom() < column->viewport()->rect().bottom());
 }
 
 void LayoutTest::neverWidensForLongTexts()

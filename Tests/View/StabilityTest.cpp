@@ -160,17 +160,36 @@ void StabilityTest::followsTheEndOfTheConsole()
 {
     ViewFixture fixture;
     fixture.show();
-    const auto *bar = fixture.find<ConsoleText>("consoleText")->verticalScrollBar();
-    fixture.model->logs = lines(1, 350);
-    fixture.settle();
-    QVERIFY(bar->maximum() > 0);
-    QCOMPARE(bar->value(), bar->maximum());
-    fixture.model->logs = lines(40, 389); // the window of 350 lines moved on
-    fixture.settle();
-    QCOMPARE(bar->value(), bar->maximum());
-    fixture.model->logs = lines(5000, 5349); // nothing in common
-    fixture.settle();
-    QCOMPARE(bar->value(), bar->maximum());
+    const auto *console = fixture.find<ConsoleText>("consoleText");
+    const auto *bar = console->verticalScrollBar();
+    const QString wide = u"W Tag: "_s + QString(400, u'w') + u'\n';
+    const QString tall = u"I Tag: 安装 ประวัติ ༄༅། ﷽ 👩🏽‍🚀\n"_s.repeated(9);
+    const QStringList snapshots{
+        u"one line\n"_s,
+        lines(1, 350),
+        lines(40, 389),        // the window of 350 lines moved on
+        lines(50, 389) + wide, // the horizontal bar comes
+        lines(60, 389) + wide + lines(390, 400),
+        lines(5000, 5349), // nothing in common; the bar goes
+        lines(5010, 5349) + tall,
+        lines(5020, 5349) + tall + wide,
+        lines(1, 12) + wide, // the bar makes the difference between what fits and what does not
+        lines(7000, 7300) + wide + tall.repeated(5),
+        lines(7010, 7300) + wide + tall.repeated(5) + lines(7301, 7340),
+        u"two\nlines\n"_s,
+        lines(8000, 8300),
+    };
+    for (int i = 0; i < 2 * snapshots.size(); ++i) {
+        fixture.model->logs = snapshots.at(i % snapshots.size());
+        fixture.settle();
+        fixture.view->resize(i % 3 == 0 ? 980 : 1600, 700);
+        fixture.settle();
+        QVERIFY2(bar->value() == bar->maximum(),
+                 qPrintable(u"snapshot %1: %2 of %3"_s.arg(i).arg(bar->value()).arg(bar->maximum())));
+        QTextCursor end(console->document());
+        end.movePosition(QTextCursor::End);
+        QVERIFY2(console->viewport()->rect().contains(console->cursorRect(end)), qPrintable(QString::number(i)));
+    }
 }
 
 void StabilityTest::staysWhereThePersonScrolledTo()
@@ -223,9 +242,9 @@ void StabilityTest::showsEverySnapshotExactly()
     QFETCH(QString, before);
     QFETCH(QString, after);
     ConsoleText console;
-    console.show(before);
+    console.showLog(before);
     QCOMPARE(console.toPlainText(), before);
-    console.show(after);
+    console.showLog(after);
     QCOMPARE(console.toPlainText(), after);
 }
 

@@ -22,6 +22,10 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
+/// Room for what the window manager draws around the window, which is known only once the window is on the screen. The
+/// tallest common title bar has 37 pixels.
+constexpr QSize frameAllowance{10, 40};
+
 void quit()
 {
     QCoreApplication::exit(0);
@@ -87,10 +91,10 @@ void VardaApp::fillApplicationMenu()
     m_about->addAction(leave);
 }
 
-/// Shows the window at its first size, or as large as the screen allows.
+/// Shows the window at its first size, or as large as the screen allows with the frame around it.
 void VardaApp::showWindow()
 {
-    const QSize available = m_view->screen()->availableSize();
+    const QSize available = m_view->screen()->availableSize() - frameAllowance;
     m_view->resize(m_view->size().boundedTo(available).expandedTo(m_view->minimumSize()));
     m_view->show();
 }

@@ -16,6 +16,7 @@ namespace {
 using namespace Qt::StringLiterals;
 
 constexpr int stackSpacing = 10;
+const auto placeholder = u"Device output will appear here. Enter a package ID to limit logs to your running app."_s;
 
 } // namespace
 
@@ -32,7 +33,11 @@ ConsolePanel::ConsolePanel(VardaModel &model, const Commands &commands, QWidget 
     m_text->setObjectName(u"consoleText"_s);
     m_text->setAccessibleName(u"Device console"_s);
     describe(*m_export, u"Save what the console shows"_s, commands.exportLogs);
-    QObject::connect(m_toggle, &Button::clicked, this, [this] { m_model.logging = !m_model.logging(); });
+    QObject::connect(m_toggle, &Button::clicked, this, [this] {
+        m_model.logging = !m_model.logging();
+        if (m_model.logging())
+            Q_EMIT started();
+    });
     QObject::connect(m_export, &Button::clicked, this, [this] { m_model.exportLogs(); });
 
     IconLabel *heading = makeHeading(Icon::Terminal, u"DEVICE CONSOLE"_s, this);
@@ -55,14 +60,15 @@ ConsolePanel::ConsolePanel(VardaModel &model, const Commands &commands, QWidget 
     stack->addWidget(footer);
 }
 
-void ConsolePanel::render()
+void ConsolePanel::render(bool listed)
 {
     m_toggle->setText(m_model.logging() ? u"Pause logs"_s : u"Start logs"_s);
     m_toggle->setEnabled(m_model.deviceReady());
     m_export->setEnabled(!m_model.logs().isEmpty());
-    m_text->show(m_model.logs().isEmpty()
-                     ? u"Device output will appear here. Enter a package ID to limit logs to your running app."_s
-                     : m_model.logs());
+    if (listed)
+        m_text->showList(m_model.logs());
+    else
+        m_text->showLog(m_model.logs().isEmpty() ? placeholder : m_model.logs());
 }
 
 } // namespace varda

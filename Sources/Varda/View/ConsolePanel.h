@@ -17,7 +17,13 @@ class ConsolePanel final : public QWidget
 
 public:
     ConsolePanel(VardaModel &model, const Commands &commands, QWidget *parent = nullptr);
-    void render();
+
+    /// `listed` tells that "List apps" has just put its list into the console.
+    void render(bool listed);
+
+Q_SIGNALS:
+    /// The user turned the console on.
+    void started();
 
 private:
     VardaModel &m_model;

@@ -20,7 +20,7 @@ using namespace Qt::StringLiterals;
 constexpr int headerGap = 7;
 constexpr int focusMargin = 24;
 constexpr int badgePadding = 8;
-constexpr int tallestFloatingShare = 3; // of the column's height: one part in so many
+constexpr int tallestStatusShare = 3; // of the column's height: one part in so many
 
 /// "LOCAL BUILD / 0.1" in a frame of its own.
 QWidget *makeBadge()
@@ -76,6 +76,10 @@ MainColumn::MainColumn(VardaModel &model, const Commands &commands, QWidget *par
     viewport()->setAutoFillBackground(false);
     column->setAutoFillBackground(false);
 
+    QObject::connect(m_console, &ConsolePanel::started, this, &MainColumn::showConsole);
+    QObject::connect(m_application, &ApplicationPanel::listAsked, this,
+                     [this] { m_listAskedAt = verticalScrollBar()->value(); });
+
     m_status = new StatusLine(viewport());
     m_status->installEventFilter(this);
     m_statusPlace->installEventFilter(this);
@@ -107,8 +111,15 @@ void MainColumn::render()
     m_deploy->render();
     m_livePhone->render();
     m_application->render();
-    m_console->render();
     m_status->show(m_model.status(), m_model.busy());
+
+    const bool listingEnded = m_listAskedAt && !m_model.busy();
+    const bool listed = listingEnded && !m_model.logging() && !m_model.error();
+    m_console->render(listed);
+    if (listed && verticalScrollBar()->value() == *m_listAskedAt)
+        showConsole();
+    if (listingEnded)
+        m_listAskedAt.reset();
 }
 
 bool MainColumn::eventFilter(QObject *watched, QEvent *event)
@@ -138,6 +149,7 @@ void MainColumn::placeStatus()
 {
     if (!m_status)
         return;
+    m_status->limitHeight(viewport()->height() / tallestStatusShare);
     const int width = viewport()->width() + theme::scrollBarExtent;
     m_status->resize(width, m_status->height());
     m_status->layout()->activate();
@@ -145,27 +157,37 @@ void MainColumn::placeStatus()
     m_statusPlace->setFixedHeight(height - 2 * StatusLine::padding());
     const int place = m_statusPlace->mapTo(viewport(), QPoint(0, -StatusLine::padding())).y();
     const int foot = viewport()->height() - height;
-    const bool floating = place > foot && height <= viewport()->height() / tallestFloatingShare;
+    const bool floating = place > foot;
     m_status->setGeometry(0, floating ? foot : place, width, height);
     m_status->setFloating(floating);
     m_status->raise();
 }
 
+/// The window shows what Tab leads to. QScrollArea would do so too for a control that Qt moves the focus to itself.
 bool MainColumn::focusNextPrevChild(bool next)
 {
-    const bool moved = QScrollArea::focusNextPrevChild(next);
-    showFocus();
-    return moved;
+    return QWidget::focusNextPrevChild(next);
 }
 
-/// Scrolls a control that has just received the focus out from under the edges and the floating status line.
 void MainColumn::showFocus()
 {
     const QWidget *focused = widget()->focusWidget();
-    if (!focused || !focused->hasFocus() || !widget()->isAncestorOf(focused))
-        return;
-    const int top = focused->mapTo(widget(), QPoint(0, 0)).y() - focusMargin;
-    const int bottom = top + focused->height() + 2 * focusMargin + m_status->height();
+    if (focused && focused->hasFocus() && widget()->isAncestorOf(focused))
+        reveal(*focused, focusMargin);
+}
+
+void MainColumn::showConsole()
+{
+    const QRect sight(0, 0, viewport()->width(), viewport()->height() - m_status->height());
+    if (!sight.contains(QRect(m_console->mapTo(viewport(), QPoint(0, 0)), m_console->size())))
+        reveal(*m_console, theme::mainSpacing);
+}
+
+/// Scrolls as little as it takes to have `widget` in sight, `margin` away from the edges and the floating status line.
+void MainColumn::reveal(const QWidget &widget, int margin)
+{
+    const int top = widget.mapTo(this->widget(), QPoint(0, 0)).y() - margin;
+    const int bottom = top + widget.height() + 2 * margin + m_status->height();
     QScrollBar *bar = verticalScrollBar();
     if (bottom > bar->value() + viewport()->height())
         bar->setValue(bottom - viewport()->height());

@@ -5,6 +5,8 @@
 
 #include <QScrollArea>
 
+#include <optional>
+
 class QVBoxLayout;
 
 namespace varda {
@@ -29,6 +31,9 @@ public:
 
     void render();
 
+    /// Scrolls the control that has the focus out from under the edges and the floating status line.
+    void showFocus();
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
@@ -38,7 +43,8 @@ protected:
 private:
     void addHeader(QVBoxLayout &stack);
     void placeStatus();
-    void showFocus();
+    void reveal(const QWidget &widget, int margin);
+    void showConsole();
 
     VardaModel &m_model;
     DeviceCard *m_card = nullptr;
@@ -49,6 +55,7 @@ private:
     ConsolePanel *m_console = nullptr;
     QWidget *m_statusPlace = nullptr; ///< holds the status line's room in the stack
     StatusLine *m_status = nullptr;
+    std::optional<int> m_listAskedAt; ///< where the page stood when "List apps" was pressed, until that has ended
 };
 
 } // namespace varda

@@ -92,6 +92,15 @@ int StatusLine::padding()
     return verticalPadding + TextBlock::inset;
 }
 
+void StatusLine::limitHeight(int pixels)
+{
+    if (pixels == m_limit)
+        return;
+    m_limit = pixels;
+    const int line = m_text->fontMetrics().lineSpacing();
+    m_text->setMaximumTextHeight((pixels - 2 * padding()) / line * line + 2 * TextBlock::inset); // whole lines
+}
+
 void StatusLine::setFloating(bool floating)
 {
     if (floating == m_floating)

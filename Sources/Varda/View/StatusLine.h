@@ -40,6 +40,9 @@ public:
     /// How far its text is from its upper and lower edges.
     static int padding();
 
+    /// Is at most so high; what does not fit scrolls inside.
+    void limitHeight(int pixels);
+
     /// While it floats over other content it paints a ground of its own.
     void setFloating(bool floating);
 
@@ -49,6 +52,7 @@ protected:
 private:
     Spinner *m_spinner;
     TextBlock *m_text;
+    int m_limit = 0;
     bool m_floating = false;
 };
 

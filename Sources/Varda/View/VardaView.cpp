@@ -65,6 +65,17 @@ void VardaView::closeEvent(QCloseEvent *event)
     Q_EMIT closed();
 }
 
+/// Tab brings what it leads to into view. Qt would move the focus on from a control that is disabled in the same way,
+/// one control after the other; there it waits for `FocusReturn` instead.
+bool VardaView::focusNextPrevChild(bool next)
+{
+    if (const QWidget *left = focusWidget(); left && !left->isEnabled())
+        return false;
+    const bool moved = QWidget::focusNextPrevChild(next);
+    m_main->showFocus();
+    return moved;
+}
+
 void VardaView::scheduleRender()
 {
     if (std::exchange(m_renderScheduled, true))

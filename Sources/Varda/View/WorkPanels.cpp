@@ -105,7 +105,10 @@ ApplicationPanel::ApplicationPanel(VardaModel &model, QWidget *parent)
     bindText(*m_package, m_model.packageName);
     QObject::connect(m_launch, &Button::clicked, this, [this] { m_model.appAction(true); });
     QObject::connect(m_stop, &Button::clicked, this, [this] { m_model.appAction(false); });
-    QObject::connect(m_list, &Button::clicked, this, [this] { m_model.listApps(); });
+    QObject::connect(m_list, &Button::clicked, this, [this] {
+        m_model.listApps();
+        Q_EMIT listAsked();
+    });
     QObject::connect(m_screenshot, &Button::clicked, this, [this] { m_model.screenshot(); });
 }
 

@@ -52,6 +52,10 @@ public:
     explicit ApplicationPanel(VardaModel &model, QWidget *parent = nullptr);
     void render();
 
+Q_SIGNALS:
+    /// The user asked for the list of apps.
+    void listAsked();
+
 private:
     VardaModel &m_model;
     QLineEdit *m_package;

@@ -4,6 +4,7 @@
 #include "Varda/View/Widgets/Labels.h"
 #include "Varda/View/Widgets/Theme.h"
 
+#include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QTextCursor>
 
@@ -40,17 +41,62 @@ ConsoleText::ConsoleText(QWidget *parent)
     document()->setDocumentMargin(2);
     setTextColour(*this, theme::consoleText);
     viewport()->setAutoFillBackground(false);
+
+    // A horizontal bar that comes or goes, a taller line and a resize change how many lines fit.
+    QObject::connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this] {
+        if (m_placing)
+            return;
+        noticeScrolling();
+        place(verticalScrollBar()->value());
+    });
 }
 
-void ConsoleText::show(const QString &text)
+/// The user has scrolled if the text is not where it was last placed. The bar does not signal every one of its moves.
+void ConsoleText::noticeScrolling()
+{
+    const int row = verticalScrollBar()->value();
+    if (row != m_row)
+        m_following = m_isList || row >= m_end;
+}
+
+/// Goes to the end of a log that is followed, else to `row`.
+void ConsoleText::place(int row)
+{
+    const QScopedValueRollback placing(m_placing, true);
+    QScrollBar *bar = verticalScrollBar();
+    const bool toEnd = m_following && !m_isList;
+    // Lines that come into view may bring the horizontal bar, which moves the end on.
+    do
+        bar->setValue(toEnd ? bar->maximum() : row);
+    while (toEnd && bar->value() < bar->maximum());
+    m_row = bar->value();
+    m_end = bar->maximum();
+    m_following = m_following || m_row == m_end; // a text that became so short has its end in sight
+}
+
+void ConsoleText::showList(const QString &text)
+{
+    m_isList = true;
+    m_following = true; // the log that comes next
+    replace(text);
+    place(0);
+}
+
+void ConsoleText::showLog(const QString &text)
 {
     if (text == m_text)
         return;
-    QScrollBar *vertical = verticalScrollBar();
-    QScrollBar *horizontal = horizontalScrollBar();
-    const bool follow = vertical->value() >= vertical->maximum();
-    const int row = vertical->value();
-    const int column = horizontal->value();
+    noticeScrolling();
+    m_isList = false;
+    replace(text);
+}
+
+/// Shows `text` and stays at the end or at the same lines.
+void ConsoleText::replace(const QString &text)
+{
+    const QScopedValueRollback placing(m_placing, true);
+    const int row = verticalScrollBar()->value();
+    const int column = horizontalScrollBar()->value();
 
     // Whatever comes into view has its lines laid out at once. With updates off only the place where this ends does,
     // not the start of the text on the way there.
@@ -60,8 +106,8 @@ void ConsoleText::show(const QString &text)
         setPlainText(text);
     m_text = text;
 
-    vertical->setValue(follow ? vertical->maximum() : row - dropped.value_or(0));
-    horizontal->setValue(column);
+    place(row - dropped.value_or(0));
+    horizontalScrollBar()->setValue(column);
     viewport()->setUpdatesEnabled(true);
 }
 

@@ -148,10 +148,12 @@ void LivePhoneTest::open(const QString &scrcpy)
     phoneStarted = sinceBoot();
     phone = std::make_unique<VirtualPhone>();
     QVERIFY2(phone->errorString().isEmpty(), qUtf8Printable(phone->errorString()));
+    // Before Varda: of two adb that start the server at the same moment one fails, and Varda's first may be the other.
+    const QString connected = stage->adb({u"connect"_s, phone->endpoint()});
+    QVERIFY2(connected.contains(u"connected to"_s), qUtf8Printable(connected));
     QVERIFY(stage->startVarda());
     window = std::make_unique<VardaWindow>(stage->varda().processId());
     QVERIFY(window->opens());
-    stage->adb({u"connect"_s, phone->endpoint()});
     QVERIFY(window->lists({phone->serial()}));
     QVERIFY(window->buttonBecomes(u"Open live phone"_s, true));
 }

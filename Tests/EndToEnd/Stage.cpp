@@ -1,10 +1,12 @@
 // Stage: a temporary folder shaped like an installation, and an environment that keeps everything inside it.
 #include "Stage.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTcpServer>
+#include <QTest>
 
 #include <csignal>
 
@@ -17,7 +19,7 @@ namespace {
 // adb's own client may wait for a phone; nothing on the stage takes longer than that.
 constexpr auto adbTimeoutMilliseconds = 60'000;
 
-constexpr auto endTimeoutMilliseconds = 10'000;
+constexpr auto endTimeoutMilliseconds = 60'000;
 
 /// A port that nobody listens on at this moment.
 quint16 freePort()
@@ -43,6 +45,8 @@ Stage::Stage(const Programs &programs)
     process.setProcessEnvironment(environment());
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process.setWorkingDirectory(home());
+    QObject::connect(&process, &QProcess::finished, &process,
+                     [this](int code, QProcess::ExitStatus status) { judgeEnd(code, status); });
 }
 
 Stage::~Stage()
@@ -105,6 +109,27 @@ bool Stage::startVarda()
 {
     process.start(folder.filePath(u"bin/varda"_s), QStringList{});
     return process.waitForStarted();
+}
+
+void Stage::judgeEnd(int code, QProcess::ExitStatus status) const
+{
+    if (status == QProcess::NormalExit && code == 0)
+        return;
+    const QString how =
+        status == QProcess::CrashExit ? u"Varda was ended by signal %1"_s : u"Varda ended with status %1"_s;
+    const QByteArray message = (how.arg(code) + keepCore()).toLocal8Bit();
+    QTest::failOnWarning(message.constData());
+    qWarning("%s", message.constData());
+}
+
+/// Where the system writes cores to the working directory, they would go with the stage.
+QString Stage::keepCore() const
+{
+    const QStringList cores = QDir{home()}.entryList({u"core*"_s}, QDir::Files);
+    const QString kept =
+        QCoreApplication::applicationDirPath() + u"/core."_s + QString::number(QCoreApplication::applicationPid());
+    const bool moved = !cores.isEmpty() && QFile::rename(home(cores.first()), kept);
+    return moved ? u"; its core: "_s + kept : QString{};
 }
 
 QString Stage::adb(const QStringList &arguments) const

@@ -38,7 +38,9 @@ public:
     /// Empty when the stage is set.
     QString errorString() const { return error; }
 
-    /// Starts the installed Varda; false where it does not start.
+    /// Starts the installed Varda; false where it does not start. If it ends by a signal or with another status than 0,
+    /// the test under way fails at that moment and says so, and every wait in it ends. The core that it leaves in its
+    /// working directory is kept beside the test program.
     bool startVarda();
     QProcess &varda() { return process; }
 
@@ -59,6 +61,8 @@ public:
 
 private:
     QString install(const Programs &programs);
+    void judgeEnd(int code, QProcess::ExitStatus status) const;
+    QString keepCore() const;
     QList<qint64> processIds() const;
 
     QTemporaryDir folder;

@@ -2,8 +2,10 @@
 #include "Support/ViewFixture.h"
 #include "Varda/View/AboutPane.h"
 
+#include <QAbstractScrollArea>
 #include <QAccessible>
 
+#include <climits>
 #include <functional>
 
 using namespace Qt::StringLiterals;
@@ -68,6 +70,7 @@ private Q_SLOTS:
     void presentsTheAlert();
     void hidesDecorations();
     void presentsTheLink();
+    void knowsNoChildBeyondTheLast();
 };
 
 void AccessibilityTest::namesButtonsByTheirTexts()
@@ -216,6 +219,26 @@ void AccessibilityTest::presentsTheLink()
     AboutPane pane;
     pane.present();
     QCOMPARE(names(nodes(&pane, QAccessible::Link)), QStringList{u"Android debugging documentation"_s});
+}
+
+/// A reader counts the children and then asks for one after the other; a scroll bar may have gone in between.
+void AccessibilityTest::knowsNoChildBeyondTheLast()
+{
+    ViewFixture fixture;
+    fixture.attach(shyPhone);
+    fixture.model->wireless = true;
+    fixture.show();
+    fixture.settle();
+    QStringList scrollAreas;
+    for (QWidget *window : {static_cast<QWidget *>(fixture.view.get()), fixture.find("wirelessSheet")}) {
+        walk(QAccessible::queryAccessibleInterface(window), [&](QAccessibleInterface &node) {
+            if (qobject_cast<QAbstractScrollArea *>(node.object()))
+                scrollAreas << node.object()->objectName();
+            for (const int beyond : {node.childCount(), INT_MAX})
+                QVERIFY2(!node.child(beyond), qPrintable(node.text(QAccessible::Name)));
+        });
+    }
+    QVERIFY2(scrollAreas.contains(u"deviceList"_s), qPrintable(scrollAreas.join(u", "_s)));
 }
 
 QTEST_MAIN(AccessibilityTest)

@@ -14,6 +14,8 @@
 namespace varda {
 namespace {
 
+using namespace Qt::StringLiterals;
+
 /// One of the exclusive choices in the device list.
 class AccessibleDeviceRow final : public QAccessibleWidget
 {
@@ -83,8 +85,13 @@ public:
     }
 };
 
-QAccessibleInterface *create(const QString &, QObject *object)
+QAccessibleInterface *create(const QString &className, QObject *object)
 {
+    // Qt's own interface of scroll areas counts only the bars that are shown, and reads past the end of its list when
+    // it is asked for a child that has gone since it was counted: it takes whatever lies there for an object and
+    // crashes. To this one all children belong, shown or not, and it knows none beyond its last.
+    if (className == "QScrollArea"_L1 || className == "QAbstractScrollArea"_L1)
+        return new QAccessibleWidget(static_cast<QWidget *>(object), QAccessible::Client);
     if (auto *row = qobject_cast<DeviceRow *>(object))
         return new AccessibleDeviceRow(row);
     if (auto *block = qobject_cast<TextBlock *>(object))

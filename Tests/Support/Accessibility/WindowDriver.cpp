@@ -3,7 +3,7 @@
 
 #include <QDeadlineTimer>
 #include <QDebug>
-#include <QtCore/qtestsupport_core.h>
+#include <QTest>
 
 #include <cerrno>
 #include <csignal>
@@ -31,7 +31,7 @@ bool eventually(const std::function<bool()> &condition, std::chrono::millisecond
 {
     const QDeadlineTimer deadline{guard};
     while (!condition()) {
-        if (deadline.hasExpired())
+        if (deadline.hasExpired() || QTest::currentTestFailed())
             return false;
         QTest::qWait(static_cast<int>(pause.count()));
     }
@@ -133,7 +133,8 @@ bool WindowDriver::awaited(const QString &what, const std::function<bool()> &con
     // A program that has ended shows nothing more: whoever waits for it shall not wait out the guard time.
     eventually([&] { return (held = condition()) || !runs(pid); });
     if (!held)
-        qWarning().noquote() << u"Waited in vain for "_s + what + u"; the window's tree:\n" + tree();
+        qWarning().noquote() << u"Waited in vain for "_s + what +
+                                    (runs(pid) ? u"; the window's tree:\n" + tree() : u", for the program has ended"_s);
     return held;
 }
 

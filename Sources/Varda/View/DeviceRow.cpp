@@ -1,6 +1,7 @@
 // DeviceRow: its size follows its font, its colours the button's state.
 #include "Varda/View/DeviceRow.h"
 
+#include "Varda/View/Widgets/FocusRing.h"
 #include "Varda/View/Widgets/Icon.h"
 #include "Varda/View/Widgets/Painting.h"
 #include "Varda/View/Widgets/PlainText.h"
@@ -101,8 +102,8 @@ void DeviceRow::paintEvent(QPaintEvent *)
         fill = hovered ? theme::rowSelectedHover : theme::rowSelected;
     if (isDown())
         fill = isChecked() ? theme::rowSelected : theme::rowFill;
-    paintRounded(painter, rect(), theme::rowRadius, fill,
-                 VardaStyle::showsFocus(*this) ? theme::accent : QColor(Qt::transparent), theme::focusRing);
+    paintRounded(painter, rect(), theme::rowRadius, fill, showsFocus(*this) ? theme::accent : QColor(Qt::transparent),
+                 theme::focusRing);
 
     const QRect inside = rect().adjusted(padding, padding, -padding, -padding);
     if (isChecked())

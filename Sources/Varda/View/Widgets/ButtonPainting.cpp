@@ -2,6 +2,7 @@
 #include "Varda/View/Widgets/ButtonPainting.h"
 
 #include "Varda/View/Widgets/Button.h"
+#include "Varda/View/Widgets/FocusRing.h"
 #include "Varda/View/Widgets/Painting.h"
 #include "Varda/View/Widgets/Theme.h"
 
@@ -79,7 +80,7 @@ void paintButton(const QStyleOptionButton &option, QPainter &painter, const QWid
 {
     const Kind kind = kindOf(option, widget);
     const ButtonLook look = lookOf(kind, option.state);
-    const bool focused = widget && VardaStyle::showsFocus(*widget);
+    const bool focused = widget && showsFocus(*widget);
     const QRectF whole = option.rect;
     QRectF body = whole;
     if (focused) {

@@ -1,6 +1,7 @@
 // Labels: measuring, eliding and painting.
 #include "Varda/View/Widgets/Labels.h"
 
+#include "Varda/View/Widgets/FocusRing.h"
 #include "Varda/View/Widgets/Painting.h"
 #include "Varda/View/Widgets/PlainText.h"
 #include "Varda/View/Widgets/Theme.h"
@@ -257,7 +258,7 @@ void TextBlock::resizeEvent(QResizeEvent *event)
 void TextBlock::paintEvent(QPaintEvent *event)
 {
     QTextEdit::paintEvent(event);
-    if (!VardaStyle::showsFocus(*this))
+    if (!showsFocus(*this))
         return;
     QPainter painter(viewport());
     paintRounded(painter, viewport()->rect(), inset, Qt::transparent, theme::accent, 1.5);

@@ -2,12 +2,12 @@
 #include "Varda/View/Widgets/VardaStyle.h"
 
 #include "Varda/View/Widgets/ButtonPainting.h"
+#include "Varda/View/Widgets/FocusRing.h"
 #include "Varda/View/Widgets/Icon.h"
 #include "Varda/View/Widgets/Painting.h"
 #include "Varda/View/Widgets/Theme.h"
 
 #include <QApplication>
-#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
 #include <QPlainTextEdit>
@@ -15,7 +15,6 @@
 #include <QStyleOption>
 #include <QToolTip>
 
-#include <utility>
 
 namespace varda {
 namespace {
@@ -41,32 +40,12 @@ VardaStyle::VardaStyle()
 
 void VardaStyle::install()
 {
-    auto *style = new VardaStyle;
-    QApplication::setStyle(style);
-    qApp->installEventFilter(style);
+    QApplication::setStyle(new VardaStyle);
+    followFocusRing();
     QApplication::setPalette(theme::palette());
     QApplication::setFont(theme::font(theme::bodySize));
     QToolTip::setPalette(theme::palette());
     QToolTip::setFont(theme::font(theme::bodySize - 1));
-}
-
-bool VardaStyle::showsFocus(const QWidget &widget)
-{
-    const auto *style = qobject_cast<const VardaStyle *>(QApplication::style());
-    return widget.hasFocus() && style && style->m_keyboardUsedLast;
-}
-
-bool VardaStyle::eventFilter(QObject *, QEvent *event)
-{
-    // A shortcut works from anywhere and asks nobody where the focus is.
-    constexpr auto shortcut = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
-    const bool clicked = event->type() == QEvent::MouseButtonPress;
-    const bool typed = event->type() == QEvent::KeyPress && !(static_cast<QKeyEvent *>(event)->modifiers() & shortcut);
-    if ((clicked || typed) && std::exchange(m_keyboardUsedLast, typed) != typed) {
-        if (QWidget *focused = QApplication::focusWidget())
-            focused->window()->update();
-    }
-    return false;
 }
 
 void VardaStyle::polish(QPalette &palette)

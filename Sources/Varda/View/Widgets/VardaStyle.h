@@ -18,13 +18,6 @@ public:
     /// Dresses the application: this style, the theme's palette and its body font, whatever the desktop prefers.
     static void install();
 
-    /// Whether `widget` has the focus and shows it: after a key, but not after a click, which needs no ring to say
-    /// where it went.
-    static bool showsFocus(const QWidget &widget);
-
-    /// Follows which of keyboard and pointer was used last.
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
     using QProxyStyle::polish;
     void polish(QPalette &palette) override;
     int pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const override;
@@ -45,8 +38,6 @@ public:
 
 private:
     void drawScrollBar(const QStyleOptionSlider &option, QPainter &painter) const;
-
-    bool m_keyboardUsedLast = false;
 };
 
 } // namespace varda

@@ -107,7 +107,7 @@ void VardaModel::start()
     };
     // The application's event and not the timer's: the end of a tick may be the end of the timer, and of the model.
     QObject::connect(&poll->pause, &QTimer::timeout, qApp, begin, Qt::QueuedConnection);
-    poll->pause.start(0ms);
+    QMetaObject::invokeMethod(qApp, begin, Qt::QueuedConnection);
 }
 
 void VardaModel::stop()

@@ -5,6 +5,7 @@
 
 #include <QCoroTask>
 #include <QObject>
+#include <QScopedPointer>
 #include <QSocketNotifier>
 #include <QTimer>
 
@@ -12,6 +13,7 @@
 #include <chrono>
 #include <exception>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <type_traits>
 #include <utility>
@@ -31,7 +33,7 @@ public:
     {
         m_scheduled.store(true, std::memory_order_release);
         QMetaObject::invokeMethod(
-            &m_receiver, [this] { resume(); }, Qt::QueuedConnection);
+            m_receiver.get(), [this] { resume(); }, Qt::QueuedConnection);
     }
 
 private:
@@ -43,7 +45,8 @@ private:
             m_coroutine.resume();
     }
 
-    QObject m_receiver;
+    /// The coroutine resumes, and may end, inside this object's event, so that the object has to outlive that.
+    std::unique_ptr<QObject, QScopedPointerDeleteLater> m_receiver{new QObject};
     std::coroutine_handle<> m_coroutine;
     std::atomic<bool> m_scheduled = false;
 };

@@ -1,6 +1,7 @@
 // ChildDescription: what a child process is launched with.
 #pragma once
 
+#include <QByteArray>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -24,6 +25,10 @@ struct StandardStream
     static constexpr StandardStream from(int descriptor) { return {Kind::Descriptor, descriptor}; }
 };
 
+/// The variables of this process, as "NAME=value". Call it on the thread that may change them: Qt and its plugins set
+/// and unset some on the main thread, for one when a link is opened.
+QList<QByteArray> environmentOfThisProcess();
+
 /// What to launch. Beside its streams the child inherits the working directory and the environment, and nothing else:
 /// no other descriptor, an empty signal mask and the default action for SIGPIPE.
 struct ChildDescription
@@ -39,6 +44,8 @@ struct ChildDescription
     StandardStream standardError;
     /// Whether the child leads a session of its own, so that signals to our terminal's process group miss it.
     bool ownSession = false;
+    /// The environment at the time at which this description is made, on whichever thread the child is launched.
+    QList<QByteArray> inheritedEnvironment = environmentOfThisProcess();
 };
 
 } // namespace varda

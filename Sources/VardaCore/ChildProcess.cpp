@@ -3,6 +3,7 @@
 #include "VardaCore/ChildProcess.h"
 
 #include "Private/Descriptor.h"
+#include "Private/Pidfd.h"
 #include "Private/Spawn.h"
 #include "VardaCore/Await.h"
 
@@ -15,7 +16,6 @@
 #include <system_error>
 #include <thread>
 
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -29,19 +29,6 @@ constexpr auto pollInterval = 50ms;
 
 /// Stands for a status that the system could not tell.
 constexpr qint32 unknownStatus = -1;
-
-// The C library's own declarations of these two calls (2.36) lack C linkage.
-
-/// -1 where the kernel has no pidfd. The descriptor is close-on-exec.
-int openPidfd(pid_t pid)
-{
-    return static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));
-}
-
-bool sendSignal(int pidfd, int number)
-{
-    return ::syscall(SYS_pidfd_send_signal, pidfd, number, nullptr, 0) == 0;
-}
 
 /// Waits for `pid` without or, with WNOHANG, instead of blocking. Absent while the child runs.
 std::optional<qint32> reap(pid_t pid, int options)

@@ -5,6 +5,7 @@
 #include "Private/CaptureDirectory.h"
 #include "Private/Descriptor.h"
 #include "Private/InputPipe.h"
+#include "Private/Keeper.h"
 #include "VardaCore/Await.h"
 #include "VardaCore/ChildProcess.h"
 #include "VardaCore/ToolError.h"
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <filesystem>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -28,14 +30,10 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = ChildProcess::Clock;
 
-/// Between SIGTERM and SIGKILL.
-constexpr auto terminationGrace = 300ms;
-
-/// Largest standard output in bytes, 32 MiB. Standard error has no limit: it is what explains a failure.
+/// Largest standard output in bytes, 32 MiB. Standard error has no limit: it is what explains a failure. Output is
+/// measured when the child has exited and not before: nobody but its writer can shorten a file without the risk to
+/// lengthen it, and a disk that hangs would hold up whoever looks, and with that the time-out.
 constexpr qint64 outputLimit = 33'554'432;
-
-/// How often the output of a running command is looked at, so that a tool gone wild does not fill the disk.
-constexpr auto boundInterval = 100ms;
 
 /// Longer time-outs mean the same, and this one can be added to any time.
 constexpr std::chrono::duration<double> longestTimeout = 24h * 36500;
@@ -51,7 +49,8 @@ constexpr auto errorName = "stderr";
 class Command
 {
 public:
-    Command(QString executable, QStringList arguments, std::optional<QString> input);
+    Command(const QString &executable, const QStringList &arguments, std::optional<QString> input,
+            std::chrono::duration<double> timeout);
     Q_DISABLE_COPY_MOVE(Command)
     ~Command();
 
@@ -67,26 +66,22 @@ public:
     /// Gives up all that is held. Blocks.
     void release();
 
-    /// Keeps the output file from growing without end; its size still tells that there was too much. Blocks.
-    void boundOutput() const { m_directory->bound(outputName, outputLimit + 1); }
-
-    /// Removes the files early. Blocks.
-    void removeFiles() const
-    {
-        if (m_directory)
-            m_directory->remove();
-    }
+    /// Ends the supervision of a child that outlives this process: removes the files, and leaves the child what is left
+    /// of its time-out. Blocks.
+    void leave() const;
 
     const ChildProcess &child() const { return *m_child; }
     /// What to write the rest of the input to; never blocks.
     int inputDescriptor() const { return m_input->descriptor(); }
-    /// When the child had been launched and its input been written.
-    Clock::time_point started() const { return m_started; }
+    /// The end of the time-out, which begins when the child has been launched and its input been written.
+    Clock::time_point deadline() const;
 
 private:
-    const QString m_executable;
-    const QStringList m_arguments;
+    /// Of the call of `run`, and with it what the environment was then.
+    ChildDescription m_description;
+    const std::filesystem::path m_temporaryDirectory = CaptureDirectory::temporaryDirectory();
     const std::optional<QString> m_text;
+    const std::chrono::duration<double> m_timeout;
 
     std::optional<CaptureDirectory> m_directory;
     /// Absent without input, and once it is written.
@@ -118,11 +113,11 @@ public:
         m_commands.erase(command);
     }
 
-    void removeFiles()
+    void leave()
     {
         const std::lock_guard lock(m_mutex);
         for (const Command *command : m_commands)
-            command->removeFiles();
+            command->leave();
     }
 
 private:
@@ -130,38 +125,23 @@ private:
     std::unordered_set<Command *> m_commands;
 };
 
-/// The worker threads. When the process exits in order, they finish what they are at, and then the files of the
-/// commands that will never be collected are removed.
-class Workers
+/// The worker threads. When the program ends in order, they finish what they are at; then what is still in flight,
+/// which will never be collected, is left.
+WorkerThreads &workers()
 {
-public:
-    static WorkerThreads &threads()
-    {
-        static Workers workers;
-        return *workers.m_threads;
-    }
+    static WorkerThreads threads(std::max<std::size_t>(fewestWorkers, std::thread::hardware_concurrency()),
+                                 [] { InFlight::instance().leave(); });
+    return threads;
+}
 
-    Q_DISABLE_COPY_MOVE(Workers)
-
-private:
-    Workers()
-        : m_threads(std::in_place, std::max<std::size_t>(fewestWorkers, std::thread::hardware_concurrency()))
-    {
-    }
-    ~Workers()
-    {
-        m_threads.reset();
-        InFlight::instance().removeFiles();
-    }
-
-    std::optional<WorkerThreads> m_threads;
-};
-
-Command::Command(QString executable, QStringList arguments, std::optional<QString> input)
-    : m_executable(std::move(executable))
-    , m_arguments(std::move(arguments))
-    , m_text(std::move(input))
+Command::Command(const QString &executable, const QStringList &arguments, std::optional<QString> input,
+                 std::chrono::duration<double> timeout)
+    : m_text(std::move(input))
+    , m_timeout(timeout)
 {
+    m_description.executable = executable;
+    m_description.arguments = arguments;
+    m_description.standardInput = StandardStream::nullDevice();
     InFlight::instance().add(this);
 }
 
@@ -172,21 +152,16 @@ Command::~Command()
 
 void Command::launch()
 {
-    m_directory.emplace();
+    m_directory.emplace(m_temporaryDirectory);
     const Descriptor output = m_directory->createFile(outputName);
     const Descriptor error = m_directory->createFile(errorName);
-    ChildDescription description;
-    description.executable = m_executable;
-    description.arguments = m_arguments;
-    description.standardInput = StandardStream::nullDevice();
-    description.standardOutput = StandardStream::from(output.get());
-    description.standardError = StandardStream::from(error.get());
-
+    m_description.standardOutput = StandardStream::from(output.get());
+    m_description.standardError = StandardStream::from(error.get());
     if (m_text) {
         m_input.emplace((*m_text + u'\n').toUtf8());
-        description.standardInput = StandardStream::from(m_input->childSide());
+        m_description.standardInput = StandardStream::from(m_input->childSide());
     }
-    m_child = ChildProcess::launch(description);
+    m_child = ChildProcess::launch(m_description);
     if (m_input)
         m_input->closeChildSide();
     m_started = Clock::now();
@@ -199,7 +174,8 @@ bool Command::writeInput()
             return false;
     } catch (const std::system_error &error) {
         m_child->abandon();
-        throw std::system_error(error.code(), "Cannot write to " + QFile::encodeName(m_executable).toStdString());
+        throw std::system_error(error.code(),
+                                "Cannot write to " + QFile::encodeName(m_description.executable).toStdString());
     }
     m_input.reset();
     m_started = Clock::now();
@@ -228,18 +204,25 @@ void Command::release()
     m_directory.reset();
 }
 
-/// The end of a time-out that began at `start`.
-Clock::time_point deadline(Clock::time_point start, std::chrono::duration<double> timeout)
+void Command::leave() const
+{
+    if (m_directory)
+        m_directory->remove();
+    if (m_child && m_child->running())
+        leaveToKeeper(m_child->pid(), deadline());
+}
+
+Clock::time_point Command::deadline() const
 {
     // A time-out that is no number has passed as well.
-    if (!(timeout > 0s))
-        return start;
-    return start + std::chrono::duration_cast<Clock::duration>(std::min(timeout, longestTimeout));
+    if (!(m_timeout > 0s))
+        return m_started;
+    return m_started + std::chrono::duration_cast<Clock::duration>(std::min(m_timeout, longestTimeout));
 }
 
 QCoro::Task<> start(Command *command)
 {
-    OnWorker launch(Workers::threads(), [command] {
+    OnWorker launch(workers(), [command] {
         command->launch();
         return command->writeInput();
     });
@@ -249,32 +232,19 @@ QCoro::Task<> start(Command *command)
             Readiness room(command->inputDescriptor(), QSocketNotifier::Write, Clock::time_point::max());
             co_await room;
         }
-        OnWorker write(Workers::threads(), [command] { return command->writeInput(); });
+        OnWorker write(workers(), [command] { return command->writeInput(); });
         written = co_await write;
     }
 }
 
-/// Waits until the child exits or `end` passes, and tells whether it has exited.
-QCoro::Task<bool> waitForExit(Command *command, Clock::time_point end)
-{
-    for (;;) {
-        const Clock::time_point next = std::min(end, Clock::now() + boundInterval);
-        const bool exited = co_await command->child().waitForExit(next);
-        if (exited || next == end)
-            co_return exited;
-        OnWorker bound(Workers::threads(), [command] { command->boundOutput(); });
-        co_await bound;
-    }
-}
-
 /// Sees the child to its end: its own, or the one that its time-out sets.
-QCoro::Task<> finish(Command *command, std::chrono::duration<double> timeout)
+QCoro::Task<> finish(const Command *command)
 {
-    const bool finished = co_await waitForExit(command, deadline(command->started(), timeout));
+    const bool finished = co_await command->child().waitForExit(command->deadline());
     if (finished)
         co_return;
     command->child().terminate();
-    const bool terminated = co_await waitForExit(command, Clock::now() + terminationGrace);
+    const bool terminated = co_await command->child().waitForExit(Clock::now() + terminationGrace);
     if (!terminated) {
         command->child().kill();
         co_await command->child().waitForExit();
@@ -282,11 +252,11 @@ QCoro::Task<> finish(Command *command, std::chrono::duration<double> timeout)
     throw ToolError::message(u"The Android command timed out. Check the phone connection and try again."_s);
 }
 
-QCoro::Task<CommandResult> execute(Command *command, std::chrono::duration<double> timeout)
+QCoro::Task<CommandResult> execute(Command *command)
 {
     co_await start(command);
-    co_await finish(command, timeout);
-    OnWorker collect(Workers::threads(), [command] { return command->collect(); });
+    co_await finish(command);
+    OnWorker collect(workers(), [command] { return command->collect(); });
     CommandResult result = co_await collect;
     co_return result;
 }
@@ -296,16 +266,16 @@ QCoro::Task<CommandResult> execute(Command *command, std::chrono::duration<doubl
 QCoro::Task<CommandResult> CommandRunner::run(QString executable, QStringList arguments, std::optional<QString> input,
                                               std::chrono::duration<double> timeout)
 {
-    Command command(std::move(executable), std::move(arguments), std::move(input));
+    Command command(executable, arguments, std::move(input), timeout);
     std::optional<CommandResult> result;
     std::exception_ptr failure;
     try {
-        result = co_await execute(&command, timeout);
+        result = co_await execute(&command);
     } catch (...) {
         failure = std::current_exception();
     }
     try {
-        OnWorker release(Workers::threads(), [&command] { command.release(); });
+        OnWorker release(workers(), [&command] { command.release(); });
         co_await release;
     } catch (const std::system_error &) {
         // There never was a thread, and so there is nothing that blocks.

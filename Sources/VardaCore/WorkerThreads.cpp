@@ -1,19 +1,50 @@
 // One queue, one lock.
 #include "VardaCore/WorkerThreads.h"
 
+#include <QCoreApplication>
+
 #include <system_error>
 #include <utility>
 
 namespace varda {
 
-WorkerThreads::WorkerThreads(std::size_t most)
-    : m_most(most)
+namespace {
+
+std::mutex poolsMutex;
+/// Those that have not ended.
+std::vector<WorkerThreads *> pools;
+
+void endPools()
 {
-    m_threads.reserve(most);
+    std::vector<WorkerThreads *> all;
+    {
+        const std::lock_guard lock(poolsMutex);
+        all = pools;
+    }
+    for (WorkerThreads *pool : all)
+        pool->end();
 }
 
-WorkerThreads::~WorkerThreads()
+} // namespace
+
+WorkerThreads::WorkerThreads(std::size_t most, std::function<void()> afterwards)
+    : m_most(most)
+    , m_afterwards(std::move(afterwards))
 {
+    m_threads.reserve(most);
+    const std::lock_guard lock(poolsMutex);
+    pools.push_back(this);
+    static const bool arranged = (qAddPostRoutine(endPools), true);
+    Q_UNUSED(arranged)
+}
+
+void WorkerThreads::end()
+{
+    {
+        const std::lock_guard lock(poolsMutex);
+        if (std::erase(pools, this) == 0)
+            return;
+    }
     {
         const std::lock_guard lock(m_mutex);
         m_ending = true;
@@ -22,11 +53,14 @@ WorkerThreads::~WorkerThreads()
     m_change.notify_all();
     for (std::thread &thread : m_threads)
         thread.join();
+    m_afterwards();
 }
 
 void WorkerThreads::start(std::function<void()> work)
 {
     const std::lock_guard lock(m_mutex);
+    if (m_ending)
+        return;
     m_queue.push_back(std::move(work));
     m_change.notify_one();
     if (m_idle >= m_queue.size() || m_threads.size() == m_most)

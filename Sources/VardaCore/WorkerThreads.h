@@ -14,14 +14,22 @@ namespace varda {
 
 /// A few threads, started when there is work for them, which then stay. Unlike QThreadPool it tells when there is no
 /// thread to be had, instead of keeping the work for ever.
+///
+/// What is done here is reported to an event loop. The threads therefore end before the application object does, as
+/// soon as its destructor begins: a function's static variable is a good place for a pool.
 class WorkerThreads
 {
 public:
-    /// Never more threads than `most`.
-    explicit WorkerThreads(std::size_t most);
+    /// Never more threads than `most`. When they have ended, `afterwards` is called, once, on the thread that ended
+    /// them.
+    explicit WorkerThreads(
+        std::size_t most, std::function<void()> afterwards = [] {});
     Q_DISABLE_COPY_MOVE(WorkerThreads)
-    /// Lets the threads finish what they are at, and drops what none has begun.
-    ~WorkerThreads();
+    ~WorkerThreads() { end(); }
+
+    /// Lets the threads finish what they are at, and drops what none has begun and all that is still to come. The
+    /// destructors of the application object and of this one do the same.
+    void end();
 
     /// Has `work`, which must not throw, done on one of the threads, in the order of the calls. Any thread. Throws
     /// std::system_error when there is no thread and none can be started; then the work will not be done.
@@ -31,6 +39,7 @@ private:
     void run();
 
     const std::size_t m_most;
+    const std::function<void()> m_afterwards;
     std::mutex m_mutex;
     std::condition_variable m_change;
     std::deque<std::function<void()>> m_queue;

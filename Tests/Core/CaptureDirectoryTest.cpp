@@ -96,15 +96,23 @@ private Q_SLOTS:
         QCOMPARE(permissions(path("stdout")), 0600U);
     }
 
-    void makesMissingTemporaryDirectory()
+    void makesMissingTemporaryDirectoryAsPrivate_data() { isPrivateWhateverTheUmask_data(); }
+    void makesMissingTemporaryDirectoryAsPrivate()
     {
-        m_temporary += u"/a/ä b"_s;
+        QFETCH(int, mask);
+        const QString existing = m_temporary;
+        QCOMPARE(::chmod(QFile::encodeName(existing).constData(), 0751), 0);
+        m_temporary += u"/a//b/ä b/"_s;
         qputenv("TMPDIR", QFile::encodeName(m_temporary));
         {
+            const Umask umask(static_cast<mode_t>(mask));
             const CaptureDirectory directory;
             QCOMPARE(permissions(path()), 0700U);
         }
         QVERIFY(QDir(m_temporary).isEmpty());
+        QCOMPARE(permissions(existing), 0751U);
+        for (const QString &made : {u"/a"_s, u"/a/b"_s, u"/a/b/ä b"_s})
+            QCOMPARE(permissions(existing + made), 0700U);
     }
 
     void namesTheTemporaryDirectoryThatCannotBeMade()

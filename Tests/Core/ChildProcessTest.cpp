@@ -48,10 +48,15 @@ private Q_SLOTS:
     {
         m_home = std::make_unique<QTemporaryDir>();
         QVERIFY(m_home->isValid());
+        qputenv("TMPDIR", QFile::encodeName(m_home->path()));
         m_census = std::make_unique<ProcessCensus>();
     }
 
-    void cleanup() { QCOMPARE(m_census->leftovers(), QStringList()); }
+    void cleanup()
+    {
+        QCOMPARE(m_census->leftovers(), QStringList());
+        qunsetenv("TMPDIR");
+    }
 
     void reportsHowTheChildEnded_data()
     {

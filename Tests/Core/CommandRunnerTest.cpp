@@ -11,12 +11,13 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
+#include <QPointer>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
 
 #include <csignal>
+#include <future>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -53,6 +54,26 @@ QString failureOf(QCoro::Task<T> task)
     }
     return u"(no failure)"_s;
 }
+
+/// Delivers events, and sees which of their receivers are gone thereafter.
+class EventFates final : public QObject
+{
+public:
+    int delivered = 0;
+    int destroyed = 0;
+
+private:
+    bool eventFilter(QObject *receiver, QEvent *event) override
+    {
+        if (event->type() != QEvent::MetaCall)
+            return false;
+        const QPointer<QObject> watched(receiver);
+        receiver->event(event);
+        ++delivered;
+        destroyed += watched ? 0 : 1;
+        return true;
+    }
+};
 
 } // namespace
 
@@ -393,28 +414,50 @@ private Q_SLOTS:
         resultOf(caller(&resumedOn));
         QCOMPARE(resumedOn, QThread::currentThread());
 
-        std::unique_ptr<QThread> other(QThread::create([&] { resultOf(caller(&resumedOn)); }));
+        std::promise<void> resumed;
+        std::unique_ptr<QThread> other(QThread::create([&] {
+            resultOf(caller(&resumedOn));
+            resumed.set_value();
+        }));
         other->start();
+        QCOMPARE(resumed.get_future().wait_for(guardTime), std::future_status::ready);
         QVERIFY(other->wait(30s));
         QCOMPARE(resumedOn, other.get());
     }
 
-    void leavesNoFileWhenTheProgramEndsInBetween_data()
+    void takesTheEnvironmentOfTheMomentOfTheCall()
     {
-        QTest::addColumn<QStringList>("mode");
-        QTest::newRow("while the child runs") << QStringList();
-        QTest::newRow("while commands wait for a worker") << QStringList(u"queued"_s);
+        qputenv("VARDA_TEST_MOMENT", "call");
+        // More than there are workers, so that the last are launched a while after the call.
+        std::vector<QCoro::Task<CommandResult>> tasks;
+        for (int i = 0; i < 40; ++i)
+            tasks.push_back(standInThat({u"report"_s}));
+        const QByteArray temporary = qgetenv("TMPDIR");
+        qputenv("VARDA_TEST_MOMENT", "later");
+        qputenv("TMPDIR", "/missing");
+        QStringList moments;
+        QStringList outputs;
+        for (auto &task : tasks) {
+            const QJsonObject report = QJsonDocument::fromJson(resultOf(std::move(task)).data).object();
+            for (const QJsonValue variable : report[u"environment"_s].toArray())
+                moments += variable.toString().startsWith(u"VARDA_TEST_MOMENT") ? variable.toString() : QString();
+            outputs += report[u"descriptors"_s][u"1"_s].toString();
+        }
+        qunsetenv("VARDA_TEST_MOMENT");
+        qputenv("TMPDIR", temporary);
+        moments.removeAll(QString());
+        QCOMPARE(moments, QStringList(40, u"VARDA_TEST_MOMENT=call"_s));
+        for (const QString &output : outputs)
+            QVERIFY2(output.startsWith(QFile::decodeName(temporary)), qPrintable(output));
     }
-    void leavesNoFileWhenTheProgramEndsInBetween()
+
+    void destroysNoObjectInsideItsOwnEvent()
     {
-        QFETCH(QStringList, mode);
-        QProcess program;
-        program.setProcessChannelMode(QProcess::ForwardedChannels);
-        program.start(QStringLiteral(QUIT_IN_FLIGHT), QStringList{standIn(), m_home->filePath(u"running"_s)} + mode);
-        QVERIFY(program.waitForFinished());
-        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(program.exitCode(), 0);
-        QVERIFY(QDir::temp().isEmpty());
+        EventFates fates;
+        qApp->installEventFilter(&fates);
+        resultOf(standInThat({u"copy-input"_s}, u"x"_s));
+        QVERIFY(fates.delivered > 0);
+        QCOMPARE(fates.destroyed, 0);
     }
 
 private:

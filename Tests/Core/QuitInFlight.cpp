@@ -1,6 +1,5 @@
-// Ends in order while a command is in flight: `quit-in-flight <program> <file>` runs `<program>` so that it creates
-// `<file>` and sleeps, and leaves its event loop once the file is there. With "queued" as third argument it leaves
-// while more commands wait for a worker than there are workers.
+// Ends in order while commands are in flight: `quit-in-flight COUNT SECONDS FILE PROGRAM ARGUMENT…` starts as many
+// commands, each with so long a time-out, and leaves its event loop once FILE is there.
 #include "VardaCore/CommandRunner.h"
 
 #include <QCoreApplication>
@@ -16,22 +15,18 @@ int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
-    const auto start = [&] {
-        varda::CommandRunner::run(arguments[1], {u"create-file"_s, arguments[2], u"sleep"_s, u"2"_s}, u"input"_s, 60s);
+    const std::chrono::duration<double> timeout(arguments[2].toDouble());
+    const auto leave = [&] {
+        if (QFile::exists(arguments[3]))
+            QCoreApplication::quit();
     };
     QTimer poll;
-    QObject::connect(&poll, &QTimer::timeout, &application, [&] {
-        if (QFile::exists(arguments[2]))
-            QCoreApplication::quit();
-    });
+    QObject::connect(&poll, &QTimer::timeout, &application, leave);
     poll.start(1ms);
     QTimer::singleShot(0, &application, [&] {
-        start();
-        if (arguments.value(3) != u"queued")
-            return;
-        for (int i = 0; i < 40; ++i)
-            start();
-        QCoreApplication::quit();
+        for (int i = 0; i < arguments[1].toInt(); ++i)
+            varda::CommandRunner::run(arguments[4], arguments.sliced(5), u"input"_s, timeout);
+        leave();
     });
     return QCoreApplication::exec();
 }

@@ -28,7 +28,7 @@ namespace {
 
 constexpr auto helperTimeoutMilliseconds = 60'000;
 constexpr auto recordedMilliseconds = 3'000;
-constexpr QSize screenSize{720, 1600};
+constexpr QSize phoneScreen{720, 1600};
 
 /// The scrcpy that is staged for the simulated phone, and the folder with its server file.
 const auto stagedScrcpy = QStringLiteral(STAGED_SCRCPY);
@@ -255,7 +255,7 @@ void LivePhoneTest::checkRecording(const QString &path, double least, double mos
     const QJsonObject probed = QJsonDocument::fromJson(*report).object();
     const QJsonObject stream = probed[u"streams"_s].toArray().first().toObject();
     QCOMPARE(stream[u"codec_name"_s].toString(), u"h264"_s);
-    QCOMPARE(QSize(stream[u"width"_s].toInt(), stream[u"height"_s].toInt()), screenSize);
+    QCOMPARE(QSize(stream[u"width"_s].toInt(), stream[u"height"_s].toInt()), phoneScreen);
     QVERIFY(stream[u"nb_read_frames"_s].toString().toInt() > 5);
     const double duration = probed[u"format"_s][u"duration"_s].toString().toDouble();
     QVERIFY2(duration >= least && duration <= most, qUtf8Printable(QString::number(duration)));
@@ -297,8 +297,8 @@ void LivePhoneTest::forwardsClicks()
     for (const QJsonObject &record : touches())
         qInfo().noquote() << compact(record);
     const QJsonObject release = touches().last();
-    QVERIFY(qAbs(release[u"x"_s].toInt() - screenSize.width() / 4) <= 8);
-    QVERIFY(qAbs(release[u"y"_s].toInt() - screenSize.height() / 4) <= 8);
+    QVERIFY(qAbs(release[u"x"_s].toInt() - phoneScreen.width() / 4) <= 8);
+    QVERIFY(qAbs(release[u"y"_s].toInt() - phoneScreen.height() / 4) <= 8);
     STEP(stopLivePhone());
 }
 

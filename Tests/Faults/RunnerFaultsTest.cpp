@@ -192,6 +192,16 @@ private Q_SLOTS:
         QVERIFY(callsMade(Call::Remove) >= 1);
     }
 
+    /// While the tool runs, nothing is asked of a disk, which may hang: the time-out depends on nobody.
+    void runningToolIsLeftAlone()
+    {
+        countCalls();
+        const Ending ending = run({u"sleep"_s, u"0.6"_s}, std::nullopt);
+        QVERIFY(ending.result);
+        QCOMPARE(callsMade(Call::Inspect), 3); // all when it has ended
+        QCOMPARE(callsMade(Call::Open), 4);
+    }
+
     /// What the window waits for is a matter of who makes the calls, not of how long they take today.
     void windowsThreadLeavesEveryCallThatCanBlockToWorkers()
     {

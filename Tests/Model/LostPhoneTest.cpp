@@ -1,9 +1,12 @@
 // The model with the real adb client when a phone, or adb's server, goes away under its hands.
 #include "Support/RealAdbModelTest.h"
 
+#include "Varda/Model/ToolLocation.h"
+
 #include <QCoroTask>
 #include <QFile>
 #include <QJsonObject>
+#include <QProcess>
 
 #include <algorithm>
 #include <functional>
@@ -30,6 +33,7 @@ private Q_SLOTS:
     void unpluggingDuringAReadTurnsTheConsoleOffAtTheNextOne_data();
     void unpluggingDuringAReadTurnsTheConsoleOffAtTheNextOne();
     void pollLoopSeesAPhoneGoAndComeBack();
+    void hungCommandOutlivesTheProgramByItsTimeout();
 };
 
 void LostPhoneTest::unpluggingEndsTheAction_data()
@@ -152,6 +156,32 @@ void LostPhoneTest::pollLoopSeesAPhoneGoAndComeBack()
     adb({u"connect"_s, phone.endpoint()});
     VERIFY_SOON(model->selected() && model->selected()->ready());
     QVERIFY(!model->logging());
+}
+
+void LostPhoneTest::hungCommandOutlivesTheProgramByItsTimeout()
+{
+    VirtualPhone &phone = addPhone();
+    connectTo(phone);
+    phone.command(u"on logcat hang"_s);
+    QProcess program;
+    program.start(QStringLiteral(QUIT_IN_FLIGHT),
+                  {u"1"_s, u"3"_s, path(u"asked"_s), varda::ToolLocation::adb(), u"-s"_s, phone.serial(), u"logcat"_s});
+    const auto asked = [&] {
+        const QList<QJsonObject> log = phone.log();
+        return std::any_of(log.begin(), log.end(), [](const QJsonObject &record) {
+            return record[u"event"_s] == u"open"_s && record[u"service"_s].toString().contains(u"logcat");
+        });
+    };
+    VERIFY_SOON(asked());
+    QFile leave(path(u"asked"_s));
+    QVERIFY(leave.open(QIODevice::WriteOnly));
+    VERIFY_SOON(program.state() == QProcess::NotRunning);
+    QCOMPARE(program.exitCode(), 0);
+    QVERIFY(phone.closed(u"logcat"_s).isEmpty());
+    VERIFY_SOON(!phone.closed(u"logcat"_s).isEmpty());
+    // A server that had been started anew would have no connection.
+    refresh();
+    QVERIFY(listed(phone.serial())->ready());
 }
 
 QTEST_GUILESS_MAIN(LostPhoneTest)

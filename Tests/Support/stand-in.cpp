@@ -210,11 +210,12 @@ void report(const Arguments &arguments)
                  ",\"process\":" + std::to_string(::getpid()) + ",\"session\":" + std::to_string(::getsid(0)) + "}\n");
 }
 
-/// Has the kernel deny this process and what it becomes the call that opens a pidfd, as a kernel without them does.
+/// Has the kernel deny this process and what it becomes the calls about pidfds, as a kernel without them does.
 void denyPidfds()
 {
-    std::array<sock_filter, 4> filter = {sock_filter BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-                                         sock_filter BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_pidfd_open, 0, 1),
+    std::array<sock_filter, 5> filter = {sock_filter BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                                         sock_filter BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_pidfd_open, 1, 0),
+                                         sock_filter BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_pidfd_send_signal, 0, 1),
                                          sock_filter BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
                                          sock_filter BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
     const sock_fprog program = {filter.size(), filter.data()};

@@ -8,11 +8,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
 #include <system_error>
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace varda {
 
@@ -29,11 +29,29 @@ constexpr qint64 readingBlock = 65'536;
     throw std::system_error(number, std::generic_category(), path);
 }
 
-/// Whether or not it exists; QDir::tempPath() has no name for a directory that is missing.
-std::string temporaryDirectory()
+/// Makes the directory `path` for this user only. Gives 0 or the error number.
+int makePrivate(const std::string &path)
 {
-    const QByteArray path = qgetenv("TMPDIR");
-    return path.isEmpty() ? "/tmp" : path.toStdString();
+    if (::mkdir(path.c_str(), directoryPermissions) != 0)
+        return errno;
+    // The umask may have taken a permission away; it cannot have added one.
+    if (::chmod(path.c_str(), directoryPermissions) == 0)
+        return 0;
+    const int error = errno;
+    ::rmdir(path.c_str());
+    return error;
+}
+
+/// Makes `path` and the directories above it, where they are missing. Gives 0 or the error number.
+int makeMissing(const std::filesystem::path &path)
+{
+    int error = makePrivate(path);
+    if (error == ENOENT && path.has_parent_path()) {
+        error = makeMissing(path.parent_path());
+        if (error == 0)
+            error = makePrivate(path);
+    }
+    return error == EEXIST ? 0 : error;
 }
 
 /// A path that no other command has, of this process or another.
@@ -65,22 +83,20 @@ qsizetype readNext(const Descriptor &file, char *bytes, qsizetype room, const st
 
 } // namespace
 
-CaptureDirectory::CaptureDirectory()
+/// QDir::tempPath() has no name for a directory that is missing.
+std::filesystem::path CaptureDirectory::temporaryDirectory()
 {
-    const std::string parent = temporaryDirectory();
-    std::error_code failure;
-    std::filesystem::create_directories(parent, failure);
-    if (failure)
-        throw std::system_error(failure, parent);
-    m_path = newPath(parent);
-    if (::mkdir(m_path.c_str(), directoryPermissions) != 0)
-        throwError(errno, m_path);
-    // The umask may have taken a permission away; it cannot have added one.
-    if (::chmod(m_path.c_str(), directoryPermissions) != 0) {
-        const int number = errno;
-        remove();
-        throwError(number, m_path);
-    }
+    const QByteArray path = qgetenv("TMPDIR");
+    return path.isEmpty() ? "/tmp" : path.toStdString();
+}
+
+CaptureDirectory::CaptureDirectory(const std::filesystem::path &parent)
+    : m_path(newPath(parent))
+{
+    if (const int error = makeMissing(parent))
+        throwError(error, parent);
+    if (const int error = makePrivate(m_path))
+        throwError(error, m_path);
 }
 
 CaptureDirectory::~CaptureDirectory()
@@ -135,13 +151,6 @@ QString CaptureDirectory::readText(const char *name) const
         left -= count;
     }
     return decoder.finish();
-}
-
-void CaptureDirectory::bound(const char *name, qint64 limit) const noexcept
-{
-    if (size(name).value_or(0) <= limit)
-        return;
-    [[maybe_unused]] const int ignored = ::truncate(path(name).c_str(), limit);
 }
 
 void CaptureDirectory::remove() const noexcept

@@ -7,6 +7,7 @@
 #include <QString>
 #include <QtGlobal>
 
+#include <filesystem>
 #include <optional>
 #include <string>
 
@@ -19,8 +20,12 @@ namespace varda {
 class CaptureDirectory
 {
 public:
-    /// Makes the directory, and the temporary directory where that is missing.
-    CaptureDirectory();
+    /// Where capture directories are made, whether or not it exists. Looks at the environment: call it on a thread
+    /// where that does not change meanwhile.
+    static std::filesystem::path temporaryDirectory();
+
+    /// Makes the directory in `parent`, and first what is missing of `parent`, for this user only.
+    explicit CaptureDirectory(const std::filesystem::path &parent = temporaryDirectory());
     Q_DISABLE_COPY_MOVE(CaptureDirectory)
     ~CaptureDirectory();
 
@@ -36,10 +41,6 @@ public:
 
     /// The same without a limit, decoded like `decodeUtf8`; the bytes are never held all at once.
     QString readText(const char *name) const;
-
-    /// Gives back the room that the file `name` takes beyond its first `limit` bytes, ignoring errors. Who writes to it
-    /// goes on behind what it has written so far; what lies in between then reads as zeros and takes no room.
-    void bound(const char *name, qint64 limit) const noexcept;
 
     /// Removes the directory now, ignoring errors. Removing it twice does no harm.
     void remove() const noexcept;

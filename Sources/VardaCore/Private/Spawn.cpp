@@ -67,9 +67,7 @@ CStrings argumentList(const ChildDescription &description)
 
 CStrings environmentList(const ChildDescription &description)
 {
-    std::vector<QByteArray> list;
-    for (char **variable = environ; variable && *variable; ++variable)
-        list.emplace_back(*variable);
+    std::vector<QByteArray> list(description.inheritedEnvironment.begin(), description.inheritedEnvironment.end());
     for (const auto &[name, value] : description.environment) {
         const QByteArray prefix = name.toUtf8() + '=';
         std::erase_if(list, [&prefix](const QByteArray &variable) { return variable.startsWith(prefix); });

@@ -1,0 +1,16 @@
+// ChildDescription: the environment, copied as it stands.
+#include "VardaCore/ChildDescription.h"
+
+#include <unistd.h>
+
+namespace varda {
+
+QList<QByteArray> environmentOfThisProcess()
+{
+    QList<QByteArray> variables;
+    for (char **variable = environ; variable && *variable; ++variable)
+        variables.append(*variable);
+    return variables;
+}
+
+} // namespace varda

@@ -1,5 +1,5 @@
 // What a snapshot of the console costs, from the model's new text to the painted window, beside Qt's own text widget
-// with the same text, and for how long the program cannot answer a person meanwhile.
+// with the same text, and for how long the program cannot answer a user meanwhile.
 #include "Claims.h"
 #include "Window.h"
 

@@ -15,9 +15,9 @@ using std::chrono::milliseconds;
 /// who waits for longer looks at the clock and waits again.
 milliseconds timeUntil(Readiness::Clock::time_point deadline)
 {
-    constexpr milliseconds longest(std::numeric_limits<int>::max());
+    constexpr milliseconds max(std::numeric_limits<int>::max());
     const auto left = std::chrono::ceil<milliseconds>(deadline - Readiness::Clock::now());
-    return std::clamp(left, milliseconds::zero(), longest);
+    return std::clamp(left, milliseconds::zero(), max);
 }
 
 } // namespace

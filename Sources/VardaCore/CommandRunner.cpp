@@ -36,10 +36,10 @@ using Clock = ChildProcess::Clock;
 constexpr qint64 outputLimit = 33'554'432;
 
 /// Longer time-outs mean the same, and this one can be added to any time.
-constexpr std::chrono::duration<double> longestTimeout = 24h * 36500;
+constexpr std::chrono::duration<double> maxTimeout = 24h * 36500;
 
 /// Workers are busy for a millisecond or so per command; a few keep one slow disk access from holding up the others.
-constexpr std::size_t fewestWorkers = 4;
+constexpr std::size_t minWorkers = 4;
 
 constexpr auto outputName = "stdout";
 constexpr auto errorName = "stderr";
@@ -129,7 +129,7 @@ private:
 /// which will never be collected, is left.
 WorkerThreads &workers()
 {
-    static WorkerThreads threads(std::max<std::size_t>(fewestWorkers, std::thread::hardware_concurrency()),
+    static WorkerThreads threads(std::max<std::size_t>(minWorkers, std::thread::hardware_concurrency()),
                                  [] { InFlight::instance().leave(); });
     return threads;
 }
@@ -217,7 +217,7 @@ Clock::time_point Command::deadline() const
     // A time-out that is no number has passed as well.
     if (!(m_timeout > 0s))
         return m_started;
-    return m_started + std::chrono::duration_cast<Clock::duration>(std::min(m_timeout, longestTimeout));
+    return m_started + std::chrono::duration_cast<Clock::duration>(std::min(m_timeout, maxTimeout));
 }
 
 QCoro::Task<> start(Command *command)

@@ -27,11 +27,11 @@ void endPools()
 
 } // namespace
 
-WorkerThreads::WorkerThreads(std::size_t most, std::function<void()> afterwards)
-    : m_most(most)
+WorkerThreads::WorkerThreads(std::size_t maxThreads, std::function<void()> afterwards)
+    : m_maxThreads(maxThreads)
     , m_afterwards(std::move(afterwards))
 {
-    m_threads.reserve(most);
+    m_threads.reserve(maxThreads);
     const std::lock_guard lock(poolsMutex);
     pools.push_back(this);
     static const bool arranged = (qAddPostRoutine(endPools), true);
@@ -63,7 +63,7 @@ void WorkerThreads::start(std::function<void()> work)
         return;
     m_queue.push_back(std::move(work));
     m_change.notify_one();
-    if (m_idle >= m_queue.size() || m_threads.size() == m_most)
+    if (m_idle >= m_queue.size() || m_threads.size() == m_maxThreads)
         return;
     try {
         m_threads.emplace_back([this] { run(); });

@@ -20,10 +20,10 @@ namespace varda {
 class WorkerThreads
 {
 public:
-    /// Never more threads than `most`. When they have ended, `afterwards` is called, once, on the thread that ended
-    /// them.
+    /// Never more threads than `maxThreads`. When they have ended, `afterwards` is called, once, on the thread that
+    /// ended them.
     explicit WorkerThreads(
-        std::size_t most, std::function<void()> afterwards = [] {});
+        std::size_t maxThreads, std::function<void()> afterwards = [] {});
     Q_DISABLE_COPY_MOVE(WorkerThreads)
     ~WorkerThreads() { end(); }
 
@@ -38,7 +38,7 @@ public:
 private:
     void run();
 
-    const std::size_t m_most;
+    const std::size_t m_maxThreads;
     const std::function<void()> m_afterwards;
     std::mutex m_mutex;
     std::condition_variable m_change;

@@ -11,7 +11,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-namespace varda::testing {
+namespace varda::test {
 
 class CrashTest : public QObject
 {
@@ -35,7 +35,7 @@ void CrashTest::endsEveryWait()
                   QString::number(QCoreApplication::applicationPid()));
 }
 
-} // namespace varda::testing
+} // namespace varda::test
 
-QTEST_GUILESS_MAIN(varda::testing::CrashTest)
+QTEST_GUILESS_MAIN(varda::test::CrashTest)
 #include "CrashTest.moc"

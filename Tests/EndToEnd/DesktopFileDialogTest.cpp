@@ -10,7 +10,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace varda::testing {
+namespace varda::test {
 
 namespace {
 
@@ -75,7 +75,7 @@ void DesktopFileDialogTest::replacesAFileOnlyWhenTold()
     QVERIFY(contents(earlier.fileName()).startsWith("\x89PNG"));
 }
 
-} // namespace varda::testing
+} // namespace varda::test
 
-QTEST_GUILESS_MAIN(varda::testing::DesktopFileDialogTest)
+QTEST_GUILESS_MAIN(varda::test::DesktopFileDialogTest)
 #include "DesktopFileDialogTest.moc"

@@ -10,7 +10,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-namespace varda::testing {
+namespace varda::test {
 
 namespace {
 
@@ -213,7 +213,7 @@ void DropTest::ignoresWhatIsNoFile()
     QVERIFY(!window->look(u"alert"_s, u"Varda"_s));
 }
 
-} // namespace varda::testing
+} // namespace varda::test
 
-QTEST_GUILESS_MAIN(varda::testing::DropTest)
+QTEST_GUILESS_MAIN(varda::test::DropTest)
 #include "DropTest.moc"

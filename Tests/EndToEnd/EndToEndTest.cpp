@@ -19,7 +19,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-namespace varda::testing {
+namespace varda::test {
 
 namespace {
 
@@ -328,7 +328,7 @@ void EndToEndTest::quitsAndLeavesNothingBehind()
     QCOMPARE(stage.leftovers(), QStringList{});
 }
 
-} // namespace varda::testing
+} // namespace varda::test
 
-QTEST_GUILESS_MAIN(varda::testing::EndToEndTest)
+QTEST_GUILESS_MAIN(varda::test::EndToEndTest)
 #include "EndToEndTest.moc"

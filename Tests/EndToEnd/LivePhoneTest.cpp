@@ -22,7 +22,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-namespace varda::testing {
+namespace varda::test {
 
 namespace {
 
@@ -318,7 +318,7 @@ void LivePhoneTest::endsSilentlyWithItsOwnWindow()
 {
     STEP(openWithScrcpy());
     STEP(openLivePhone());
-    // The window manager may miss the keys while the new window takes the focus; a person presses them again.
+    // The window manager may miss the keys while the new window takes the focus; a user presses them again.
     QVERIFY(eventually([] {
         const QString mirror = mirrorWindow();
         if (!mirror.isEmpty() && activate(mirror))
@@ -358,7 +358,7 @@ void LivePhoneTest::saysThatThePhoneVanished()
     QVERIFY(mirrorWindow().isEmpty());
 }
 
-} // namespace varda::testing
+} // namespace varda::test
 
-QTEST_GUILESS_MAIN(varda::testing::LivePhoneTest)
+QTEST_GUILESS_MAIN(varda::test::LivePhoneTest)
 #include "LivePhoneTest.moc"

@@ -15,7 +15,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-namespace varda::testing {
+namespace varda::test {
 
 namespace {
 
@@ -52,7 +52,7 @@ private:
     /// Attaches the phone and waits until the window has selected it.
     bool attachPhone();
     QString mainWindow() const;
-    /// Presses `keys` in the window of that title, and again while `done` does not come true, as a person would: the
+    /// Presses `keys` in the window of that title, and again while `done` does not come true, as a user would: the
     /// window manager may miss them while another window takes the focus.
     bool pressUntil(const QString &keys, const QString &title, const std::function<bool()> &done) const;
     /// Name and role of what has the keyboard focus, as "role: name".
@@ -343,7 +343,7 @@ void ShellTest::keepsThePairingCodeToItself()
     QCOMPARE(readable.text(), u"x"_s);
 }
 
-} // namespace varda::testing
+} // namespace varda::test
 
-QTEST_GUILESS_MAIN(varda::testing::ShellTest)
+QTEST_GUILESS_MAIN(varda::test::ShellTest)
 #include "ShellTest.moc"

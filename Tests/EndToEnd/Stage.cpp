@@ -12,7 +12,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace varda::testing {
+namespace varda::test {
 
 namespace {
 
@@ -185,4 +185,4 @@ QList<qint64> Stage::processIds() const
     return ids;
 }
 
-} // namespace varda::testing
+} // namespace varda::test

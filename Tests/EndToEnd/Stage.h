@@ -15,7 +15,7 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-namespace varda::testing {
+namespace varda::test {
 
 /// Where the programs are that are put on the stage.
 struct Programs
@@ -72,4 +72,4 @@ private:
     QString error;
 };
 
-} // namespace varda::testing
+} // namespace varda::test

@@ -5,7 +5,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace varda::testing {
+namespace varda::test {
 
 namespace {
 
@@ -104,4 +104,4 @@ QString VardaWindow::takeAlert() const
     return message;
 }
 
-} // namespace varda::testing
+} // namespace varda::test

@@ -3,7 +3,7 @@
 
 #include "Accessibility/WindowDriver.h"
 
-namespace varda::testing {
+namespace varda::test {
 
 class VardaWindow : public WindowDriver
 {
@@ -34,4 +34,4 @@ private:
     Accessible row(const QStringList &facts) const;
 };
 
-} // namespace varda::testing
+} // namespace varda::test

@@ -9,7 +9,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace varda::testing {
+namespace varda::test {
 
 namespace {
 
@@ -112,4 +112,4 @@ void click(QPoint position)
     xdotool({u"click"_s, u"1"_s});
 }
 
-} // namespace varda::testing
+} // namespace varda::test

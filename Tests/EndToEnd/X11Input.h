@@ -1,4 +1,4 @@
-// X11Input: a person's hands, played by xdotool on the display of the test.
+// X11Input: a user's hands, played by xdotool on the display of the test.
 #pragma once
 
 #include <QPoint>
@@ -6,7 +6,7 @@
 #include <QString>
 #include <QStringList>
 
-namespace varda::testing {
+namespace varda::test {
 
 /// Runs xdotool and returns what it printed, trimmed. A failure is warned of and gives an empty text.
 QString xdotool(const QStringList &arguments);
@@ -31,4 +31,4 @@ void typeText(const QString &text);
 void movePointer(QPoint position);
 void click(QPoint position);
 
-} // namespace varda::testing
+} // namespace varda::test

@@ -22,7 +22,7 @@
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
-using namespace varda::testing;
+using namespace varda::test;
 
 namespace {
 

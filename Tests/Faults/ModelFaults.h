@@ -1,4 +1,4 @@
-// ModelFaults: what can go wrong with one command, and how a person learns of it.
+// ModelFaults: what can go wrong with one command, and how a user learns of it.
 #pragma once
 
 #include "Steps.h"

@@ -1,6 +1,6 @@
-// Every fault meets every command of every action: the person learns of it where the action reports, nothing is left
-// behind, and the next action works. The tables of docs/tables/faults.md are what this test has seen: when they differ it
-// fails, and with UPDATE_DOCS=1 in its environment it writes them.
+// Every fault meets every command of every action: the user learns of it where the action reports, nothing is left
+// behind, and the next action works. The tables of docs/tables/faults.md are what this test has seen: when they differ
+// it fails, and with UPDATE_DOCS=1 in its environment it writes them.
 #include "ModelFaults.h"
 #include "FaultTable.h"
 #include "Interposition.h"

@@ -1,4 +1,4 @@
-// What a person types stays what it is: the pairing code reaches adb and nothing else, no typed text becomes an option,
+// What a user types stays what it is: the pairing code reaches adb and nothing else, no typed text becomes an option,
 // no text reaches a shell, and nobody else can read or plant what a command writes.
 #include "Children.h"
 #include "Support/ModelTest.h"

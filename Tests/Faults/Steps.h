@@ -38,7 +38,7 @@ struct Step
     const Command &command() const { return commands[index]; }
 };
 
-/// What a person sees after an action.
+/// What a user sees after an action.
 struct Outcome
 {
     std::optional<QString> error;

@@ -1,4 +1,4 @@
-// short-life: the whole program with a person who never rests, for LifetimeTest to end. Says "up" on standard output
+// short-life: the whole program with a user who never rests, for LifetimeTest to end. Says "up" on standard output
 // when its window is shown; then every few milliseconds a random button is pressed.
 //
 //   short-life SEED

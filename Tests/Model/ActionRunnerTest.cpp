@@ -29,7 +29,7 @@ class ActionRunnerTest : public ModelTest
 
 private:
     void selectPhoneAndApp();
-    /// Everything that a person can do and that goes through the protocol, by the working text that it shows.
+    /// Everything that a user can do and that goes through the protocol, by the working text that it shows.
     std::map<QString, std::function<void()>> actions();
 
 private Q_SLOTS:

@@ -68,7 +68,7 @@ class CommandLinesTest : public ModelTest
     Q_OBJECT
 
 private:
-    /// Lists the phone, answers what an action asks the tool, and does what a person does to start it.
+    /// Lists the phone, answers what an action asks the tool, and does what a user does to start it.
     void perform(const QString &gesture);
 
 private Q_SLOTS:

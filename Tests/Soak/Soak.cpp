@@ -106,7 +106,7 @@ private:
     const volatile quint64 *m_numbers;
 };
 
-/// A person who never rests.
+/// A user who never rests.
 class Driver
 {
 public:

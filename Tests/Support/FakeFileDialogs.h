@@ -1,4 +1,4 @@
-// FakeFileDialogs: a person who answers file dialogs as a test has arranged.
+// FakeFileDialogs: a user who answers file dialogs as a test has arranged.
 #pragma once
 
 #include "Varda/Model/FileDialogs.h"

@@ -173,7 +173,7 @@ void ContrastTest::tellsTheSelectedRow()
     fixture.show();
     auto *row = fixture.find<DeviceRow>("deviceRow");
     const QImage selected = row->grab().toImage();
-    row->show(readyPhone, false);
+    row->setDevice(readyPhone, false);
     const double ratio = greatestContrast(selected, row->grab().toImage(), row->rect());
     QVERIFY2(ratio >= 3, qPrintable(u"contrast is %1"_s.arg(ratio)));
 }

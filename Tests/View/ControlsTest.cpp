@@ -286,7 +286,7 @@ void ControlsTest::givesTheFocusBack()
     fixture.model->busy = true;
     fixture.settle();
     QWidget *package = fixture.find("packageField");
-    package->setFocus(); // the person went elsewhere
+    package->setFocus(); // the user went elsewhere
     fixture.model->busy = false;
     fixture.settle();
     QCOMPARE(fixture.view->focusWidget(), package);

@@ -80,7 +80,7 @@ void DevicesTest::showsWhatTellsSerialsApart()
             continue;
         AndroidDevice other = discoveredPhone;
         other.id[i] = u'W';
-        row->show(other, false);
+        row->setDevice(other, false);
         QVERIFY2(row->grab().toImage() != picture, qPrintable(other.id));
     }
 }

@@ -94,7 +94,7 @@ void closeFromOutside(QWidget *window)
     window->windowHandle()->close();
 }
 
-/// Whether a person can press `widget`: visible, enabled, and not behind a modal window.
+/// Whether a user can press `widget`: visible, enabled, and not behind a modal window.
 bool reachable(QWidget *widget)
 {
     if (!widget->isVisible() || !widget->isEnabled())

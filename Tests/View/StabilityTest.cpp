@@ -1,4 +1,4 @@
-// A tick of the poll loop republishes everything: what a person is reading, selecting or typing is left alone.
+// A tick of the poll loop republishes everything: what a user is reading, selecting or typing is left alone.
 #include "Support/ViewFixture.h"
 #include "Varda/View/DeviceRow.h"
 #include "Varda/View/Widgets/ConsoleText.h"

@@ -13,7 +13,7 @@ using namespace varda;
 
 namespace {
 
-/// What a person reads on `widget`.
+/// What a user reads on `widget`.
 QString textOf(const QWidget *widget)
 {
     if (const auto *label = qobject_cast<const QLabel *>(widget))

@@ -1,4 +1,4 @@
-// ControlCommands: the one-line commands by which a person or a test plays the phone's owner, the cable and fate.
+// ControlCommands: the one-line commands by which a user or a test plays the phone's owner, the cable and fate.
 #pragma once
 
 #include <QString>

@@ -18,7 +18,7 @@ struct CommandLine
     bool operator==(const CommandLine &) const = default;
 };
 
-/// adb's command lines. Pure: values in, value out. Texts that a person typed have been trimmed and validated before
+/// adb's command lines. Pure: values in, value out. Texts that a user typed have been trimmed and validated before
 /// they come here, so that none begins with a dash or holds a character that a shell on the phone would interpret.
 struct Adb
 {

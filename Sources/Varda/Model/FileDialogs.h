@@ -1,4 +1,4 @@
-// FileDialogs: what the model asks of the person about files, so that it needs no window itself.
+// FileDialogs: what the model asks of the user about files, so that it needs no window itself.
 #pragma once
 
 #include <QString>
@@ -18,7 +18,7 @@ enum class SaveKind {
 /// Modal questions about files. Main thread.
 ///
 /// A call may run a nested event loop: polls end and properties change while it is open, so its caller re-reads
-/// whatever it relies on. An absent answer means that the person cancelled.
+/// whatever it relies on. An absent answer means that the user cancelled.
 class FileDialogs
 {
 public:
@@ -32,7 +32,7 @@ public:
     /// Asks for one existing ".apk" file; never a directory.
     virtual std::optional<QUrl> chooseBuild() = 0;
 
-    /// Asks where to save a file of `kind`, proposing `name`, and has the person confirm replacing an existing file.
+    /// Asks where to save a file of `kind`, proposing `name`, and has the user confirm replacing an existing file.
     /// The answer is an absolute local path.
     virtual std::optional<QString> saveLocation(SaveKind kind, const QString &name) = 0;
 };

@@ -1,7 +1,7 @@
 // VardaModel: the one observable state of the application. Everything that the window shows is a property here, and
-// everything that a person can do is a method here.
+// everything that a user can do is a method here.
 //
-// The implementation is split by what a person does:
+// The implementation is split by what a user does:
 //   VardaModel.cpp              life, poll loop, action runner, refresh
 //   VardaModel+Build.cpp        choosing and installing a build
 //   VardaModel+AppActions.cpp   launching, stopping, listing, screenshots
@@ -29,7 +29,7 @@ namespace varda {
 class ChildProcess;
 
 /// Lives on the main thread, as do all its properties and methods; it needs a running event loop. Commands block only
-/// inside the command runner. Three kinds of method hold their caller up: those that ask the person for a file;
+/// inside the command runner. Three kinds of method hold their caller up: those that ask the user for a file;
 /// `exportLogs`, which writes it; and `mirrorPhone`, until the system has loaded scrcpy or failed to: 0.1 ms, or 10 ms
 /// from a disk. So `stop` and the model's end never meet a mirror that is about to be there.
 ///
@@ -123,7 +123,7 @@ public:
     /// Connects to `connectEndpoint` and selects the phone that it brings. Hides QObject::connect.
     void connect();
 
-    /// Opens the live phone, recorded to a file that the person chooses where `record` is true; ends a running one
+    /// Opens the live phone, recorded to a file that the user chooses where `record` is true; ends a running one
     /// whatever `record` says.
     void mirrorPhone(bool record);
 

@@ -1,12 +1,12 @@
 // ConsolePanel: the heading and the controls in a row, the text below them, and its footer.
 #include "Varda/View/ConsolePanel.h"
 
-#include "Varda/View/Commands.h"
 #include "Varda/View/Widgets/Button.h"
 #include "Varda/View/Widgets/ConsoleText.h"
 #include "Varda/View/Widgets/Labels.h"
 #include "Varda/View/Widgets/Panel.h"
 #include "Varda/View/Widgets/Theme.h"
+#include "Varda/View/WindowActions.h"
 
 #include <QVBoxLayout>
 
@@ -20,7 +20,7 @@ const auto placeholder = u"Device output will appear here. Enter a package ID to
 
 } // namespace
 
-ConsolePanel::ConsolePanel(VardaModel &model, const Commands &commands, QWidget *parent)
+ConsolePanel::ConsolePanel(VardaModel &model, const WindowActions &actions, QWidget *parent)
     : QWidget(parent)
     , m_model(model)
     , m_toggle(new Button(Button::Kind::Compact, u"Start logs"_s, std::nullopt, this))
@@ -32,7 +32,7 @@ ConsolePanel::ConsolePanel(VardaModel &model, const Commands &commands, QWidget 
     m_export->setObjectName(u"exportButton"_s);
     m_text->setObjectName(u"consoleText"_s);
     m_text->setAccessibleName(u"Device console"_s);
-    describe(*m_export, u"Save what the console shows"_s, commands.exportLogs);
+    setHint(*m_export, u"Save what the console shows"_s, actions.exportLogs);
     QObject::connect(m_toggle, &Button::clicked, this, [this] {
         m_model.logging = !m_model.logging();
         if (m_model.logging())

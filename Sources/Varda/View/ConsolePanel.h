@@ -8,7 +8,7 @@
 namespace varda {
 
 class Button;
-class Commands;
+class WindowActions;
 class ConsoleText;
 
 class ConsolePanel final : public QWidget
@@ -16,7 +16,7 @@ class ConsolePanel final : public QWidget
     Q_OBJECT
 
 public:
-    ConsolePanel(VardaModel &model, const Commands &commands, QWidget *parent = nullptr);
+    ConsolePanel(VardaModel &model, const WindowActions &actions, QWidget *parent = nullptr);
 
     /// `listed` tells that "List apps" has just put its list into the console.
     void render(bool listed);

@@ -48,14 +48,14 @@ DeviceCard::DeviceCard(QWidget *parent)
     stack->addWidget(m_state);
 }
 
-void DeviceCard::show(const AndroidDevice &device)
+void DeviceCard::setDevice(const AndroidDevice &device)
 {
     if (device == m_device)
         return;
     m_device = device;
-    m_name->show(device.name);
+    m_name->setLine(device.name);
     m_transport->setText(device.transport());
-    m_state->show(device.ready() ? u"Ready for testing"_s : device.state);
+    m_state->setLine(device.ready() ? u"Ready for testing"_s : device.state);
     setTextColour(*m_state, device.ready() ? theme::accent : theme::attention);
     update();
 }

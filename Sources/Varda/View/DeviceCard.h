@@ -18,7 +18,7 @@ class DeviceCard final : public Surface
 public:
     explicit DeviceCard(QWidget *parent = nullptr);
 
-    void show(const AndroidDevice &device);
+    void setDevice(const AndroidDevice &device);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -30,7 +30,7 @@ private:
     ElidedLabel *m_state;
 };
 
-/// Tells the person to approve this computer on the phone.
+/// Tells the user to approve this computer on the phone.
 class AuthorizationWarning final : public Surface
 {
     Q_OBJECT

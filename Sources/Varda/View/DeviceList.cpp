@@ -53,7 +53,7 @@ void DeviceList::render()
     QList<DeviceRow *> rows;
     for (const AndroidDevice &device : m_model.devices()) {
         DeviceRow *row = takeRow(former, device.id);
-        row->show(device, m_model.selectedID() == device.id);
+        row->setDevice(device, m_model.selectedID() == device.id);
         rows.append(row);
     }
     const bool focusGoes = std::ranges::any_of(former, &DeviceRow::hasFocus);
@@ -92,7 +92,7 @@ void DeviceList::arrange(const QList<DeviceRow *> &rows)
     for (DeviceRow *row : m_rows) {
         m_stack->removeWidget(row);
         m_stack->addWidget(row);
-        row->QWidget::show();
+        row->show();
         QWidget::setTabOrder(before, row);
         before = row;
     }

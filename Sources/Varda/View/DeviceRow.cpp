@@ -49,7 +49,7 @@ DeviceRow::DeviceRow(QWidget *parent)
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
 }
 
-void DeviceRow::show(const AndroidDevice &device, bool selected)
+void DeviceRow::setDevice(const AndroidDevice &device, bool selected)
 {
     setChecked(selected);
     if (device == m_device)

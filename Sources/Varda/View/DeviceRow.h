@@ -17,7 +17,7 @@ public:
     explicit DeviceRow(QWidget *parent = nullptr);
 
     /// Shows `device`; repaints only where something differs.
-    void show(const AndroidDevice &device, bool selected);
+    void setDevice(const AndroidDevice &device, bool selected);
 
     const AndroidDevice &device() const { return m_device; }
 

@@ -103,7 +103,7 @@ void DropZone::render()
     const auto build = m_model.apk();
     if (build) {
         const QString path = localPath(*build).value_or(QString());
-        m_fileName->show(QFileInfo(path).fileName(), path);
+        m_fileName->setLine(QFileInfo(path).fileName(), path);
     }
     m_chosen->setVisible(build.has_value());
 }

@@ -18,7 +18,7 @@ constexpr int alertWidth = 460;
 constexpr int padding = 24;
 constexpr int spacing = 12;
 constexpr int iconSize = 22;
-constexpr int tallestText = 320;
+constexpr int maxTextHeight = 320;
 
 } // namespace
 
@@ -33,7 +33,7 @@ ErrorAlert::ErrorAlert(QWidget *window)
     title->setIconColour(theme::attention);
     title->setObjectName(u"alertTitle"_s);
     m_text->setObjectName(u"alertText"_s);
-    m_text->setMaximumTextHeight(tallestText);
+    m_text->setMaximumTextHeight(maxTextHeight);
     auto *ok = new Button(Button::Kind::Primary, u"OK"_s, std::nullopt, this);
     ok->setObjectName(u"alertButton"_s);
     ok->setDefault(true);
@@ -69,7 +69,7 @@ ErrorAlert::ErrorAlert(QWidget *window)
 
 void ErrorAlert::present(const QString &text, QWidget *host)
 {
-    m_text->show(text);
+    m_text->setMessage(text);
     m_text->setVisible(!m_text->document()->isEmpty()); // or it would leave a gap
     if (isVisible())
         return;

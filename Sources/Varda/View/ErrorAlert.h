@@ -7,7 +7,7 @@ namespace varda {
 
 class TextBlock;
 
-/// A dialog that is opened, not executed. Emits `finished` when the person dismisses it by whatever means; neither
+/// A dialog that is opened, not executed. Emits `finished` when the user dismisses it by whatever means; neither
 /// `present` nor `withdraw` does.
 class ErrorAlert final : public FittedDialog
 {

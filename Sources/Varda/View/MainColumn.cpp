@@ -20,7 +20,7 @@ using namespace Qt::StringLiterals;
 constexpr int headerGap = 7;
 constexpr int focusMargin = 24;
 constexpr int badgePadding = 8;
-constexpr int tallestStatusShare = 3; // of the column's height: one part in so many
+constexpr int maxStatusShare = 3; // of the column's height: one part in so many
 
 /// "LOCAL BUILD / 0.1" in a frame of its own.
 QWidget *makeBadge()
@@ -38,7 +38,7 @@ QWidget *makeBadge()
 
 } // namespace
 
-MainColumn::MainColumn(VardaModel &model, const Commands &commands, QWidget *parent)
+MainColumn::MainColumn(VardaModel &model, const WindowActions &actions, QWidget *parent)
     : QScrollArea(parent)
     , m_model(model)
 {
@@ -59,10 +59,10 @@ MainColumn::MainColumn(VardaModel &model, const Commands &commands, QWidget *par
     addHeader(*stack);
     stack->addWidget(m_card = new DeviceCard(column));
     stack->addWidget(m_warning = new AuthorizationWarning(column));
-    stack->addWidget(m_deploy = new DeployPanel(model, commands, column));
+    stack->addWidget(m_deploy = new DeployPanel(model, actions, column));
     stack->addWidget(m_livePhone = new LivePhonePanel(model, column));
     stack->addWidget(m_application = new ApplicationPanel(model, column));
-    stack->addWidget(m_console = new ConsolePanel(model, commands, column));
+    stack->addWidget(m_console = new ConsolePanel(model, actions, column));
     stack->addWidget(m_statusPlace = new QWidget(column));
     QLabel *note = makeText(u"USB setup: Android Settings → About phone → tap Build number 7 times → Developer options "
                             "→ USB debugging. Use a data cable, unlock the phone and allow this computer. An emulator "
@@ -105,13 +105,13 @@ void MainColumn::render()
 {
     const auto selected = m_model.selected();
     if (selected)
-        m_card->show(*selected);
+        m_card->setDevice(*selected);
     m_card->setVisible(selected.has_value());
     m_warning->setVisible(selected && selected->state == u"unauthorized");
     m_deploy->render();
     m_livePhone->render();
     m_application->render();
-    m_status->show(m_model.status(), m_model.busy());
+    m_status->setStatus(m_model.status(), m_model.busy());
 
     const bool listingEnded = m_listAskedAt && !m_model.busy();
     const bool listed = listingEnded && !m_model.logging() && !m_model.error();
@@ -149,7 +149,7 @@ void MainColumn::placeStatus()
 {
     if (!m_status)
         return;
-    m_status->limitHeight(viewport()->height() / tallestStatusShare);
+    m_status->limitHeight(viewport()->height() / maxStatusShare);
     const int width = viewport()->width() + theme::scrollBarExtent;
     m_status->resize(width, m_status->height());
     m_status->layout()->activate();

@@ -13,7 +13,7 @@ namespace varda {
 
 class ApplicationPanel;
 class AuthorizationWarning;
-class Commands;
+class WindowActions;
 class ConsolePanel;
 class DeployPanel;
 class DeviceCard;
@@ -27,7 +27,7 @@ class MainColumn final : public QScrollArea
     Q_OBJECT
 
 public:
-    MainColumn(VardaModel &model, const Commands &commands, QWidget *parent = nullptr);
+    MainColumn(VardaModel &model, const WindowActions &actions, QWidget *parent = nullptr);
 
     void render();
 

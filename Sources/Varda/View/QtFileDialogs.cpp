@@ -34,7 +34,7 @@ struct KindOfFile
     QStandardPaths::StandardLocation home;
 };
 
-KindOfFile describe(SaveKind kind)
+KindOfFile kindOfFile(SaveKind kind)
 {
     switch (kind) {
     case SaveKind::PngImage:
@@ -108,7 +108,7 @@ std::optional<QUrl> QtFileDialogs::chooseBuild()
 
 std::optional<QString> QtFileDialogs::saveLocation(SaveKind kind, const QString &name)
 {
-    const KindOfFile file = describe(kind);
+    const KindOfFile file = kindOfFile(kind);
     QString &folder = m_saveFolders.try_emplace(kind, existingFolder(file.home)).first->second;
     QWidget *const below = host();
     for (QString offered = name;;) {

@@ -1,12 +1,12 @@
 // SideColumn: the header with the application menu, the list, and what stands below it.
 #include "Varda/View/SideColumn.h"
 
-#include "Varda/View/Commands.h"
 #include "Varda/View/DeviceList.h"
 #include "Varda/View/Widgets/Button.h"
 #include "Varda/View/Widgets/Labels.h"
 #include "Varda/View/Widgets/Panel.h"
 #include "Varda/View/Widgets/Theme.h"
+#include "Varda/View/WindowActions.h"
 
 #include <QMenu>
 #include <QPainter>
@@ -31,7 +31,7 @@ QWidget *makeDivider()
 
 } // namespace
 
-SideColumn::SideColumn(VardaModel &model, const Commands &commands, QWidget *parent)
+SideColumn::SideColumn(VardaModel &model, const WindowActions &actions, QWidget *parent)
     : QWidget(parent)
     , m_model(model)
     , m_menu(new QMenu(this))
@@ -41,14 +41,14 @@ SideColumn::SideColumn(VardaModel &model, const Commands &commands, QWidget *par
     auto *stack = new QVBoxLayout(this);
     stack->setContentsMargins(theme::sidePadding, theme::sidePadding, theme::sidePadding, theme::sidePadding);
     stack->setSpacing(theme::sideSpacing);
-    addHeader(*stack, commands);
+    addHeader(*stack, actions);
     stack->addWidget(makeDivider());
-    addDevices(*stack, commands);
+    addDevices(*stack, actions);
     stack->addStretch(1);
     addTrustNote(*stack);
 }
 
-void SideColumn::addHeader(QVBoxLayout &stack, const Commands &commands)
+void SideColumn::addHeader(QVBoxLayout &stack, const WindowActions &actions)
 {
     auto *product =
         new IconLabel(Icon::Product, productIcon, u"Varda"_s, theme::font(theme::title2Size, QFont::Bold), this);
@@ -58,9 +58,9 @@ void SideColumn::addHeader(QVBoxLayout &stack, const Commands &commands)
     auto *menuButton = new Button(Button::Kind::Bare, {}, Icon::Menu, this);
     menuButton->setObjectName(u"menuButton"_s);
     menuButton->setAccessibleName(u"Main menu"_s);
-    describe(*menuButton, u"Main menu"_s);
+    setHint(*menuButton, u"Main menu"_s);
     m_menu->setObjectName(u"applicationMenu"_s);
-    commands.addTo(*m_menu);
+    actions.addTo(*m_menu);
     QObject::connect(menuButton, &Button::clicked, this, [this, menuButton] {
         m_menu->popup(menuButton->mapToGlobal(QPoint(0, menuButton->height() + 4)));
     });
@@ -80,7 +80,7 @@ void SideColumn::addHeader(QVBoxLayout &stack, const Commands &commands)
     stack.addLayout(header);
 }
 
-void SideColumn::addDevices(QVBoxLayout &stack, const Commands &commands)
+void SideColumn::addDevices(QVBoxLayout &stack, const WindowActions &actions)
 {
     QFont devicesFont = theme::capitals(theme::captionSize);
     devicesFont.setWeight(QFont::Bold);
@@ -90,7 +90,7 @@ void SideColumn::addDevices(QVBoxLayout &stack, const Commands &commands)
     m_refresh = new Button(Button::Kind::Bare, {}, Icon::Refresh, this);
     m_refresh->setObjectName(u"refreshButton"_s);
     m_refresh->setAccessibleName(u"Refresh devices"_s);
-    describe(*m_refresh, u"Refresh devices"_s, commands.refresh);
+    setHint(*m_refresh, u"Refresh devices"_s, actions.refresh);
     QObject::connect(m_refresh, &Button::clicked, this, [this] { refreshDevices(m_model); });
 
     m_devices = new DeviceList(m_model, m_refresh, this);
@@ -98,7 +98,7 @@ void SideColumn::addDevices(QVBoxLayout &stack, const Commands &commands)
     m_wireless = new Button(Button::Kind::Secondary, u"Connect over Wi-Fi"_s, Icon::Wifi, this);
     m_wireless->setObjectName(u"wirelessButton"_s);
     m_wireless->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    describe(*m_wireless, u"Pair or connect a phone on your network"_s, commands.wireless);
+    setHint(*m_wireless, u"Pair or connect a phone on your network"_s, actions.wireless);
     QObject::connect(m_wireless, &Button::clicked, this, [this] { m_model.wireless = true; });
 
     auto *title = new QHBoxLayout;

@@ -11,7 +11,7 @@ class QVBoxLayout;
 namespace varda {
 
 class Button;
-class Commands;
+class WindowActions;
 class DeviceList;
 
 class SideColumn final : public QWidget
@@ -19,7 +19,7 @@ class SideColumn final : public QWidget
     Q_OBJECT
 
 public:
-    SideColumn(VardaModel &model, const Commands &commands, QWidget *parent = nullptr);
+    SideColumn(VardaModel &model, const WindowActions &actions, QWidget *parent = nullptr);
 
     void render();
 
@@ -30,8 +30,8 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    void addHeader(QVBoxLayout &stack, const Commands &commands);
-    void addDevices(QVBoxLayout &stack, const Commands &commands);
+    void addHeader(QVBoxLayout &stack, const WindowActions &actions);
+    void addDevices(QVBoxLayout &stack, const WindowActions &actions);
     void addTrustNote(QVBoxLayout &stack);
 
     VardaModel &m_model;

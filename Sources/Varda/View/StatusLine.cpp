@@ -74,7 +74,7 @@ StatusLine::StatusLine(QWidget *parent)
     row->addWidget(m_text, 1);
 }
 
-void StatusLine::show(const QString &status, bool busy)
+void StatusLine::setStatus(const QString &status, bool busy)
 {
     m_spinner->setVisible(busy);
     // The text's own inset lines it up with the column where no spinner stands before it.
@@ -84,7 +84,7 @@ void StatusLine::show(const QString &status, bool busy)
         margins.setLeft(left);
         layout()->setContentsMargins(margins);
     }
-    m_text->show(status);
+    m_text->setMessage(status);
 }
 
 int StatusLine::padding()

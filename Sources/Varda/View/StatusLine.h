@@ -35,7 +35,7 @@ class StatusLine final : public QWidget
 public:
     explicit StatusLine(QWidget *parent = nullptr);
 
-    void show(const QString &status, bool busy);
+    void setStatus(const QString &status, bool busy);
 
     /// How far its text is from its upper and lower edges.
     static int padding();

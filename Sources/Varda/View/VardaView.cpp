@@ -1,11 +1,11 @@
 // VardaView: made once, rendered ever after; the dialogs over it are put in order in one place.
 #include "Varda/View/VardaView.h"
 
-#include "Varda/View/Commands.h"
 #include "Varda/View/ErrorAlert.h"
 #include "Varda/View/MainColumn.h"
 #include "Varda/View/SideColumn.h"
 #include "Varda/View/Widgets/Theme.h"
+#include "Varda/View/WindowActions.h"
 #include "Varda/View/WirelessSheet.h"
 
 #include <QAction>
@@ -22,9 +22,9 @@ using namespace Qt::StringLiterals;
 VardaView::VardaView(std::shared_ptr<VardaModel> model, QWidget *parent)
     : QWidget(parent)
     , m_model(std::move(model))
-    , m_commands(new Commands(*m_model, *this))
-    , m_side(new SideColumn(*m_model, *m_commands, this))
-    , m_main(new MainColumn(*m_model, *m_commands, this))
+    , m_actions(new WindowActions(*m_model, *this))
+    , m_side(new SideColumn(*m_model, *m_actions, this))
+    , m_main(new MainColumn(*m_model, *m_actions, this))
     , m_sheet(new WirelessSheet(*m_model, this))
     , m_alert(new ErrorAlert(this))
     , m_windowFocus(this, m_main)
@@ -88,7 +88,7 @@ void VardaView::render()
     m_renderScheduled = false;
     m_windowFocus.before();
     m_sheetFocus.before();
-    m_commands->render();
+    m_actions->render();
     m_side->render();
     m_main->render();
     presentDialogs();

@@ -13,7 +13,7 @@ class QMenu;
 
 namespace varda {
 
-class Commands;
+class WindowActions;
 class ErrorAlert;
 class MainColumn;
 class SideColumn;
@@ -35,7 +35,7 @@ public:
     void addEverywhere(QAction *action);
 
 Q_SIGNALS:
-    /// The person closed the window.
+    /// The user closed the window.
     void closed();
 
 protected:
@@ -49,7 +49,7 @@ private:
     QWidget *alertHost() const;
 
     const std::shared_ptr<VardaModel> m_model;
-    Commands *m_commands;
+    WindowActions *m_actions;
     SideColumn *m_side;
     MainColumn *m_main;
     WirelessSheet *m_sheet;

@@ -1,7 +1,7 @@
 // WirelessSheet: the two steps one below the other; however it is closed, the model is told in one place.
 #include "Varda/View/WirelessSheet.h"
 
-#include "Varda/View/Binding.h"
+#include "Varda/View/TextFields.h"
 #include "Varda/View/Widgets/Button.h"
 #include "Varda/View/Widgets/Labels.h"
 #include "Varda/View/Widgets/Panel.h"
@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 constexpr int sheetWidth = 560;
 constexpr int padding = 30;
 constexpr int spacing = 18;
-constexpr int tallestStatus = 120;
+constexpr int maxStatusHeight = 120;
 
 } // namespace
 
@@ -54,7 +54,7 @@ WirelessSheet::WirelessSheet(VardaModel &model, QWidget *window)
     stack->addWidget(divider);
     addConnection(*stack);
     m_status->setObjectName(u"sheetStatusText"_s);
-    m_status->setMaximumTextHeight(tallestStatus);
+    m_status->setMaximumTextHeight(maxStatusHeight);
 
     bindText(*m_pairingEndpoint, m_model.pairingEndpoint);
     bindText(*m_pairingCode, m_model.pairingCode);
@@ -119,7 +119,7 @@ void WirelessSheet::render()
     renderText(*m_connectEndpoint, m_model.connectEndpoint);
     m_pair->setEnabled(!m_model.busy());
     m_connect->setEnabled(!m_model.busy());
-    m_status->show(m_model.status());
+    m_status->setMessage(m_model.status());
     if (m_model.wireless() == isVisible())
         return;
     if (isVisible()) {

@@ -1,12 +1,12 @@
 // WorkPanels: each panel ties its buttons to the model and enables them from it.
 #include "Varda/View/WorkPanels.h"
 
-#include "Varda/View/Binding.h"
-#include "Varda/View/Commands.h"
 #include "Varda/View/DropZone.h"
+#include "Varda/View/TextFields.h"
 #include "Varda/View/Widgets/Button.h"
 #include "Varda/View/Widgets/Labels.h"
 #include "Varda/View/Widgets/Theme.h"
+#include "Varda/View/WindowActions.h"
 
 #include <QLineEdit>
 
@@ -33,7 +33,7 @@ Button *makeButton(Kind kind, const QString &name, const QString &text, QWidget 
 
 } // namespace
 
-DeployPanel::DeployPanel(VardaModel &model, const Commands &commands, QWidget *parent)
+DeployPanel::DeployPanel(VardaModel &model, const WindowActions &actions, QWidget *parent)
     : Panel(u"01 / DEPLOY A BUILD"_s, Icon::Box, parent)
     , m_model(model)
     , m_dropZone(new DropZone(model, this))
@@ -41,7 +41,7 @@ DeployPanel::DeployPanel(VardaModel &model, const Commands &commands, QWidget *p
     , m_install(makeButton(Kind::Primary, u"installButton"_s, u"Install on device"_s, this))
 {
     setObjectName(u"deployPanel"_s);
-    describe(*m_choose, u"Choose a build to install"_s, commands.chooseBuild);
+    setHint(*m_choose, u"Choose a build to install"_s, actions.chooseBuild);
     content().addWidget(m_dropZone);
     content().addLayout(makeRow({m_choose, m_install}));
     QObject::connect(m_choose, &Button::clicked, this, [this] { m_model.chooseAPK(); });

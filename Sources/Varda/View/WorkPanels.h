@@ -9,7 +9,7 @@ class QLineEdit;
 namespace varda {
 
 class Button;
-class Commands;
+class WindowActions;
 class DropZone;
 
 /// Choosing a build and installing it.
@@ -18,7 +18,7 @@ class DeployPanel final : public Panel
     Q_OBJECT
 
 public:
-    DeployPanel(VardaModel &model, const Commands &commands, QWidget *parent = nullptr);
+    DeployPanel(VardaModel &model, const WindowActions &actions, QWidget *parent = nullptr);
     void render();
 
 private:

@@ -54,10 +54,10 @@ bool ended(const Ward &ward, milliseconds patience)
 /// Waits until the child ends or `time` comes, and tells whether it has ended.
 bool endsBefore(const Ward &ward, Clock::time_point time)
 {
-    constexpr milliseconds longest(std::numeric_limits<int>::max());
+    constexpr milliseconds max(std::numeric_limits<int>::max());
     for (;;) {
         const auto left = std::chrono::ceil<milliseconds>(time - Clock::now());
-        if (ended(ward, std::clamp(left, 0ms, longest)))
+        if (ended(ward, std::clamp(left, 0ms, max)))
             return true;
         if (left <= 0ms)
             return false;

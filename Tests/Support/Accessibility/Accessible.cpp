@@ -9,7 +9,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-namespace varda::testing {
+namespace varda::test {
 
 namespace {
 
@@ -254,4 +254,4 @@ void Accessible::appendTree(QString &lines, int depth) const
         child.appendTree(lines, depth + 1);
 }
 
-} // namespace varda::testing
+} // namespace varda::test

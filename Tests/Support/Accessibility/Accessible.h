@@ -15,7 +15,7 @@
 
 using AtspiAccessible = struct _AtspiAccessible;
 
-namespace varda::testing {
+namespace varda::test {
 
 /// A handle that is cheap to copy. Main thread only; needs a session bus with AT-SPI on it.
 class Accessible
@@ -70,4 +70,4 @@ private:
     std::shared_ptr<AtspiAccessible> object;
 };
 
-} // namespace varda::testing
+} // namespace varda::test

@@ -11,7 +11,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-namespace varda::testing {
+namespace varda::test {
 
 namespace {
 
@@ -138,4 +138,4 @@ bool WindowDriver::awaited(const QString &what, const std::function<bool()> &con
     return held;
 }
 
-} // namespace varda::testing
+} // namespace varda::test

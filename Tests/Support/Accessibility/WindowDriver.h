@@ -1,6 +1,6 @@
 // WindowDriver: works another program's windows the way a screen-reader user does, by role and name.
 //
-// Everything a person would wait for is waited for: a control to appear, to be enabled, a text to be shown. While it
+// Everything a user would wait for is waited for: a control to appear, to be enabled, a text to be shown. While it
 // waits, the caller's event loop turns. A wait that runs out answers false and prints the tree as it was then, so that
 // a failed test shows what the window showed.
 #pragma once
@@ -12,7 +12,7 @@
 #include <chrono>
 #include <functional>
 
-namespace varda::testing {
+namespace varda::test {
 
 /// Long enough for a loaded machine; a test that passes never waits for it.
 constexpr auto guardTime = std::chrono::seconds{90};
@@ -65,4 +65,4 @@ private:
     mutable Accessible program;
 };
 
-} // namespace varda::testing
+} // namespace varda::test

@@ -7,7 +7,7 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-namespace varda::testing {
+namespace varda::test {
 
 class WindowDriverTest : public QObject
 {
@@ -89,7 +89,7 @@ void WindowDriverTest::answersForAProgramThatHasEnded()
     QVERIFY(!eventually([&] { return bool(window->look(u"push button"_s, u"Copy"_s)); }, 0ms));
 }
 
-} // namespace varda::testing
+} // namespace varda::test
 
-QTEST_GUILESS_MAIN(varda::testing::WindowDriverTest)
+QTEST_GUILESS_MAIN(varda::test::WindowDriverTest)
 #include "WindowDriverTest.moc"

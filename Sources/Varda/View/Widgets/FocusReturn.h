@@ -7,8 +7,8 @@
 namespace varda {
 
 /// Qt moves the focus of a widget that is disabled on to the next one, where the next key would press something else
-/// and the person loses their place. Here the focus waits on a widget that no key presses, and goes back as soon as the
-/// control is enabled, unless the person has gone elsewhere. Call `before` and `after` around changes of controls.
+/// and the user loses their place. Here the focus waits on a widget that no key presses, and goes back as soon as the
+/// control is enabled, unless the user has gone elsewhere. Call `before` and `after` around changes of controls.
 class FocusReturn final
 {
 public:

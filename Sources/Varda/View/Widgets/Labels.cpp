@@ -154,7 +154,7 @@ ElidedLabel::ElidedLabel(Qt::TextElideMode mode, QWidget *parent)
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 }
 
-void ElidedLabel::show(const QString &text, const QString &whole)
+void ElidedLabel::setLine(const QString &text, const QString &whole)
 {
     setText(visibleLine(text));
     setPlainToolTip(this, whole.isEmpty() ? text : whole);
@@ -199,7 +199,7 @@ TextBlock::TextBlock(const QFont &font, const QColor &colour, QAccessible::Role 
     setSizePolicy(policy);
 }
 
-void TextBlock::show(const QString &text)
+void TextBlock::setMessage(const QString &text)
 {
     if (text == m_text)
         return;
@@ -230,9 +230,9 @@ int TextBlock::heightForWidth(int width) const
     const std::unique_ptr<QTextDocument> copy(document()->clone());
     copy->documentLayout()->setPaintDevice(viewport());
     copy->setTextWidth(width);
-    const double most = m_maximumHeight.value_or(QWIDGETSIZE_MAX);
+    const double maxHeight = m_maximumHeight.value_or(QWIDGETSIZE_MAX);
     const double height = copy->documentLayout()->blockBoundingRect(copy->lastBlock()).bottom() + inset;
-    m_height = static_cast<int>(std::ceil(height <= most ? height : endOfLastWholeLine(*copy, most)));
+    m_height = static_cast<int>(std::ceil(height <= maxHeight ? height : endOfLastWholeLine(*copy, maxHeight)));
     m_measuredWidth = width;
     return m_height;
 }

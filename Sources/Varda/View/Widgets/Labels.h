@@ -51,7 +51,7 @@ public:
     explicit ElidedLabel(Qt::TextElideMode mode, QWidget *parent = nullptr);
 
     /// Shows `text` made visible; the tooltip shows `whole` where that is more.
-    void show(const QString &text, const QString &whole = {});
+    void setLine(const QString &text, const QString &whole = {});
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -79,7 +79,7 @@ public:
     QAccessible::Role role() const { return m_role; }
 
     /// Does nothing where `text` stands already, so that a selection survives.
-    void show(const QString &text);
+    void setMessage(const QString &text);
     void setMaximumTextHeight(int pixels);
 
     /// How far the text is inset from the widget's edges, where the focus ring runs.

@@ -15,7 +15,6 @@
 #include <QStyleOption>
 #include <QToolTip>
 
-
 namespace varda {
 namespace {
 
@@ -23,7 +22,7 @@ constexpr int consoleFrame = 10;
 constexpr int fieldPadding = 10;
 constexpr int menuMargin = 6;
 constexpr int menuItemHeight = 30;
-constexpr int shortestScrollThumb = 36;
+constexpr int minScrollThumb = 36;
 
 bool isFramedField(const QStyleOption *option, const QWidget *widget)
 {
@@ -59,7 +58,7 @@ int VardaStyle::pixelMetric(PixelMetric metric, const QStyleOption *option, cons
     case PM_ScrollBarExtent:
         return theme::scrollBarExtent;
     case PM_ScrollBarSliderMin:
-        return shortestScrollThumb;
+        return minScrollThumb;
     case PM_ScrollView_ScrollBarSpacing:
     case PM_ButtonShiftHorizontal:
     case PM_ButtonShiftVertical:
@@ -167,7 +166,7 @@ QRect VardaStyle::subControlRect(ComplexControl control, const QStyleOptionCompl
     int thumb = length;
     if (range > 0) {
         const qint64 share = qint64(slider->pageStep) * length / (range + slider->pageStep);
-        thumb = qBound(qMin(shortestScrollThumb, length), static_cast<int>(share), length);
+        thumb = qBound(qMin(minScrollThumb, length), static_cast<int>(share), length);
     }
     const int start = sliderPositionFromValue(slider->minimum, slider->maximum, slider->sliderPosition, length - thumb,
                                               slider->upsideDown);

@@ -1,6 +1,6 @@
-// Binding: only a text that differs is written, or the two directions would call each other for ever. A field shows
+// TextFields: only a text that differs is written, or the two directions would call each other for ever. A field shows
 // what the model has written one turn of the event loop later; what an input method commits until then is dropped.
-#include "Varda/View/Binding.h"
+#include "Varda/View/TextFields.h"
 
 #include "Varda/View/Widgets/Theme.h"
 

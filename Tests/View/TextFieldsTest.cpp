@@ -7,7 +7,7 @@
 using namespace Qt::StringLiterals;
 using namespace varda;
 
-class BindingTest final : public QObject
+class TextFieldsTest final : public QObject
 {
     Q_OBJECT
 
@@ -15,7 +15,7 @@ private Q_SLOTS:
     void codeInUseStaysGoneWhateverIsCommittedLate();
 };
 
-void BindingTest::codeInUseStaysGoneWhateverIsCommittedLate()
+void TextFieldsTest::codeInUseStaysGoneWhateverIsCommittedLate()
 {
     ViewFixture fixture;
     fixture.model->pairingEndpoint = u"192.168.1.50:37123"_s;
@@ -34,5 +34,5 @@ void BindingTest::codeInUseStaysGoneWhateverIsCommittedLate()
     QCOMPARE(fixture.model->pairingCode(), u"551203"_s);
 }
 
-QTEST_MAIN(BindingTest)
-#include "BindingTest.moc"
+QTEST_MAIN(TextFieldsTest)
+#include "TextFieldsTest.moc"

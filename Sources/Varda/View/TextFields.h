@@ -1,4 +1,4 @@
-// Binding: text fields that show and write a property of the model.
+// TextFields: text fields that show and write a property of the model.
 #pragma once
 
 #include "Varda/Model/Published.h"

@@ -1,5 +1,5 @@
-// Commands: each action has its keys and calls the model.
-#include "Varda/View/Commands.h"
+// WindowActions: each action has its keys and calls the model.
+#include "Varda/View/WindowActions.h"
 
 #include "Varda/View/Widgets/Icon.h"
 #include "Varda/View/Widgets/PlainText.h"
@@ -31,7 +31,7 @@ QCoro::Task<> refreshKeeping(std::shared_ptr<VardaModel> model)
 
 } // namespace
 
-Commands::Commands(VardaModel &model, QWidget &window)
+WindowActions::WindowActions(VardaModel &model, QWidget &window)
     : QObject(&window)
     , chooseBuild(makeAction(window, u"chooseAction"_s, Icon::Box, u"Choose APK"_s, {QKeySequence(u"Ctrl+O"_s)}))
     , refresh(makeAction(window, u"refreshAction"_s, Icon::Refresh, u"Refresh devices"_s,
@@ -48,14 +48,14 @@ Commands::Commands(VardaModel &model, QWidget &window)
     QObject::connect(exportLogs, &QAction::triggered, this, [this] { m_model.exportLogs(); });
 }
 
-void Commands::render()
+void WindowActions::render()
 {
     refresh->setEnabled(!m_model.busy());
     wireless->setEnabled(!m_model.busy());
     exportLogs->setEnabled(!m_model.logs().isEmpty());
 }
 
-void Commands::addTo(QMenu &menu) const
+void WindowActions::addTo(QMenu &menu) const
 {
     menu.addActions({chooseBuild, refresh, wireless, exportLogs});
 }
@@ -65,7 +65,7 @@ void refreshDevices(VardaModel &model)
     QTimer::singleShot(0, &model, [kept = model.shared_from_this()] { refreshKeeping(kept); });
 }
 
-void describe(QPushButton &button, const QString &words, const QAction *action)
+void setHint(QPushButton &button, const QString &words, const QAction *action)
 {
     setPlainToolTip(&button,
                     action ? words + u" (" + action->shortcut().toString(QKeySequence::NativeText) + u')' : words);

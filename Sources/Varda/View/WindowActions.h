@@ -1,5 +1,5 @@
-// Commands: the window's keyboard shortcuts, as actions that the application menu lists and whose keys the tooltips
-// of the buttons name.
+// WindowActions: the window's keyboard shortcuts, as actions that the application menu lists and whose keys the
+// tooltips of the buttons name.
 #pragma once
 
 #include "Varda/Model/VardaModel.h"
@@ -11,13 +11,13 @@ class QPushButton;
 namespace varda {
 
 /// Each action does what its button does, and is enabled in the same conditions.
-class Commands final : public QObject
+class WindowActions final : public QObject
 {
     Q_OBJECT
 
 public:
     /// The actions' keys work in `window`.
-    Commands(VardaModel &model, QWidget &window);
+    WindowActions(VardaModel &model, QWidget &window);
 
     void render();
 
@@ -37,6 +37,6 @@ private:
 void refreshDevices(VardaModel &model);
 
 /// Gives `button` a tooltip that says what it does and by which key.
-void describe(QPushButton &button, const QString &words, const QAction *action = nullptr);
+void setHint(QPushButton &button, const QString &words, const QAction *action = nullptr);
 
 } // namespace varda

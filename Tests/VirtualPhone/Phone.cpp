@@ -23,6 +23,9 @@ constexpr std::array stateNames = {
 constexpr quint16 firstEmulatorPort = 5555;
 constexpr quint16 lastEmulatorPort = 5585;
 
+/// Of more hosts that are not let in than that the one that came first has to go.
+constexpr qsizetype mostWaiting = 64;
+
 bool isEmulatorPort(quint16 port)
 {
     return port >= firstEmulatorPort && port <= lastEmulatorPort && port % 2 == 1;
@@ -48,13 +51,20 @@ Phone::Phone(const PhoneOptions &options)
     : m_options(options)
     , m_device(options.model, options.screen, this)
     , m_server(this)
+    , m_wireless(*this, [this](QTcpSocket *socket, std::unique_ptr<SecureChannel> channel) {
+        take(socket, std::move(channel));
+    })
 {
     m_clock.start();
     for (const QString &package : options.packages)
         m_device.install(package);
     connect(&m_server, &QTcpServer::newConnection, this, [this] {
         while (QTcpSocket *socket = m_server.nextPendingConnection())
-            take(socket);
+            take(socket, {});
+    });
+    connect(&m_wireless, &WirelessDebugging::shown, this, [this](const QString &line) {
+        if (m_options.onWireless)
+            m_options.onWireless(line);
     });
 }
 
@@ -115,6 +125,15 @@ void Phone::breakConnections()
         connection->breakOff();
 }
 
+void Phone::breakWirelessConnections()
+{
+    const QList<Connection *> connections = m_connections;
+    for (Connection *connection : connections) {
+        if (connection->hasChannel())
+            connection->breakOff();
+    }
+}
+
 bool Phone::setRefusing(bool refusing)
 {
     if (!refusing)
@@ -141,9 +160,9 @@ qint64 Phone::frame() const
     return m_clock.elapsed() * m_options.frameRate / 1000;
 }
 
-void Phone::take(QTcpSocket *socket)
+void Phone::take(QTcpSocket *socket, std::unique_ptr<SecureChannel> channel)
 {
-    auto *connection = new Connection(socket, greeting(), banner(), this);
+    auto *connection = new Connection(socket, std::move(channel), greeting(), banner(), this);
     m_connections.append(connection);
     connection->onOpen = [this](Stream &stream) { return openService(*this, stream); };
     connect(connection, &Connection::authorizationRequested, this, [this](const QByteArray &key) {
@@ -158,6 +177,10 @@ void Phone::take(QTcpSocket *socket)
         m_log.add(u"disconnected"_s, {});
     });
     m_log.add(u"connected"_s, {{u"state"_s, stateName(m_state)}});
+    QList<Connection *> waiting = m_connections;
+    waiting.removeIf([](const Connection *each) { return each->isOnline(); });
+    if (waiting.size() > mostWaiting)
+        waiting.first()->breakOff();
 }
 
 Greeting Phone::greeting() const

@@ -87,6 +87,7 @@ QString WirelessDebugging::turnOn()
 void WirelessDebugging::turnOff()
 {
     m_ports->connection.close();
+    qDeleteAll(findChildren<QTcpSocket *>(Qt::FindDirectChildrenOnly));
     hideCode();
 }
 

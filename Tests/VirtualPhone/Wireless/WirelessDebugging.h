@@ -29,7 +29,7 @@ public:
 
     /// Opens a connection port, another one each time. Empty on success, else why there is none.
     QString turnOn();
-    /// Closes both ports. Who is connected stays so.
+    /// Closes both ports. Who has been let in stays so.
     void turnOff();
 
     /// Shows a new code, or the given one of six digits, and opens a new pairing port. False unless turned on.

@@ -50,7 +50,7 @@ QString stateName(PhoneState state)
 Phone::Phone(const PhoneOptions &options)
     : m_options(options)
     , m_device(options.model, options.screen, this)
-    , m_server(this)
+    , m_server([this](QTcpSocket *socket) { take(socket, {}); })
     , m_wireless(*this, [this](QTcpSocket *socket, std::unique_ptr<SecureChannel> channel) {
         take(socket, std::move(channel));
     })
@@ -58,10 +58,6 @@ Phone::Phone(const PhoneOptions &options)
     m_clock.start();
     for (const QString &package : options.packages)
         m_device.install(package);
-    connect(&m_server, &QTcpServer::newConnection, this, [this] {
-        while (QTcpSocket *socket = m_server.nextPendingConnection())
-            take(socket, {});
-    });
     connect(&m_wireless, &WirelessDebugging::shown, this, [this](const QString &line) {
         if (m_options.onWireless)
             m_options.onWireless(line);
@@ -89,7 +85,7 @@ QString Phone::listen()
         if (!reply.startsWith("ok"_L1))
             return reply;
     }
-    if (!m_server.listen(QHostAddress::LocalHost, m_options.port))
+    if (!m_server.open(m_options.port))
         return u"port %1: %2"_s.arg(m_options.port).arg(m_server.errorString());
     m_port = m_server.serverPort();
     return {};
@@ -137,7 +133,7 @@ void Phone::breakWirelessConnections()
 bool Phone::setRefusing(bool refusing)
 {
     if (!refusing)
-        return m_server.isListening() || m_server.listen(QHostAddress::LocalHost, m_port);
+        return m_server.isListening() || m_server.open(m_port);
     m_server.close();
     return true;
 }

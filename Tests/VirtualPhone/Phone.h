@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Adb/Connection.h"
+#include "Adb/LoopbackServer.h"
 #include "Control/Faults.h"
 #include "Control/ServiceLog.h"
 #include "Device/Device.h"
@@ -13,7 +14,6 @@
 
 #include <QElapsedTimer>
 #include <QHash>
-#include <QTcpServer>
 
 namespace varda::phone {
 
@@ -85,7 +85,7 @@ private:
     Device m_device;
     ReverseForwards m_forwards;
     QHash<QByteArray, MirrorServer *> m_listeners;
-    QTcpServer m_server;
+    LoopbackServer m_server;
     QList<Connection *> m_connections;
     WirelessDebugging m_wireless;
 };

@@ -125,6 +125,8 @@ void Connection::handle(const Packet &packet)
         return handleConnect(packet);
     if (packet.command == PacketCommand::Authenticate)
         return handleAuthenticate(packet);
+    if (packet.command == PacketCommand::StartTls)
+        return violate(u"TLS was not offered"_s);
     if (!m_online)
         return; // a host that is not let in is not answered
     if (packet.command == PacketCommand::Open)

@@ -22,21 +22,13 @@ PairingServer::PairingServer(const QString &code, const QByteArray &introduction
     , m_introduction(introduction)
     , m_makeChannel(std::move(makeChannel))
     , m_trouble(std::move(trouble))
+    , m_server([this](QTcpSocket *socket) { take(socket); })
 {
-    connect(&m_server, &QTcpServer::newConnection, this, [this] {
-        while (QTcpSocket *socket = m_server.nextPendingConnection())
-            take(socket);
-    });
 }
 
 PairingServer::~PairingServer()
 {
     qDeleteAll(std::exchange(m_sessions, {}));
-}
-
-bool PairingServer::listen()
-{
-    return m_server.listen(QHostAddress::LocalHost);
 }
 
 void PairingServer::take(QTcpSocket *socket)

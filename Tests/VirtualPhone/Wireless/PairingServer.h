@@ -1,9 +1,8 @@
 // PairingServer: the port that is open while the phone shows a pairing code.
 #pragma once
 
+#include "Adb/LoopbackServer.h"
 #include "Adb/SecureChannel.h"
-
-#include <QTcpServer>
 
 #include <functional>
 #include <memory>
@@ -28,7 +27,7 @@ public:
     ~PairingServer() override;
 
     /// Takes a free port of the loopback address. False where there is none.
-    bool listen();
+    bool listen() { return m_server.open(); }
     quint16 port() const { return m_server.serverPort(); }
 
 Q_SIGNALS:
@@ -47,7 +46,7 @@ private:
     const QByteArray m_introduction;
     const ChannelMaker m_makeChannel;
     const Trouble m_trouble;
-    QTcpServer m_server;
+    LoopbackServer m_server;
     QList<PairingSession *> m_sessions;
     int m_mistakes = 0;
     bool m_usedUp = false;

@@ -1,13 +1,13 @@
 // WirelessDebugging: the phone's key, its ports and its paired computers.
 #include "Wireless/WirelessDebugging.h"
 
+#include "Adb/LoopbackServer.h"
 #include "Phone.h"
 #include "Wireless/PairedComputers.h"
 #include "Wireless/PairingServer.h"
 #include "Wireless/TlsChannel.h"
 
 #include <QRandomGenerator>
-#include <QTcpServer>
 #include <QTcpSocket>
 
 using namespace Qt::StringLiterals;
@@ -50,9 +50,14 @@ bool misbehave(QTcpSocket &socket, const Fault &fault, QObject *owner)
 
 struct WirelessDebugging::Ports
 {
+    explicit Ports(const std::function<void(QTcpSocket *)> &answer)
+        : connection(answer)
+    {
+    }
+
     bssl::UniquePtr<SSL_CTX> context = makeTlsContext();
     PairedComputers computers;
-    QTcpServer connection;
+    LoopbackServer connection;
     std::unique_ptr<PairingServer> pairing;
     QString code;
 };
@@ -61,23 +66,15 @@ WirelessDebugging::WirelessDebugging(Phone &phone, Taker take)
     : QObject(&phone)
     , m_phone(phone)
     , m_take(std::move(take))
-    , m_ports(std::make_unique<Ports>())
+    , m_ports(std::make_unique<Ports>([this](QTcpSocket *socket) { answer(socket); }))
 {
-    connect(&m_ports->connection, &QTcpServer::newConnection, this, [this] {
-        while (QTcpSocket *socket = m_ports->connection.nextPendingConnection()) {
-            if (misbehave(*socket, m_phone.faults().forService("wireless connection"), this))
-                continue;
-            const auto admits = [this](const KeyModulus &key) { return m_ports->computers.contains(key); };
-            m_take(socket, std::make_unique<TlsChannel>(m_ports->context.get(), admits));
-        }
-    });
 }
 
 WirelessDebugging::~WirelessDebugging() = default;
 
 QString WirelessDebugging::turnOn()
 {
-    if (!m_ports->connection.isListening() && !m_ports->connection.listen(QHostAddress::LocalHost))
+    if (!m_ports->connection.isListening() && !m_ports->connection.open())
         return m_ports->connection.errorString();
     showAddresses({});
     Q_EMIT shown(u"connection address: "_s + m_phone.device().wireless().connection);
@@ -126,6 +123,14 @@ bool WirelessDebugging::showCode(const QString &code)
     showAddresses(next);
     Q_EMIT shown(u"pairing address: "_s + m_phone.device().wireless().pairing + u", pairing code: "_s + next);
     return true;
+}
+
+void WirelessDebugging::answer(QTcpSocket *socket)
+{
+    if (misbehave(*socket, m_phone.faults().forService("wireless connection"), this))
+        return;
+    const auto admits = [this](const KeyModulus &key) { return m_ports->computers.contains(key); };
+    m_take(socket, std::make_unique<TlsChannel>(m_ports->context.get(), admits));
 }
 
 void WirelessDebugging::hideCode()

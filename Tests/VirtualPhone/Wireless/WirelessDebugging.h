@@ -47,6 +47,8 @@ Q_SIGNALS:
 private:
     struct Ports;
 
+    /// Answers whoever comes to the connection port.
+    void answer(QTcpSocket *socket);
     void hideCode();
     void showAddresses(const QString &code);
     void pair(const QByteArray &publicKey);

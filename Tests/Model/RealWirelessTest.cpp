@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QScopeGuard>
 
 using namespace Qt::StringLiterals;
 using namespace varda::test;
@@ -293,7 +294,8 @@ void RealWirelessTest::silentPhoneIsGivenUpAndTheCodeIsOnStandardInputOnly()
 {
     VirtualPhone &phone = addWirelessPhone();
     QCOMPARE(phone.command(u"on 'wireless pairing' hang"_s), u"ok"_s);
-    const auto silenced = qInstallMessageHandler(collectMessage);
+    const auto restore =
+        qScopeGuard([former = qInstallMessageHandler(collectMessage)] { qInstallMessageHandler(former); });
     const QByteArray commandLine = "pair" + QByteArray(1, '\0') + model->pairingEndpoint().toUtf8();
     model->pairingCode = code;
     model->pair();
@@ -301,9 +303,7 @@ void RealWirelessTest::silentPhoneIsGivenUpAndTheCodeIsOnStandardInputOnly()
     QVERIFY(!anyContains(processes(u"cmdline"_s), code.toUtf8()));
     QVERIFY(!anyContains(processes(u"environ"_s), code.toUtf8()));
     QCOMPARE(filesWithTheCode(), QStringList());
-    const bool ended = QTest::qWaitFor([this] { return !model->busy(); }, 55'000);
-    qInstallMessageHandler(silenced);
-    QVERIFY(ended);
+    QVERIFY(QTest::qWaitFor([this] { return !model->busy(); }, 55'000));
     checkFailure(pairing, u"The Android command timed out. Check the phone connection and try again."_s);
     for (const QString &text : messages + QStringList{model->status(), model->logs(), model->pairingCode()})
         QVERIFY2(!text.contains(code), qUtf8Printable(text));

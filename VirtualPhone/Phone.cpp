@@ -23,6 +23,9 @@ constexpr std::array stateNames = {
 constexpr quint16 firstEmulatorPort = 5555;
 constexpr quint16 lastEmulatorPort = 5585;
 
+/// Of more hosts that are not let in than that the one that came first has to go.
+constexpr qsizetype mostWaiting = 64;
+
 bool isEmulatorPort(quint16 port)
 {
     return port >= firstEmulatorPort && port <= lastEmulatorPort && port % 2 == 1;
@@ -47,14 +50,17 @@ QString stateName(PhoneState state)
 Phone::Phone(const PhoneOptions &options)
     : m_options(options)
     , m_device(options.model, options.screen, this)
-    , m_server(this)
+    , m_server([this](QTcpSocket *socket) { take(socket, {}); })
+    , m_wireless(*this, [this](QTcpSocket *socket, std::unique_ptr<SecureChannel> channel) {
+        take(socket, std::move(channel));
+    })
 {
     m_clock.start();
     for (const QString &package : options.packages)
         m_device.install(package);
-    connect(&m_server, &QTcpServer::newConnection, this, [this] {
-        while (QTcpSocket *socket = m_server.nextPendingConnection())
-            take(socket);
+    connect(&m_wireless, &WirelessDebugging::shown, this, [this](const QString &line) {
+        if (m_options.onWireless)
+            m_options.onWireless(line);
     });
 }
 
@@ -79,7 +85,7 @@ QString Phone::listen()
         if (!reply.startsWith("ok"_L1))
             return reply;
     }
-    if (!m_server.listen(QHostAddress::LocalHost, m_options.port))
+    if (!m_server.open(m_options.port))
         return u"port %1: %2"_s.arg(m_options.port).arg(m_server.errorString());
     m_port = m_server.serverPort();
     return {};
@@ -115,10 +121,19 @@ void Phone::breakConnections()
         connection->breakOff();
 }
 
+void Phone::breakWirelessConnections()
+{
+    const QList<Connection *> connections = m_connections;
+    for (Connection *connection : connections) {
+        if (connection->hasChannel())
+            connection->breakOff();
+    }
+}
+
 bool Phone::setRefusing(bool refusing)
 {
     if (!refusing)
-        return m_server.isListening() || m_server.listen(QHostAddress::LocalHost, m_port);
+        return m_server.isListening() || m_server.open(m_port);
     m_server.close();
     return true;
 }
@@ -141,9 +156,9 @@ qint64 Phone::frame() const
     return m_clock.elapsed() * m_options.frameRate / 1000;
 }
 
-void Phone::take(QTcpSocket *socket)
+void Phone::take(QTcpSocket *socket, std::unique_ptr<SecureChannel> channel)
 {
-    auto *connection = new Connection(socket, greeting(), banner(), this);
+    auto *connection = new Connection(socket, std::move(channel), greeting(), banner(), this);
     m_connections.append(connection);
     connection->onOpen = [this](Stream &stream) { return openService(*this, stream); };
     connect(connection, &Connection::authorizationRequested, this, [this](const QByteArray &key) {
@@ -158,6 +173,10 @@ void Phone::take(QTcpSocket *socket)
         m_log.add(u"disconnected"_s, {});
     });
     m_log.add(u"connected"_s, {{u"state"_s, stateName(m_state)}});
+    QList<Connection *> waiting = m_connections;
+    waiting.removeIf([](const Connection *each) { return each->isOnline(); });
+    if (waiting.size() > mostWaiting)
+        waiting.first()->breakOff();
 }
 
 Greeting Phone::greeting() const

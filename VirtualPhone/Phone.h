@@ -4,15 +4,16 @@
 #pragma once
 
 #include "Adb/Connection.h"
+#include "Adb/LoopbackServer.h"
 #include "Control/Faults.h"
 #include "Control/ServiceLog.h"
 #include "Device/Device.h"
 #include "PhoneOptions.h"
 #include "Services/ReverseForwards.h"
+#include "Wireless/WirelessDebugging.h"
 
 #include <QElapsedTimer>
 #include <QHash>
-#include <QTcpServer>
 
 namespace varda::phone {
 
@@ -49,6 +50,9 @@ public:
     void breakConnections();
     /// False when refused and the port could not be taken again.
     bool setRefusing(bool refusing);
+    WirelessDebugging &wireless() { return m_wireless; }
+    /// Cuts the hosts off that are connected through wireless debugging.
+    void breakWirelessConnections();
     qsizetype connections() const { return m_connections.size(); }
     /// Tells an adb server on the loopback address about this phone, as a starting emulator does.
     void announce(quint16 serverPort);
@@ -68,7 +72,7 @@ public:
     QHash<QByteArray, MirrorServer *> &listeners() { return m_listeners; }
 
 private:
-    void take(QTcpSocket *socket);
+    void take(QTcpSocket *socket, std::unique_ptr<SecureChannel> channel);
     Greeting greeting() const;
     QByteArray banner() const;
 
@@ -81,8 +85,9 @@ private:
     Device m_device;
     ReverseForwards m_forwards;
     QHash<QByteArray, MirrorServer *> m_listeners;
-    QTcpServer m_server;
+    LoopbackServer m_server;
     QList<Connection *> m_connections;
+    WirelessDebugging m_wireless;
 };
 
 } // namespace varda::phone

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 namespace varda {
 
 struct PhoneOptions
@@ -24,6 +26,10 @@ struct PhoneOptions
     QString installsAs = QStringLiteral("com.example.app");
     /// A file for the log of services, one JSON object per line; empty keeps the log in memory only.
     QString serviceLog;
+    /// Whether a pairing code that has been used up is followed by another.
+    bool renewsPairingCodes = false;
+    /// Called in the phone's thread with each line about wireless debugging that its owner is to read.
+    std::function<void(const QString &line)> onWireless;
     /// Control commands that are carried out before the phone listens.
     QStringList commands;
 };

@@ -74,6 +74,7 @@ void addOptions(QCommandLineParser &parser)
         {u"fps"_s, u"Pictures per second of a mirrored screen."_s, u"number"_s, QString::number(defaults.frameRate)},
         {u"package"_s, u"An installed app, instead of the usual ones. May be given several times."_s, u"package"_s},
         {u"installs-as"_s, u"The package that installed files are taken for."_s, u"package"_s, defaults.installsAs},
+        {u"wireless"_s, u"Turn wireless debugging on: print its addresses and a pairing code."_s},
         {u"log"_s, u"Append the log of services to this file, one JSON object per line."_s, u"file"_s},
         {u"until-stdin-closes"_s, u"End when standard input is closed."_s},
     });
@@ -95,6 +96,8 @@ PhoneOptions optionsFrom(const QCommandLineParser &parser)
     if (parser.isSet(u"package"_s))
         options.packages = parser.values(u"package"_s);
     options.installsAs = parser.value(u"installs-as"_s);
+    options.renewsPairingCodes = true;
+    options.onWireless = printLine;
     options.serviceLog = parser.value(u"log"_s);
     for (const Shorthand &shorthand : shorthands) {
         for (const QString &value : parser.values(QString::fromLatin1(shorthand.option)))
@@ -136,6 +139,23 @@ bool answerInput(VirtualPhone &phone, QByteArray &pending)
     return true;
 }
 
+/// What keeps wireless debugging from being turned on; empty where nothing does.
+QString turnOnWireless(VirtualPhone &phone)
+{
+    for (const QString &command : {u"wireless on"_s, u"pair"_s}) {
+        const QString reply = phone.command(command);
+        if (!reply.startsWith("ok"_L1))
+            return reply;
+    }
+    return {};
+}
+
+int fail(const QString &problem, int status = EXIT_FAILURE)
+{
+    std::fputs(qPrintable(u"virtual-phone: "_s + problem + u'\n'), stderr);
+    return status;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -147,16 +167,17 @@ int main(int argc, char **argv)
     parser.process(application);
     const PhoneOptions options = optionsFrom(parser);
     QString problem = problemWith(parser, options);
-    if (!problem.isEmpty()) {
-        std::fputs(qPrintable(u"virtual-phone: "_s + problem + u'\n'), stderr);
-        return exitUsage;
-    }
+    if (!problem.isEmpty())
+        return fail(problem, exitUsage);
     VirtualPhone phone(options);
-    if (!phone.errorString().isEmpty()) {
-        std::fputs(qPrintable(u"virtual-phone: "_s + phone.errorString() + u'\n'), stderr);
-        return EXIT_FAILURE;
-    }
+    if (!phone.errorString().isEmpty())
+        return fail(phone.errorString());
     printLine(u"ready "_s + phone.endpoint());
+    if (parser.isSet(u"wireless"_s)) {
+        problem = turnOnWireless(phone);
+        if (!problem.isEmpty())
+            return fail(problem);
+    }
 
     QSocketNotifier termination(terminations, QSocketNotifier::Read);
     QObject::connect(&termination, &QSocketNotifier::activated, &application, &QCoreApplication::quit);

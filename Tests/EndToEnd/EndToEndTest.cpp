@@ -91,6 +91,7 @@ private Q_SLOTS:
     void listsTheInstalledApps();
     void savesAScreenshot();
     void saysWhyPairingFailed();
+    void pairsAfterAWrongCode();
     void connectsAPhoneOverWiFi();
     void opensAndStopsTheLivePhone();
     void recordsATest();
@@ -106,6 +107,7 @@ private:
                  .scrcpy = QStringLiteral(STAND_IN_SCRCPY)}};
     VirtualPhone phone{unauthorizedPhone()};
     VirtualPhone other{secondPhone()};
+    QString wirelessAddress{other.endpoint()}; ///< its port for paired computers, once that is open
     VardaWindow window{0};
     bool failedBefore = false;
 };
@@ -276,15 +278,37 @@ void EndToEndTest::saysWhyPairingFailed()
     QCOMPARE(window.look(u"text"_s, u"Pairing address"_s).text(), address);
 }
 
+void EndToEndTest::pairsAfterAWrongCode()
+{
+    const QString reply = other.command(u"wireless on"_s);
+    if (!reply.startsWith(u"ok"))
+        QSKIP(qUtf8Printable(reply));
+    wirelessAddress = reply.section(u' ', 1);
+    const QString address = other.command(u"pair "_s + pairingCode).section(u' ', 2);
+    QVERIFY(window.fill(u"Pairing address"_s, address));
+    QVERIFY(window.fill(u"Connection address"_s, wirelessAddress));
+    QVERIFY(window.fill(u"Pairing code"_s, u"000000"_s));
+    QVERIFY(window.press(u"Pair this Mac"_s));
+    QVERIFY(window.takeAlert().contains(u"protocol fault"));
+    QVERIFY(window.shows(u"Go wireless."_s));
+    QCOMPARE(window.look(u"text"_s, u"Pairing address"_s).text(), address);
+    QCOMPARE(window.look(u"text"_s, u"Connection address"_s).text(), wirelessAddress);
+
+    QVERIFY(window.fill(u"Pairing code"_s, pairingCode));
+    QVERIFY(window.press(u"Pair this Mac"_s));
+    QVERIFY(saysStatus(u"Paired. Now enter the connection IP:port from the main Wireless debugging screen."_s));
+    QVERIFY(window.shows(u"Go wireless."_s));
+}
+
 void EndToEndTest::connectsAPhoneOverWiFi()
 {
-    QVERIFY(window.fill(u"Connection address"_s, other.endpoint()));
+    QVERIFY(window.fill(u"Connection address"_s, wirelessAddress));
     QVERIFY(window.press(u"Connect phone"_s));
-    QVERIFY(saysStatus(u"connected to "_s + other.endpoint()));
+    QVERIFY(saysStatus(u"connected to "_s + wirelessAddress));
     QVERIFY(window.press(u"Done"_s));
     QVERIFY(window.hides(u"Go wireless."_s));
-    QVERIFY(window.lists({u"Second Phone"_s, other.serial()}));
-    QVERIFY(window.isSelected(other.serial()));
+    QVERIFY(window.lists({u"Second Phone"_s, wirelessAddress}));
+    QVERIFY(window.isSelected(wirelessAddress));
 }
 
 void EndToEndTest::opensAndStopsTheLivePhone()

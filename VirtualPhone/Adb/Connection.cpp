@@ -13,7 +13,8 @@ namespace varda::phone {
 
 namespace {
 
-constexpr int tokenWords = 5; // 20 bytes, the length of a SHA-1 digest
+constexpr int tokenWords = 5;       // 20 bytes, the length of a SHA-1 digest
+constexpr char tlsHandshake = 0x16; // first byte of a host's TLS; no packet begins with it
 
 QByteArray withoutTerminator(QByteArray text)
 {
@@ -24,9 +25,11 @@ QByteArray withoutTerminator(QByteArray text)
 
 } // namespace
 
-Connection::Connection(QTcpSocket *socket, Greeting greeting, const QByteArray &banner, QObject *parent)
+Connection::Connection(QTcpSocket *socket, std::unique_ptr<SecureChannel> channel, Greeting greeting,
+                       const QByteArray &banner, QObject *parent)
     : QObject(parent)
     , m_socket(socket)
+    , m_channel(std::move(channel))
     , m_greeting(greeting)
     , m_banner(banner)
 {
@@ -69,33 +72,61 @@ void Connection::breakOff()
 
 void Connection::send(const Packet &packet)
 {
-    if (!m_broken)
-        m_socket->write(encode(packet, m_checksums));
+    if (m_broken)
+        return;
+    QByteArray bytes = encode(packet, m_checksums);
+    if (m_encrypted) {
+        m_channel->send(bytes);
+        bytes = m_channel->takeWire();
+    }
+    m_socket->write(bytes);
 }
 
 void Connection::readPackets()
 {
-    m_reader.append(m_socket->readAll());
+    if (m_broken)
+        return;
+    const QByteArray bytes = m_socket->readAll();
+    m_reader.append(m_encrypted ? decrypted(bytes) : bytes);
     if (m_greeting == Greeting::Silence)
         return;
+    // adb says STLS and begins with TLS in two threads: at times the former is never sent.
+    if (m_channel && !m_encrypted && m_reader.rest().startsWith(tlsHandshake))
+        startTls();
     while (!m_broken) {
         const std::optional<Packet> packet = m_reader.next();
         if (!packet)
             break;
         handle(*packet);
     }
-    if (!m_reader.error().isEmpty() && !m_broken) {
-        Q_EMIT violated(m_reader.error());
+    if (!m_reader.error().isEmpty() && !m_broken)
+        violate(m_reader.error());
+}
+
+QByteArray Connection::decrypted(const QByteArray &wire)
+{
+    const bool wasOpen = m_channel->isOpen();
+    const bool alive = m_channel->receive(wire);
+    m_socket->write(m_channel->takeWire());
+    if (!wasOpen && m_channel->isOpen())
+        sendBanner();
+    if (!alive && !m_channel->errorString().isEmpty())
+        Q_EMIT violated(m_channel->errorString());
+    if (!alive)
         breakOff();
-    }
+    return m_channel->takePlain();
 }
 
 void Connection::handle(const Packet &packet)
 {
+    if (m_channel && !m_encrypted)
+        return handleUnencrypted(packet);
     if (packet.command == PacketCommand::Connect)
         return handleConnect(packet);
     if (packet.command == PacketCommand::Authenticate)
         return handleAuthenticate(packet);
+    if (packet.command == PacketCommand::StartTls)
+        return violate(u"TLS was not offered"_s);
     if (!m_online)
         return; // a host that is not let in is not answered
     if (packet.command == PacketCommand::Open)
@@ -118,6 +149,21 @@ void Connection::handle(const Packet &packet)
     }
 }
 
+void Connection::handleUnencrypted(const Packet &packet)
+{
+    if (packet.command == PacketCommand::Connect)
+        return handleConnect(packet);
+    if (packet.command != PacketCommand::StartTls)
+        return violate(u"not encrypted"_s);
+    startTls();
+}
+
+void Connection::startTls()
+{
+    m_encrypted = true;
+    m_reader.append(decrypted(m_reader.takeRest()));
+}
+
 void Connection::handleConnect(const Packet &packet)
 {
     endStreams();
@@ -125,7 +171,9 @@ void Connection::handleConnect(const Packet &packet)
     m_checksums = packet.first < protocolVersion;
     m_reader.setChecksumRequired(m_checksums);
     m_payloadLimit = qBound<qsizetype>(1, packet.second, maximumPayload);
-    if (m_greeting == Greeting::Challenge)
+    if (m_channel && !m_encrypted)
+        send({PacketCommand::StartTls, startTlsVersion, 0, {}});
+    else if (m_greeting == Greeting::Challenge)
         sendToken();
     else
         sendBanner();
@@ -147,10 +195,8 @@ void Connection::handleAuthenticate(const Packet &packet)
 
 void Connection::handleOpen(const Packet &packet)
 {
-    if (packet.first == 0) {
-        Q_EMIT violated(u"stream without a number"_s);
-        return breakOff();
-    }
+    if (packet.first == 0)
+        return violate(u"stream without a number"_s);
     auto *stream = new Stream(*this, ++m_lastStream, withoutTerminator(packet.payload));
     m_streams.insert(stream->id(), stream);
     stream->m_remote = packet.first;
@@ -173,6 +219,12 @@ void Connection::sendToken()
     QByteArray token(tokenWords * 4, Qt::Uninitialized);
     QRandomGenerator::global()->fillRange(reinterpret_cast<quint32 *>(token.data()), tokenWords);
     send({PacketCommand::Authenticate, static_cast<quint32>(AuthenticationKind::Token), 0, token});
+}
+
+void Connection::violate(const QString &what)
+{
+    Q_EMIT violated(what);
+    breakOff();
 }
 
 void Connection::forget(const Stream &stream)

@@ -5,12 +5,14 @@
 #pragma once
 
 #include "Adb/Packet.h"
+#include "Adb/SecureChannel.h"
 
 #include <QHash>
 #include <QObject>
 #include <QTcpSocket>
 
 #include <functional>
+#include <memory>
 
 namespace varda::phone {
 
@@ -28,8 +30,10 @@ class Connection : public QObject
     Q_OBJECT
 
 public:
-    /// Takes over `socket`, which must be connected.
-    Connection(QTcpSocket *socket, Greeting greeting, const QByteArray &banner, QObject *parent);
+    /// Takes over `socket`, which must be connected. A host that is given a `channel` has to encrypt and is let in by
+    /// it: `greeting` then only tells whether it is answered.
+    Connection(QTcpSocket *socket, std::unique_ptr<SecureChannel> channel, Greeting greeting, const QByteArray &banner,
+               QObject *parent);
     ~Connection() override;
 
     /// Lets a host in that has been challenged so far. One that has not shown its key yet comes in when it does.
@@ -40,6 +44,10 @@ public:
 
     /// Cuts the connection as a pulled cable does.
     void breakOff();
+
+    /// Whether the host has been let in.
+    bool isOnline() const { return m_online; }
+    bool hasChannel() const { return m_channel != nullptr; }
 
     /// The largest payload that both sides take, in bytes.
     qsizetype payloadLimit() const { return m_payloadLimit; }
@@ -61,16 +69,23 @@ private:
     friend class Stream;
 
     void readPackets();
+    /// What the host said in these bytes of the encrypted connection.
+    QByteArray decrypted(const QByteArray &wire);
     void handle(const Packet &packet);
+    void handleUnencrypted(const Packet &packet);
+    /// What arrives from here on is the channel's.
+    void startTls();
     void handleConnect(const Packet &packet);
     void handleAuthenticate(const Packet &packet);
     void handleOpen(const Packet &packet);
     void sendBanner();
     void sendToken();
+    void violate(const QString &what);
     void forget(const Stream &stream);
     void endStreams();
 
     QTcpSocket *const m_socket;
+    const std::unique_ptr<SecureChannel> m_channel; // null where nothing is encrypted
     Greeting m_greeting;
     const QByteArray m_banner;
     PacketReader m_reader;
@@ -79,7 +94,8 @@ private:
     qsizetype m_payloadLimit = maximumPayload;
     bool m_checksums = true; // until the host has told its version
     bool m_keyShown = false;
-    bool m_online = false; ///< the host has been sent the banner
+    bool m_online = false;    ///< the host has been sent the banner
+    bool m_encrypted = false; ///< from here on the socket carries the channel
     bool m_broken = false;
 };
 

@@ -13,7 +13,8 @@ namespace varda::phone {
 namespace {
 
 constexpr std::array knownCommands = {PacketCommand::Connect, PacketCommand::Authenticate, PacketCommand::Open,
-                                      PacketCommand::Okay,    PacketCommand::Write,        PacketCommand::Close};
+                                      PacketCommand::Okay,    PacketCommand::Write,        PacketCommand::Close,
+                                      PacketCommand::StartTls};
 
 quint32 word(const QByteArray &header, qsizetype index)
 {

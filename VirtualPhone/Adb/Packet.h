@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <optional>
+#include <utility>
 
 namespace varda::phone {
 
@@ -19,6 +20,7 @@ enum class PacketCommand : quint32 {
     Okay = 0x59414b4f,         // OKAY(sender's stream, receiver's stream)
     Write = 0x45545257,        // WRTE(sender's stream, receiver's stream, data)
     Close = 0x45534c43,        // CLSE(sender's stream, receiver's stream)
+    StartTls = 0x534c5453,     // STLS(version, 0)
 };
 
 /// First argument of an AUTH packet.
@@ -29,6 +31,7 @@ constexpr quint32 protocolVersionWithChecksum = 0x01000000;
 constexpr quint32 protocolVersion = 0x01000001;
 /// The largest payload that this side takes, in bytes: what adb itself announces.
 constexpr quint32 maximumPayload = 1024 * 1024;
+constexpr quint32 startTlsVersion = 0x01000000;
 constexpr qsizetype packetHeaderSize = 24;
 
 struct Packet
@@ -55,6 +58,10 @@ public:
 
     /// The next complete packet, or nothing when more bytes are needed or the stream is broken (see `error`).
     std::optional<Packet> next();
+
+    /// The bytes that have not been cut into packets; to look at, and to take away.
+    const QByteArray &rest() const { return m_buffer; }
+    QByteArray takeRest() { return std::exchange(m_buffer, {}); }
 
     /// What was wrong with the stream; empty while it is well formed.
     QString error() const { return m_error; }

@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QRegularExpression>
 
 #include <array>
 
@@ -63,6 +64,37 @@ QString refuse(Phone &phone, const Words &words)
     if (words.first() != "on"_L1 && words.first() != "off"_L1)
         return failed(u"\"on\" or \"off\""_s);
     return phone.setRefusing(words.first() == "on"_L1) ? ok() : failed(u"the port is taken"_s);
+}
+
+QString wireless(Phone &phone, const Words &words)
+{
+    if (words.first() == "off"_L1) {
+        phone.wireless().turnOff();
+        phone.breakWirelessConnections();
+        return ok();
+    }
+    if (words.first() != "on"_L1)
+        return failed(u"\"on\" or \"off\""_s);
+    const QString problem = phone.wireless().turnOn();
+    return problem.isEmpty() ? ok(phone.device().wireless().connection) : failed(problem);
+}
+
+QString showPairingCode(Phone &phone, const Words &words)
+{
+    static const QRegularExpression sixDigits(u"^[0-9]{6}$"_s);
+    if (!words.isEmpty() && !sixDigits.match(words.first()).hasMatch())
+        return failed(u"six digits expected"_s);
+    if (!phone.wireless().showCode(words.value(0)))
+        return failed(u"wireless debugging is off"_s);
+    const WirelessScreen &screen = phone.device().wireless();
+    return ok(screen.code + u' ' + screen.pairing);
+}
+
+QString forgetComputers(Phone &phone, const Words &)
+{
+    phone.wireless().forgetComputers();
+    phone.breakWirelessConnections();
+    return ok();
 }
 
 QString latency(Phone &phone, const Words &words)
@@ -149,12 +181,16 @@ QString status(Phone &phone, const Words &)
             processes.insert(app.package, app.pid);
     }
     const Touch touch = phone.device().touch();
+    const WirelessScreen &wireless = phone.device().wireless();
     const QJsonObject report = {{u"state"_s, stateName(phone.state())},
                                 {u"port"_s, phone.port()},
                                 {u"serial"_s, phone.serial()},
                                 {u"connections"_s, phone.connections()},
                                 {u"foreground"_s, phone.device().foreground()},
                                 {u"processes"_s, processes},
+                                {u"pairing"_s, wireless.pairing},
+                                {u"connection"_s, wireless.connection},
+                                {u"computers"_s, QJsonArray::fromStringList(phone.wireless().computers())},
                                 {u"typed"_s, phone.device().typed()},
                                 {u"touch"_s, QJsonArray{touch.position.x(), touch.position.y()}}};
     return ok(QString::fromUtf8(QJsonDocument(report).toJson(QJsonDocument::Compact)));
@@ -180,6 +216,9 @@ constexpr std::array controls = {
     Control{"authorize", 0, 0, authorize, ": let the waiting hosts in, and every later one"},
     Control{"drop", 0, 0, drop, ": break all connections now; replies how many there were"},
     Control{"refuse", 1, 1, refuse, "on|off: refuse new connections"},
+    Control{"wireless", 1, 1, wireless, "on|off: wireless debugging; \"on\" replies the address to connect to"},
+    Control{"pair", 0, 1, showPairingCode, "[CODE]: show a pairing code; replies it and the address to pair with"},
+    Control{"forget", 0, 0, forgetComputers, ": no computer is paired any more"},
     Control{"latency", 1, 1, latency, "MS: delay every service"},
     Control{"on", 2, 3, addFault,
             "PATTERN ACTION: misbehave in services whose name contains PATTERN. Actions: hang, refuse, garble, "

@@ -28,6 +28,14 @@ struct Touch
     bool any = false; ///< false until the screen has been touched
 };
 
+/// What the screen of wireless debugging says. Empty is what is not to be seen.
+struct WirelessScreen
+{
+    QString connection; ///< address
+    QString pairing;    ///< address
+    QString code;
+};
+
 class Device : public QObject
 {
     Q_OBJECT
@@ -58,6 +66,8 @@ public:
     /// What was typed last; shown on the screen.
     QString typed() const { return m_typed; }
     void setTyped(const QString &text) { m_typed = text; }
+    const WirelessScreen &wireless() const { return m_wireless; }
+    void setWireless(const WirelessScreen &screen) { m_wireless = screen; }
     /// Leaves the app in front without ending it, as the Back and Home keys do.
     void goHome() { m_foreground.clear(); }
 
@@ -74,6 +84,7 @@ private:
     QString m_foreground;
     Touch m_touch;
     QString m_typed;
+    WirelessScreen m_wireless;
     qint64 m_lastPid;
     SystemLog m_log;
     FileStore m_files;

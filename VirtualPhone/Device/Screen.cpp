@@ -54,6 +54,7 @@ public:
         paintTitle(home);
         paintClock(home ? bright : dark);
         paintSquare();
+        paintWireless();
         paintTyped();
         paintTouch();
     }
@@ -82,6 +83,21 @@ private:
         const qsizetype fitting = m_width / pixelTextWidth(u"X"_s, scaled(4)) - 2;
         const QString title = home ? m_device.model() : m_device.foreground().right(fitting);
         text(scaled(32), scaled(100), title, 4, bright);
+    }
+
+    void paintWireless()
+    {
+        const WirelessScreen &wireless = m_device.wireless();
+        if (wireless.connection.isEmpty())
+            return;
+        const bool pairing = !wireless.code.isEmpty();
+        m_painter.fillRect(scaled(24), scaled(192), m_width - scaled(48), scaled(pairing ? 240 : 100), bright);
+        text(scaled(40), scaled(206), u"WIRELESS DEBUGGING"_s, 3, accent);
+        text(scaled(40), scaled(244), u"ADDRESS "_s + wireless.connection, 4, dark);
+        if (!pairing)
+            return;
+        text(scaled(40), scaled(294), u"PAIRING "_s + wireless.pairing, 4, dark);
+        text(scaled(40), scaled(348), wireless.code, 8, dark);
     }
 
     void paintClock(const QColor &colour)

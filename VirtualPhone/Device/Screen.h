@@ -8,7 +8,8 @@ namespace varda::phone {
 class Device;
 
 /// The screen of `device` as picture number `frame` of a movie: a clock hand and a bouncing square move with the
-/// number, the app in front, the latest touch and the latest text typed come from the device. Format RGB32.
+/// number; the app in front, wireless debugging, the latest touch and the latest text typed come from the device.
+/// Format RGB32.
 QImage paintScreen(const Device &device, qint64 frame);
 
 } // namespace varda::phone

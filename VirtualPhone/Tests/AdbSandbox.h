@@ -39,11 +39,14 @@ public:
     quint16 serverPort() const { return m_port; }
     QProcessEnvironment environment() const { return m_environment; }
 
-    Result run(const QStringList &arguments, int guard = 20'000) const
+    /// Runs adb, with `input` as its standard input.
+    Result run(const QStringList &arguments, int guard = 20'000, const QByteArray &input = {}) const
     {
         QProcess process;
         process.setProcessEnvironment(m_environment);
-        process.start(m_adb, arguments, QIODevice::ReadOnly);
+        process.start(m_adb, arguments);
+        process.write(input);
+        process.closeWriteChannel();
         if (!process.waitForFinished(guard)) {
             process.kill();
             process.waitForFinished();

@@ -111,15 +111,17 @@ constexpr auto hints = std::to_array<Hint>({
      u"The code was wrong, or it is no longer shown. The phone shows a new code and a new address each time.",
      adbMessages},
     {u"protocol fault (couldn't read status",
-     u"What answered there does not pair. Use the address beside the pairing code: pairing and connection have "
-     "different ports.",
+     u"The code was wrong or old, or this is not the pairing address. Use the code and the address that the phone "
+     u"shows "
+     "together; both are new each time.",
      measured},
     {u"failed to authenticate to", u"The phone does not know this computer, or has forgotten it. Pair it again.",
      measured},
     {u"failed to resolve host", u"No such host is known on this network. Check the address.", adbMessages},
     {u"failed to connect to|Unable to start pairing client",
-     u"Nothing answers at this address. Check that both are in the same network and that Wireless debugging is still "
-     "open on the phone: its port changes.",
+     u"Nothing answers at this address, or the phone does not know this computer: pair it first. Check that both are "
+     u"in "
+     "the same network and that Wireless debugging is still open on the phone, because its port changes.",
      measured},
     {u"error: closed|adb: closed|device disconnected",
      u"The connection to the phone broke off. Try again; if it happens often, try another cable or port.", adbMessages},

@@ -51,10 +51,13 @@ libraries_of() {
     done
 }
 
-# Copies the licence of the Debian package that the file $1 is from into the folder $2.
+# Copies the licence of the Debian package that the file $1 is from into the folder $2. Packages from before /lib became a
+# link to /usr/lib have the file there.
 copy_licence() {
-    local package
-    package=$(dpkg-query -S "$(realpath "$1")" | sed -n '1s/:.*//p')
+    local file package
+    file=$(realpath "$1")
+    package=$( (dpkg-query -S "$file" || dpkg-query -S "${file#/usr}") 2> /dev/null | sed -n '1s/:.*//p')
+    [[ -n $package ]] || fail "no package owns $file, so its licence cannot be told"
     install -D -m 644 "/usr/share/doc/$package/copyright" "$2/$package"
 }
 

@@ -72,14 +72,14 @@ copy_libraries() {
     done < <(libraries_of "${@:3}")
 }
 
-# Makes the tree $1 of `lib` and `plugins` for the program $2; the licences go into the folder $3.
+# Makes the tree $1 of `lib` and `plugins` for the programs $3 …; the licences go into the folder $2.
 make_runtime_tree() {
     local qt plugin
     qt=$(qtpaths6 --query QT_INSTALL_PLUGINS 2> /dev/null || qmake6 -query QT_INSTALL_PLUGINS)
     for plugin in "${qt_plugins[@]}"; do
         install -D -m 644 "$qt/$plugin" "$1/plugins/$plugin"
         patchelf --set-rpath '$ORIGIN/../../lib' "$1/plugins/$plugin"
-        copy_licence "$qt/$plugin" "$3"
+        copy_licence "$qt/$plugin" "$2"
     done
-    copy_libraries "$1/lib" "$3" "$2" "${qt_plugins[@]/#/$qt/}"
+    copy_libraries "$1/lib" "$2" "${@:3}" "${qt_plugins[@]/#/$qt/}"
 }

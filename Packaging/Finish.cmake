@@ -7,7 +7,10 @@ function(strip_program path)
 endfunction()
 
 if(CPACK_GENERATOR STREQUAL "TGZ")
-    strip_program("${CPACK_TEMPORARY_INSTALL_DIRECTORY}/bin/varda")
+    set(program "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/bin/varda")
+    strip_program("${program}")
+    execute_process(COMMAND patchelf --set-rpath "$ORIGIN/../lib/varda/runtime/lib" "${program}"
+        COMMAND_ERROR_IS_FATAL ANY)
     configure_file("${here}/Archive/README" "${CPACK_TEMPORARY_INSTALL_DIRECTORY}/README" COPYONLY)
     return()
 endif()

@@ -5,6 +5,10 @@
 # shellcheck disable=SC2034
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
+# What is fetched is kept here. A system service may have no HOME; the shell knows the user's home folder then.
+# shellcheck disable=SC2034
+cache=${XDG_CACHE_HOME:-${HOME:-$(unset HOME && echo ~)}/.cache}/varda
+
 # Says on one line what a script does or used.
 say() {
     printf '%s: %s\n' "${0##*/}" "$*"

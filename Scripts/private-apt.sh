@@ -1,39 +1,54 @@
-# Fetches Debian packages without installing them: sourced by stage-tools.
+# Fetches packages of Debian or of a system made from it without installing them: sourced by stage-tools.
 #
 # Packages of other suites than the machine's own are resolved in an apt root of our own and unpacked into a folder, so
 # that neither /etc/apt nor the installed packages change. The machine's apt options (proxy, date checks, …) stay in
-# force, and apt checks the archive's signatures and every package's digest as always.
+# force but for those that let apt take what is not signed: only what the archive's own keyring vouches for is taken.
 # shellcheck shell=bash
 
-# Reads what `apt-get update --print-uris` prints and prints the base address of the first archive that has the suite
-# $1 or, where the sources name suites by their role, one of Debian's moving suites. A sample line:
+# Sets `codename`, `origin` and `keyring` by the os-release file $1: the release whose packages run here, how their archive
+# calls itself, and the keys that it is signed with.
+describe_system() {
+    local kind debian ubuntu release
+    # shellcheck source=/dev/null
+    { read -r kind && read -r debian && read -r ubuntu && read -r release; } < <(. "$1" && printf '%s\n' \
+        "${ID:-} ${ID_LIKE:-}" "${DEBIAN_CODENAME:-}" "${UBUNTU_CODENAME:-}" "${VERSION_CODENAME:-}")
+    if [[ " $kind " == *" ubuntu "* && -z $debian ]]; then
+        origin=Ubuntu
+        codename=${ubuntu:-$release}
+        keyring=/usr/share/keyrings/ubuntu-archive-keyring.gpg
+    else
+        origin=Debian
+        codename=${debian:-$release}
+        keyring=/usr/share/keyrings/debian-archive-keyring.gpg
+    fi
+}
+
+# Reads what `apt-get update --print-uris` prints and prints the base addresses of the archives that have the suite $1 or,
+# where the sources name suites by their role, one of Debian's moving suites. A sample line:
 #   'http://mirror.example/debian/dists/bookworm/InRelease' mirror.example_debian_dists_bookworm_InRelease 0
-mirror_in_uris() {
-    local uris suite address
+mirrors_in_uris() {
+    local uris suite
     uris=$(cat)
     for suite in "$1" stable oldstable oldoldstable testing unstable sid; do
-        address=$(sed -n "s|^'\(.*[^/]\)/*/dists/$suite/InRelease'.*|\1|p" <<< "$uris" | sed -n 1p)
-        if [[ -n $address ]]; then
-            printf '%s\n' "$address"
-            return
-        fi
+        sed -n "s|^'\(.*[^/]\)/*/dists/$suite/InRelease'.*|\1|p" <<< "$uris"
     done
-    return 1
 }
 
-# Prints the base address of the machine's own Debian mirror. apt itself reads its sources, in either of their formats.
-machine_mirror() {
-    LC_ALL=C apt-get update --print-uris 2> /dev/null | mirror_in_uris "$1"
+# Reads "ORIGIN|LABEL|ADDRESS" lines and prints the addresses of the archive that calls itself $1.
+mirrors_of_origin() {
+    sed -n "s,^$1|$1|\(.*[^/]\)/*$,\1,p"
 }
 
-# Prints a sources line for suite $2 of the mirror $1 with the components $3.
-source_line() {
-    local keyring=/usr/share/keyrings/debian-archive-keyring.gpg
-    if [[ -r $keyring ]]; then
-        printf 'deb [signed-by=%s] %s %s %s\n' "$keyring" "$1" "$2" "$3"
-    else
-        printf 'deb %s %s %s\n' "$1" "$2" "$3"
-    fi
+# Prints the base addresses that may be the machine's mirrors of the archive $1 with the suite $2, the likeliest first.
+# apt itself reads its sources, in either of their formats. It knows whose an archive is from the lists that it fetched;
+# where it has none yet, any source of that suite may be the one, and only the archive's signature tells.
+machine_mirrors() {
+    # shellcheck disable=SC2016
+    {
+        LC_ALL=C apt-get indextargets --format '$(ORIGIN)|$(LABEL)|$(REPO_URI)' 'Created-By: Packages' |
+            mirrors_of_origin "$1"
+        LC_ALL=C apt-get update --print-uris | mirrors_in_uris "$2"
+    } 2> /dev/null | awk '!seen[$0]++'
 }
 
 # apt-get in the private root $1, with its output kept in the log there.
@@ -64,6 +79,10 @@ APT::Install-Recommends "false";
 APT::Sandbox::User "root";
 APT::Keep-Downloaded-Packages "true";
 Acquire::Languages "none";
+APT::Get::AllowUnauthenticated "false";
+Acquire::AllowInsecureRepositories "false";
+Acquire::AllowWeakRepositories "false";
+Acquire::AllowDowngradeToInsecureRepositories "false";
 Acquire::http::Timeout "20";
 Acquire::https::Timeout "20";
 #clear APT::Update::Pre-Invoke;
@@ -75,17 +94,15 @@ Acquire::https::Timeout "20";
 CONF
 }
 
+# Prints the version of the package $2 that the private root $1 would fetch.
+candidate_version() {
+    LC_ALL=C apt-cache -c "$1/apt.conf" policy "$2" 2> /dev/null | sed -n 's/^  Candidate: \([0-9].*\)$/\1/p' | grep .
+}
+
 # Fetches the package $2 and all that it depends on, down to the C library, with the private root $1. An interrupted
 # download goes on where it stopped. The files are in $1/cache/archives afterwards.
 fetch_with_dependencies() {
     private_apt_get "$1" install --download-only "$2"
-}
-
-# Prints the version of the package $2 among the files that the private root $1 fetched, without its epoch.
-fetched_version() {
-    local version
-    version=$(dpkg-deb -f "$1"/cache/archives/"$2"_*.deb Version) || return 1
-    printf '%s\n' "${version#*:}"
 }
 
 # Unpacks what the private root $1 fetched into the folder $2, but for the packages that the pattern $3 names.

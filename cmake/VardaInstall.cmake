@@ -9,11 +9,18 @@ set(VARDA_TOOLS "${PROJECT_BINARY_DIR}/lib/varda/Tools" CACHE PATH
 
 add_subdirectory("${PROJECT_SOURCE_DIR}/Packaging")
 
+set(VARDA_RUNTIME "" CACHE PATH
+    "Libraries and Qt plugins to install for systems without them, such as Scripts/package makes; empty for none")
+
 install(TARGETS varda RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(DIRECTORY "${VARDA_TOOLS}/" DESTINATION lib/varda/Tools USE_SOURCE_PERMISSIONS
     PATTERN licences EXCLUDE)
-install(DIRECTORY "${VARDA_TOOLS}/platform-tools/licences"
+install(DIRECTORY "${VARDA_TOOLS}/platform-tools/licences" "${VARDA_TOOLS}/scrcpy/licences"
     DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/varda" OPTIONAL)
+if(VARDA_RUNTIME)
+    install(DIRECTORY "${VARDA_RUNTIME}/" DESTINATION lib/varda/runtime)
+    install(FILES "${PROJECT_SOURCE_DIR}/Packaging/Archive/qt.conf" DESTINATION "${CMAKE_INSTALL_BINDIR}")
+endif()
 
 set(packaging "${PROJECT_SOURCE_DIR}/Packaging")
 set(packaging_build "${PROJECT_BINARY_DIR}/Packaging")

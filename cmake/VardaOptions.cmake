@@ -26,7 +26,16 @@ option(VARDA_HARDENING "Build position independent, with full RELRO, FORTIFY and
 if(VARDA_HARDENING)
     include(CheckPIESupported)
     check_pie_supported(LANGUAGES CXX)
-    target_compile_options(VardaOptions INTERFACE
-        -fstack-protector-strong -fstack-clash-protection -fcf-protection -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+    target_compile_options(VardaOptions INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+    # Not every processor and compiler has all of these. The last one keeps the folder of the checkout out of the program.
+    include(CheckCXXCompilerFlag)
+    foreach(option -fstack-protector-strong -fstack-clash-protection -fcf-protection -mbranch-protection=standard
+            "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
+        string(MAKE_C_IDENTIFIER "VARDA_HAS${option}" known)
+        check_cxx_compiler_flag("${option}" ${known})
+        if(${known})
+            target_compile_options(VardaOptions INTERFACE "${option}")
+        endif()
+    endforeach()
     target_link_options(VardaOptions INTERFACE -pie -Wl,-z,relro,-z,now,-z,noexecstack)
 endif()

@@ -3,6 +3,13 @@
 # target that builds the programs of that label: `core-tests` and so on.
 find_package(Qt6 6.4 REQUIRED COMPONENTS Test Network)
 
+# The QTRY_ macros of these versions of Qt put milliseconds into an int. Linked after the project's options to come later
+# on the command line.
+add_library(VardaTestMacros INTERFACE)
+if(Qt6_VERSION VERSION_GREATER_EQUAL 6.7 AND Qt6_VERSION VERSION_LESS 6.9)
+    target_compile_options(VardaTestMacros INTERFACE -Wno-conversion)
+endif()
+
 # varda_add_test(<name> SOURCES ... [LIBRARIES ...] [ENVIRONMENT ...] [LABELS ...] [TIMEOUT seconds] [LAUNCHER command ...])
 function(varda_add_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;LIBRARIES;ENVIRONMENT;LABELS;LAUNCHER")
@@ -13,10 +20,11 @@ function(varda_add_test name)
     add_executable(${name} ${arg_SOURCES})
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${home}/bin")
     file(MAKE_DIRECTORY "${home}/lib/varda/Tools")
-    target_link_libraries(${name} PRIVATE Varda::Options Qt6::Test ${arg_LIBRARIES})
+    target_link_libraries(${name} PRIVATE Varda::Options VardaTestMacros Qt6::Test ${arg_LIBRARIES})
     add_test(NAME ${name} COMMAND ${arg_LAUNCHER} $<TARGET_FILE:${name}>)
+    # In the C locale, a fresh system's, newer versions of Qt complain on standard error.
     set_tests_properties(${name} PROPERTIES
-        TIMEOUT ${arg_TIMEOUT} ENVIRONMENT "${arg_ENVIRONMENT}" LABELS "${arg_LABELS}")
+        TIMEOUT ${arg_TIMEOUT} ENVIRONMENT "LC_ALL=C.UTF-8;${arg_ENVIRONMENT}" LABELS "${arg_LABELS}")
     foreach(label IN LISTS arg_LABELS)
         if(NOT TARGET ${label}-tests)
             add_custom_target(${label}-tests)

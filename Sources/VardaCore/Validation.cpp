@@ -45,7 +45,7 @@ const QRegularExpression &pairingCodePattern()
 
 /// Whether the first match of `pattern` spans all of `text`. The anchors alone are not enough: "$" also matches before
 /// a final newline.
-bool matchesWhole(const QRegularExpression &pattern, QStringView text)
+bool matchesWhole(const QRegularExpression &pattern, const QString &text)
 {
     const QRegularExpressionMatch match = pattern.match(text);
     return match.hasMatch() && match.capturedStart() == 0 && match.capturedEnd() == text.size();
@@ -74,7 +74,7 @@ std::optional<QString> Validation::component(const QString &output, const QStrin
 {
     const QString prefix = package + u'/';
     for (const QStringView line : lines(output)) {
-        if (line.startsWith(prefix) && matchesWhole(componentPattern(), line))
+        if (line.startsWith(prefix) && matchesWhole(componentPattern(), line.toString()))
             return line.toString();
     }
     return std::nullopt;

@@ -120,7 +120,7 @@ private Q_SLOTS:
         QFile obstacle(m_home->filePath(u"file"_s));
         QVERIFY(obstacle.open(QIODevice::WriteOnly));
         obstacle.close();
-        qputenv("TMPDIR", QFile::encodeName(obstacle.fileName()) + "/below");
+        qputenv("TMPDIR", QByteArray(QFile::encodeName(obstacle.fileName()) + "/below"));
         QCOMPARE(failureOf([] { const CaptureDirectory directory; }),
                  obstacle.fileName() + u"/below: Not a directory"_s);
         qputenv("TMPDIR", QFile::encodeName(obstacle.fileName()));

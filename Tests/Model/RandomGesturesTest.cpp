@@ -292,7 +292,7 @@ RandomGesturesTest::Writes RandomGesturesTest::listApps()
 RandomGesturesTest::Writes RandomGesturesTest::screenshot()
 {
     const bool cancels = oneIn(3);
-    dialogs->locations = cancels ? QList<std::optional<QString>>() : QList{std::optional(scratch(u"shot.png"_s))};
+    dialogs->locations = {cancels ? std::nullopt : std::optional(scratch(u"shot.png"_s))};
     Writes expected;
     if (const auto phone = target(); phone && !cancels) {
         Action action{u"Capturing phone screenshot…"_s, {}, {}, {}};
@@ -357,7 +357,7 @@ RandomGesturesTest::Writes RandomGesturesTest::mirrorPhone()
 {
     const bool records = oneIn(2);
     const bool cancels = oneIn(3);
-    dialogs->locations = cancels ? QList<std::optional<QString>>() : QList{std::optional(scratch(u"a.mp4"_s))};
+    dialogs->locations = {cancels ? std::nullopt : std::optional(scratch(u"a.mp4"_s))};
     Writes expected;
     if (m_mirrored) {
         m_mirrorAsked = true;

@@ -5,6 +5,7 @@
 
 #include <QList>
 
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -21,9 +22,10 @@ struct DialogScript
         QString proposedName;
     };
 
-    /// The answers to come, first in first out; a question without an answer is cancelled.
-    QList<std::optional<QUrl>> builds;
-    QList<std::optional<QString>> locations;
+    /// The answers to come, first in first out; a question without an answer is cancelled. The QList of Qt 6.8 cannot
+    /// be assigned other optional values where it had some.
+    std::deque<std::optional<QUrl>> builds;
+    std::deque<std::optional<QString>> locations;
     /// Runs while a dialog is open: what a nested event loop would let happen.
     std::function<void()> whileOpen;
 
@@ -53,11 +55,15 @@ public:
 
 private:
     template <typename Answer>
-    Answer answer(QList<Answer> &answers)
+    Answer answer(std::deque<Answer> &answers)
     {
         if (m_script->whileOpen)
             m_script->whileOpen();
-        return answers.isEmpty() ? Answer() : answers.takeFirst();
+        if (answers.empty())
+            return {};
+        Answer first = std::move(answers.front());
+        answers.pop_front();
+        return first;
     }
 
     const std::shared_ptr<DialogScript> m_script;

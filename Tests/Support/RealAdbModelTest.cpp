@@ -110,7 +110,8 @@ QString RealAdbModelTest::makeBuild(const QString &name, qsizetype size)
     for (char &byte : bytes)
         byte = static_cast<char>(random.generate());
     QFile file(path(name));
-    file.open(QIODevice::WriteOnly);
+    if (!file.open(QIODevice::WriteOnly))
+        qFatal("%s", qUtf8Printable(file.errorString()));
     file.write(bytes);
     return file.fileName();
 }

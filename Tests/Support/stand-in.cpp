@@ -129,7 +129,7 @@ void unlinkStream(int descriptor)
         fail("unlink");
 }
 
-std::string quoted(std::string_view text)
+std::string inQuotes(std::string_view text)
 {
     std::string result = "\"";
     for (const char c : text) {
@@ -152,7 +152,7 @@ std::string list(const std::vector<std::string> &texts)
 {
     std::string result;
     for (const std::string &text : texts)
-        result += (result.empty() ? "" : ",") + quoted(text);
+        result += (result.empty() ? "" : ",") + inQuotes(text);
     return '[' + result + ']';
 }
 
@@ -167,7 +167,7 @@ std::string descriptors()
         const std::string name = entry->d_name;
         if (name[0] == '.' || name == std::to_string(::dirfd(directory)))
             continue;
-        result += (result.empty() ? "" : ",") + quoted(name) + ':' + quoted(linkTarget("/proc/self/fd/" + name));
+        result += (result.empty() ? "" : ",") + inQuotes(name) + ':' + inQuotes(linkTarget("/proc/self/fd/" + name));
     }
     ::closedir(directory);
     return '{' + result + '}';
@@ -206,7 +206,7 @@ void report(const Arguments &arguments)
              "{\"arguments\":" + list(arguments) + ",\"environment\":" + list(variables) +
                  ",\"descriptors\":" + descriptors() + ",\"blockedSignals\":" + list(signalsWhere(&blocked)) +
                  ",\"ignoredSignals\":" + list(signalsWhere(&ignored)) +
-                 ",\"directory\":" + quoted(linkTarget("/proc/self/cwd")) +
+                 ",\"directory\":" + inQuotes(linkTarget("/proc/self/cwd")) +
                  ",\"process\":" + std::to_string(::getpid()) + ",\"session\":" + std::to_string(::getsid(0)) + "}\n");
 }
 

@@ -49,7 +49,8 @@ private:
         QByteArray content(size, Qt::Uninitialized);
         QRandomGenerator::global()->fillRange(reinterpret_cast<quint32 *>(content.data()), size / 4);
         QFile file(m_adb->folder() + u"/Größe 4 'x'.apk"_s);
-        file.open(QIODevice::WriteOnly);
+        if (!file.open(QIODevice::WriteOnly))
+            qFatal("%s", qUtf8Printable(file.errorString()));
         file.write(content);
         m_digest = sha256(content);
         return file.fileName();

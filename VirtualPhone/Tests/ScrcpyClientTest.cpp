@@ -2,6 +2,7 @@
 #include "AdbSandbox.h"
 #include "VirtualPhone.h"
 
+#include <QElapsedTimer>
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>

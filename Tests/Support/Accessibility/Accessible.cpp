@@ -97,7 +97,12 @@ QString Accessible::description() const
 
 QString Accessible::role() const
 {
-    return object ? takeText(atspi_accessible_get_role_name(object.get(), IgnoredError{})) : QString{};
+    if (!object)
+        return {};
+    // The number is the same in every version of AT-SPI; its name has been "button" since 2.56.
+    if (atspi_accessible_get_role(object.get(), IgnoredError{}) == ATSPI_ROLE_PUSH_BUTTON)
+        return u"push button"_s;
+    return takeText(atspi_accessible_get_role_name(object.get(), IgnoredError{}));
 }
 
 QStringList Accessible::states() const

@@ -327,9 +327,8 @@ void FindTest::marksWhatIsInSight()
     const auto marked = [this](int line, int column) {
         QTextCursor place(text->document()->findBlockByNumber(line));
         place.setPosition(place.position() + column);
-        const QRect area = text->cursorRect(place);
-        return text->viewport()->grab().toImage().pixelColor(area.left() + 3, area.top() + 1) !=
-               theme::consoleBackground;
+        const QPoint corner = text->viewport()->mapTo(text, text->cursorRect(place).topLeft());
+        return text->grab().toImage().pixelColor(corner + QPoint(3, 1)) != theme::consoleBackground;
     };
     const QString pale = u". . . "_s; // next to nothing is drawn by the text itself
     show(pale + pale + u"\n"_s + pale + u"-"_s + pale + u"-\n"_s + pale.repeated(200) + u"-"_s + pale);

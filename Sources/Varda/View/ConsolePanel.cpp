@@ -88,8 +88,7 @@ void ConsolePanel::connectFind(const WindowActions &actions)
         mark();
         m_text->goToNearestMatch();
     });
-    QObject::connect(m_text, &ConsoleText::matchesChanged, this,
-                     [this] { m_find->showCount(m_text->selectedMatch(), m_text->matchCount()); });
+    QObject::connect(m_text, &ConsoleText::matchesChanged, this, &ConsolePanel::showCount);
 }
 
 void ConsolePanel::openFind()
@@ -119,6 +118,12 @@ void ConsolePanel::goToMatch(bool next)
 void ConsolePanel::mark()
 {
     m_text->mark(m_model.logs().isEmpty() ? QString() : m_find->words());
+    showCount();
+}
+
+void ConsolePanel::showCount()
+{
+    m_find->showCount(m_text->selectedMatch(), m_text->matchCount());
 }
 
 void ConsolePanel::keyPressEvent(QKeyEvent *event)

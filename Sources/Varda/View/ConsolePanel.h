@@ -37,6 +37,7 @@ private:
     void closeFind();
     void goToMatch(bool next);
     void mark();
+    void showCount();
 
     VardaModel &m_model;
     Button *m_toggle;

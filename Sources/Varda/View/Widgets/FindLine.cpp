@@ -101,8 +101,11 @@ QString FindLine::words() const
 void FindLine::showCount(qsizetype selected, qsizetype count)
 {
     const bool searching = !words().isEmpty();
-    m_count->setText(searching ? countText(selected, count) : QString());
-    setTextColour(*m_count, searching && count == 0 ? theme::attention : theme::secondaryText);
+    const QString text = searching ? countText(selected, count) : QString();
+    if (text != m_count->text()) {
+        m_count->setText(text);
+        setTextColour(*m_count, count == 0 ? theme::attention : theme::secondaryText);
+    }
     previous->setEnabled(count > 0);
     next->setEnabled(count > 0);
 }

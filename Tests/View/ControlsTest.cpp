@@ -241,7 +241,8 @@ void ControlsTest::listsTheKeysInTheMenu()
     QStringList keys;
     for (const QAction *action : fixture.view->applicationMenu()->actions())
         keys << action->shortcut().toString();
-    QCOMPARE(keys, QStringList({u"Ctrl+O"_s, u"F5"_s, u"Ctrl+Shift+W"_s, u"Ctrl+S"_s}));
+    QCOMPARE(keys,
+             QStringList({u"Ctrl+O"_s, u"F5"_s, u"Ctrl+Shift+W"_s, u"Ctrl+S"_s, u"Ctrl+F"_s, u"F3"_s, u"Shift+F3"_s}));
 }
 
 void ControlsTest::launchesNothingOnReturn()

@@ -77,6 +77,7 @@ MainColumn::MainColumn(VardaModel &model, const WindowActions &actions, QWidget 
     column->setAutoFillBackground(false);
 
     QObject::connect(m_console, &ConsolePanel::started, this, &MainColumn::showConsole);
+    QObject::connect(m_console, &ConsolePanel::searched, this, &MainColumn::showConsole);
     QObject::connect(m_application, &ApplicationPanel::listAsked, this,
                      [this] { m_listAskedAt = verticalScrollBar()->value(); });
 

@@ -40,6 +40,10 @@ WindowActions::WindowActions(VardaModel &model, QWidget &window)
                           {QKeySequence(u"Ctrl+Shift+W"_s)}))
     , exportLogs(makeAction(window, u"exportAction"_s, Icon::Terminal, u"Export console"_s,
                             {QKeySequence(u"Ctrl+S"_s), QKeySequence(u"Ctrl+E"_s)}))
+    , find(makeAction(window, u"findAction"_s, Icon::Find, u"Find in console"_s, {QKeySequence(u"Ctrl+F"_s)}))
+    , findNext(makeAction(window, u"findNextAction"_s, Icon::Down, u"Next match"_s, {QKeySequence(u"F3"_s)}))
+    , findPrevious(
+          makeAction(window, u"findPreviousAction"_s, Icon::Up, u"Previous match"_s, {QKeySequence(u"Shift+F3"_s)}))
     , m_model(model)
 {
     QObject::connect(chooseBuild, &QAction::triggered, this, [this] { m_model.chooseAPK(); });
@@ -57,7 +61,7 @@ void WindowActions::render()
 
 void WindowActions::addTo(QMenu &menu) const
 {
-    menu.addActions({chooseBuild, refresh, wireless, exportLogs});
+    menu.addActions({chooseBuild, refresh, wireless, exportLogs, find, findNext, findPrevious});
 }
 
 void refreshDevices(VardaModel &model)

@@ -28,6 +28,10 @@ public:
     QAction *const refresh;
     QAction *const wireless;
     QAction *const exportLogs;
+    /// These three are the console's, which does them.
+    QAction *const find;
+    QAction *const findNext;
+    QAction *const findPrevious;
 
 private:
     VardaModel &m_model;

@@ -30,11 +30,14 @@ enum class Icon {
     Back,
     Forward,
     Up,
+    Down,
     Folder,
     NewFolder,
     List,
     Details,
     Document,
+    Close,
+    Find, ///< a lens
 };
 
 /// Draws `icon` into the square `target` in `colour`, crisp at the painter's own scale.

@@ -11,9 +11,9 @@
 #include <array>
 #include <optional>
 
-using namespace Qt::StringLiterals;
-
 namespace varda {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -21,9 +21,9 @@
 
 namespace varda {
 
-namespace {
-
 using namespace std::chrono_literals;
+
+namespace {
 
 constexpr auto pollInterval = 50ms;
 

@@ -33,8 +33,7 @@ public:
 
     ChildProcess(ChildProcess &&) noexcept = default;
     ChildProcess &operator=(ChildProcess &&other) noexcept;
-    ChildProcess(const ChildProcess &) = delete;
-    ChildProcess &operator=(const ChildProcess &) = delete;
+    Q_DISABLE_COPY(ChildProcess)
     ~ChildProcess();
 
     /// The process identifier; once the child has been seen to exit it may belong to another process.

@@ -21,13 +21,13 @@
 #include <thread>
 #include <unordered_set>
 
-using namespace Qt::StringLiterals;
-
 namespace varda {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
-using namespace std::chrono_literals;
 using Clock = ChildProcess::Clock;
 
 /// Largest standard output in bytes, 32 MiB. Standard error has no limit: it is what explains a failure. Output is

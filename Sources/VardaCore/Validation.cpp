@@ -6,9 +6,9 @@
 #include <QRegularExpression>
 #include <QUrl>
 
-using namespace Qt::StringLiterals;
-
 namespace varda {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -6,9 +6,10 @@
 #include <QDir>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 struct Grammar
 {

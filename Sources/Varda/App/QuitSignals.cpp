@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 namespace varda {
+
 namespace {
 
 constexpr std::array caught{SIGTERM, SIGINT, SIGHUP};

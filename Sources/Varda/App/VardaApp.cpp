@@ -18,9 +18,10 @@
 #include <cstdlib>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 /// Room for what the window manager draws around the window, which is known only once the window is on the screen. The
 /// tallest common title bar has 37 pixels.

@@ -21,8 +21,8 @@ class VardaApp final
 {
 public:
     VardaApp(int &argc, char **argv);
-    ~VardaApp();
     Q_DISABLE_COPY_MOVE(VardaApp)
+    ~VardaApp();
 
     /// Shows the window, starts the model, takes the build `file` if there is one, and runs until the program is to
     /// end. Returns its exit status.

@@ -1,6 +1,8 @@
 // Published: a property of the model whose every write is announced.
 #pragma once
 
+#include <QtGlobal>
+
 #include <functional>
 #include <utility>
 
@@ -29,10 +31,7 @@ public:
         , m_value(std::move(initial))
     {
     }
-    Published(const Published &) = delete;
-    Published(Published &&) = delete;
-    Published &operator=(const Published &) = delete;
-    Published &operator=(Published &&) = delete;
+    Q_DISABLE_COPY_MOVE(Published)
     ~Published() = default;
 
     const Value &operator()() const { return m_value; }

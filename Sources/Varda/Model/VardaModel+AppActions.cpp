@@ -98,7 +98,7 @@ void VardaModel::screenshot()
     if (!device)
         return;
     const QString name = u"Varda-"_s + QString::number(QDateTime::currentSecsSinceEpoch()) + u".png"_s;
-    const std::optional<QString> path = dialogs->saveLocation(SaveKind::PngImage, name);
+    const std::optional<QString> path = m_dialogs->saveLocation(SaveKind::PngImage, name);
     if (!path)
         return;
     run(u"Capturing phone screenshot…"_s, [serial = device->id, path = *path] { return saveScreenshot(serial, path); });

@@ -33,7 +33,7 @@ QCoro::Task<QString> installBuild(QString serial, QFileInfo build)
 
 void VardaModel::chooseAPK()
 {
-    if (const std::optional<QUrl> location = dialogs->chooseBuild())
+    if (const std::optional<QUrl> location = m_dialogs->chooseBuild())
         acceptAPK(*location);
 }
 

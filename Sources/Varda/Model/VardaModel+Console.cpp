@@ -67,7 +67,7 @@ QCoro::Task<> VardaModel::readLogs()
 
 void VardaModel::exportLogs()
 {
-    const std::optional<QString> path = dialogs->saveLocation(SaveKind::PlainText, u"Varda-logcat.txt"_s);
+    const std::optional<QString> path = m_dialogs->saveLocation(SaveKind::PlainText, u"Varda-logcat.txt"_s);
     if (!path)
         return;
     try {

@@ -48,15 +48,15 @@ std::shared_ptr<VardaModel> VardaModel::create(std::unique_ptr<FileDialogs> dial
     return std::shared_ptr<VardaModel>(new VardaModel(std::move(dialogs)));
 }
 
-VardaModel::VardaModel(std::unique_ptr<FileDialogs> fileDialogs)
-    : dialogs(std::move(fileDialogs))
+VardaModel::VardaModel(std::unique_ptr<FileDialogs> dialogs)
+    : m_dialogs(std::move(dialogs))
 {
 }
 
 VardaModel::~VardaModel()
 {
-    if (mirror)
-        mirror->abandon();
+    if (m_mirror)
+        m_mirror->abandon();
 }
 
 std::optional<AndroidDevice> VardaModel::selected() const
@@ -95,31 +95,31 @@ std::optional<AndroidDevice> VardaModel::actionTarget() const
 
 void VardaModel::start()
 {
-    if (poll)
+    if (m_poll)
         return;
-    poll = std::make_shared<Poll>();
-    poll->model = shared_from_this();
-    poll->pause.setSingleShot(true);
-    poll->pause.setTimerType(Qt::PreciseTimer); // the only type that is never early
-    const auto begin = [running = std::weak_ptr(poll)] {
+    m_poll = std::make_shared<Poll>();
+    m_poll->model = shared_from_this();
+    m_poll->pause.setSingleShot(true);
+    m_poll->pause.setTimerType(Qt::PreciseTimer); // the only type that is never early
+    const auto begin = [running = std::weak_ptr(m_poll)] {
         if (const std::shared_ptr<Poll> stillRunning = running.lock())
             tick(stillRunning);
     };
     // The application's event and not the timer's: the end of a tick may be the end of the timer, and of the model.
-    QObject::connect(&poll->pause, &QTimer::timeout, qApp, begin, Qt::QueuedConnection);
+    QObject::connect(&m_poll->pause, &QTimer::timeout, qApp, begin, Qt::QueuedConnection);
     QMetaObject::invokeMethod(qApp, begin, Qt::QueuedConnection);
 }
 
 void VardaModel::stop()
 {
-    if (poll) {
-        poll->pause.stop();
-        poll->model.reset();
+    if (m_poll) {
+        m_poll->pause.stop();
+        m_poll->model.reset();
     }
-    poll.reset();
-    stoppingMirror = true;
-    if (mirror)
-        mirror->terminate();
+    m_poll.reset();
+    m_stoppingMirror = true;
+    if (m_mirror)
+        m_mirror->terminate();
 }
 
 QCoro::Task<> VardaModel::tick(std::shared_ptr<Poll> poll)

@@ -46,11 +46,7 @@ class VardaModel final : public QObject, public std::enable_shared_from_this<Var
 public:
     /// A model that knows no device yet and does nothing until `start()`.
     static std::shared_ptr<VardaModel> create(std::unique_ptr<FileDialogs> dialogs);
-    VardaModel(const VardaModel &) = delete;
-    VardaModel(VardaModel &&) = delete;
-    VardaModel &operator=(const VardaModel &) = delete;
-    VardaModel &operator=(VardaModel &&) = delete;
-
+    Q_DISABLE_COPY_MOVE(VardaModel)
     /// Leaves a running mirror and its recording alone; `stop()` is what ends them.
     ~VardaModel() override;
 
@@ -150,10 +146,10 @@ private:
     void openMirror(const AndroidDevice &device, const std::optional<QString> &recording);
     void mirrorEnded(const std::shared_ptr<ChildProcess> &process, qint32 exitStatus);
 
-    const std::unique_ptr<FileDialogs> dialogs;
-    std::shared_ptr<ChildProcess> mirror; ///< the running mirror, or null
-    bool stoppingMirror = false;          ///< the mirror was asked to end: its exit status is no failure
-    std::shared_ptr<Poll> poll;           ///< the running poll loop, or null
+    const std::unique_ptr<FileDialogs> m_dialogs;
+    std::shared_ptr<ChildProcess> m_mirror; ///< the running mirror, or null
+    bool m_stoppingMirror = false;          ///< the mirror was asked to end: its exit status is no failure
+    std::shared_ptr<Poll> m_poll;           ///< the running poll loop, or null
 };
 
 } // namespace varda

@@ -12,9 +12,10 @@
 #include <QAccessibleWidget>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 /// One of the exclusive choices in the device list.
 class AccessibleDeviceRow final : public QAccessibleWidget

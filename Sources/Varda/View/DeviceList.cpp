@@ -13,9 +13,10 @@
 #include <utility>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr int rowGap = 8;
 constexpr int waitingPadding = 12;

@@ -13,9 +13,10 @@
 #include <QVBoxLayout>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr int headerGap = 7;
 constexpr int focusMargin = 24;

@@ -16,9 +16,10 @@
 #include <QTreeView>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 // Of the file dialog's details.
 constexpr int nameColumn = 0;

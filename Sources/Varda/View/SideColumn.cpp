@@ -12,9 +12,10 @@
 #include <QPainter>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr int productIcon = 26;
 constexpr int noteIcon = 18;

@@ -10,9 +10,10 @@
 #include <QTimer>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 QAction *makeAction(QWidget &window, const QString &name, Icon icon, const QString &text,
                     const QList<QKeySequence> &keys)

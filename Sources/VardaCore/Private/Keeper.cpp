@@ -20,9 +20,10 @@
 
 namespace varda {
 
+using namespace std::chrono_literals;
+
 namespace {
 
-using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 

@@ -10,6 +10,7 @@
 #include <QStyleOption>
 
 namespace varda {
+
 namespace {
 
 using Kind = Button::Kind;

@@ -9,6 +9,7 @@
 #include <QTextCursor>
 
 namespace varda {
+
 namespace {
 
 /// How many characters to drop from the start of `former`, whole lines only, so that the rest begins `next`. Absent

@@ -9,6 +9,7 @@
 #include <utility>
 
 namespace varda {
+
 namespace {
 
 class LastInput final : public QObject

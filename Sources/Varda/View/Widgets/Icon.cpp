@@ -12,9 +12,10 @@
 #include <cmath>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr std::array names{"product", "phone",   "desktop", "refresh", "wifi",       "shield", "check",   "warning",
                            "box",     "windows", "play",    "camera",  "terminal",   "menu",   "drop",    "file",

@@ -21,6 +21,7 @@
 #include <memory>
 
 namespace varda {
+
 namespace {
 
 /// A text that wraps. Layouts ask for a width's height again and again, and a label would set its lines each time.

@@ -8,6 +8,7 @@
 #include <QPainter>
 
 namespace varda {
+
 namespace {
 
 constexpr int headingIcon = 16;

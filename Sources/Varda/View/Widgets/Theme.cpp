@@ -4,6 +4,7 @@
 #include <QFontDatabase>
 
 namespace varda::theme {
+
 namespace {
 
 /// `preferred` where it is installed, else the desktop's face for `fallback`.

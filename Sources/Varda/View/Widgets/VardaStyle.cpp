@@ -16,6 +16,7 @@
 #include <QToolTip>
 
 namespace varda {
+
 namespace {
 
 constexpr int consoleFrame = 10;

@@ -86,11 +86,8 @@ struct ChildProcess::State
     bool abandoned = false;
 };
 
-namespace {
-
-/// Reports one exit from the event loop, then goes; goes with its parent before.
-template <typename State>
-class ExitWatch final : public QObject
+/// Reports one exit from the event loop and then deletes itself; its parent may delete it before.
+class ChildProcess::ExitWatch final : public QObject
 {
 public:
     ExitWatch(QObject *parent, std::shared_ptr<State> state, std::function<void(qint32)> report)
@@ -127,8 +124,6 @@ private:
     std::optional<QSocketNotifier> m_notifier;
     QTimer m_timer;
 };
-
-} // namespace
 
 ChildProcess ChildProcess::launch(const ChildDescription &description)
 {
@@ -190,7 +185,7 @@ QCoro::Task<bool> ChildProcess::waitForExit(Clock::time_point deadline) const
 
 void ChildProcess::onExit(QObject *context, std::function<void(qint32)> report) const
 {
-    new ExitWatch<State>(context, m_state, std::move(report));
+    new ExitWatch(context, m_state, std::move(report));
 }
 
 void ChildProcess::abandon()

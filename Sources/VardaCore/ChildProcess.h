@@ -68,6 +68,8 @@ public:
 
 private:
     struct State;
+    class ExitWatch;
+
     explicit ChildProcess(std::shared_ptr<State> state);
 
     std::shared_ptr<State> m_state;

@@ -2,7 +2,7 @@
 #include "Varda/Model/VardaModel.h"
 
 #include "Varda/Model/LocalPath.h"
-#include "Varda/Model/RunAdb.h"
+#include "Varda/Model/Tools.h"
 #include "VardaCore/ToolError.h"
 
 #include <QFileInfo>

@@ -1,8 +1,8 @@
 // VardaModel: the log console.
 #include "Varda/Model/VardaModel.h"
 
-#include "Varda/Model/RunAdb.h"
 #include "Varda/Model/SaveFile.h"
+#include "Varda/Model/Tools.h"
 #include "VardaCore/Text.h"
 #include "VardaCore/ToolError.h"
 #include "VardaCore/Validation.h"

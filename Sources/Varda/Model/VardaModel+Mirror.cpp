@@ -1,8 +1,7 @@
 // VardaModel: the live phone, a scrcpy process that outlives every action.
 #include "Varda/Model/VardaModel.h"
 
-#include "Varda/Model/Adb.h"
-#include "Varda/Model/ToolLocation.h"
+#include "Varda/Model/Tools.h"
 #include "VardaCore/ChildProcess.h"
 #include "VardaCore/ToolError.h"
 

@@ -1,7 +1,7 @@
 // VardaModel: pairing with a phone over Wi-Fi, and connecting to it.
 #include "Varda/Model/VardaModel.h"
 
-#include "Varda/Model/RunAdb.h"
+#include "Varda/Model/Tools.h"
 #include "VardaCore/Text.h"
 #include "VardaCore/ToolError.h"
 #include "VardaCore/Validation.h"
@@ -23,6 +23,20 @@ QCoro::Task<QString> pairWith(QString endpoint, QString code)
         throw ToolError::message(answer.replace(code, u"[redacted]"_s));
     }
     co_return u"Paired. Now enter the connection IP:port from the main Wireless debugging screen."_s;
+}
+
+QCoro::Task<QString> connectTo(std::shared_ptr<VardaModel> self, QString endpoint)
+{
+    const CommandResult result = co_await runAdb(Adb::connect(endpoint));
+    const QString output = result.checked().text();
+    if (!output.contains(u"connected to"_s))
+        throw ToolError::message(output + result.error);
+    co_await self->refresh();
+    const QList<AndroidDevice> &devices = self->devices();
+    const bool listed =
+        std::any_of(devices.begin(), devices.end(), [&](const AndroidDevice &each) { return each.id == endpoint; });
+    self->selectedID = listed ? endpoint : self->selectedID();
+    co_return trimmed(output);
 }
 
 } // namespace
@@ -48,20 +62,6 @@ void VardaModel::connect()
         return;
     }
     run(u"Connecting over Wi-Fi…"_s, [self = shared_from_this(), endpoint] { return connectTo(self, endpoint); });
-}
-
-QCoro::Task<QString> VardaModel::connectTo(std::shared_ptr<VardaModel> self, QString endpoint)
-{
-    const CommandResult result = co_await runAdb(Adb::connect(endpoint));
-    const QString output = result.checked().text();
-    if (!output.contains(u"connected to"_s))
-        throw ToolError::message(output + result.error);
-    co_await self->refresh();
-    const QList<AndroidDevice> &devices = self->devices();
-    const bool listed =
-        std::any_of(devices.begin(), devices.end(), [&](const AndroidDevice &each) { return each.id == endpoint; });
-    self->selectedID = listed ? endpoint : self->selectedID();
-    co_return trimmed(output);
 }
 
 } // namespace varda

@@ -1,8 +1,7 @@
 // VardaModel: life, poll loop, action runner and refresh.
 #include "Varda/Model/VardaModel.h"
 
-#include "Varda/Model/RunAdb.h"
-#include "Varda/Model/ToolLocation.h"
+#include "Varda/Model/Tools.h"
 #include "VardaCore/ChildProcess.h"
 #include "VardaCore/ToolError.h"
 
@@ -170,14 +169,20 @@ QCoro::Task<> VardaModel::refresh()
     try {
         const CommandResult listing = co_await runAdb(Adb::devices());
         devices = AndroidDevice::parse(listing.checked().text());
+        if (!selectedID())
+            selectedID = firstChoice(devices());
+        if (devices().isEmpty())
+            status = u"No device detected. Enable USB debugging, unlock the phone and approve this Mac."_s;
     } catch (const std::exception &failure) {
         status = describe(failure);
-        co_return;
     }
-    if (!selectedID())
-        selectedID = firstChoice(devices());
-    if (devices().isEmpty())
-        status = u"No device detected. Enable USB debugging, unlock the phone and approve this Mac."_s;
+}
+
+void VardaModel::startRefresh()
+{
+    // Nobody awaits this task, and nobody needs to: `refresh` reports its failures itself.
+    const auto begin = [self = shared_from_this()] { self->refresh(); };
+    QMetaObject::invokeMethod(this, begin, Qt::QueuedConnection);
 }
 
 } // namespace varda

@@ -41,7 +41,8 @@ class VardaModel final : public QObject, public std::enable_shared_from_this<Var
 {
     Q_OBJECT
 
-    const std::function<void()> announce = [this] { Q_EMIT objectWillChange(); };
+    /// Shared by the properties, which refer to it and therefore come after it.
+    const std::function<void()> m_announce = [this] { Q_EMIT objectWillChange(); };
 
 public:
     /// A model that knows no device yet and does nothing until `start()`.
@@ -51,35 +52,35 @@ public:
     ~VardaModel() override;
 
     /// The attached devices of the last successful listing, in adb's order.
-    Published<QList<AndroidDevice>> devices{announce};
+    Published<QList<AndroidDevice>> devices{m_announce};
     /// Serial of the device that actions and console address; kept while its phone is unplugged. Writing another one
     /// turns the console off and empties it.
     Published<std::optional<QString>> selectedID{
-        announce, std::nullopt, [this](const std::optional<QString> &previous) { selectionChanged(previous); }};
+        m_announce, std::nullopt, [this](const std::optional<QString> &previous) { selectionChanged(previous); }};
     /// One line of progress and outcome.
-    Published<QString> status{announce, QStringLiteral("Connect an Android phone with a USB data cable.")};
+    Published<QString> status{m_announce, QStringLiteral("Connect an Android phone with a USB data cable.")};
     /// An action is in flight; polling pauses.
-    Published<bool> busy{announce, false};
+    Published<bool> busy{m_announce, false};
     /// The build to install: a regular ".apk" file when it was accepted.
-    Published<std::optional<QUrl>> apk{announce};
+    Published<std::optional<QUrl>> apk{m_announce};
     /// The package ID as typed, untrimmed.
-    Published<QString> packageName{announce};
+    Published<QString> packageName{m_announce};
     /// The console: one whole snapshot or notice, never an accumulation.
-    Published<QString> logs{announce};
+    Published<QString> logs{m_announce};
     /// The console is live: each tick replaces `logs`.
-    Published<bool> logging{announce, false};
+    Published<bool> logging{m_announce, false};
     /// A mirror process is alive.
-    Published<bool> mirrorRunning{announce, false};
+    Published<bool> mirrorRunning{m_announce, false};
     /// The Wi-Fi sheet is shown.
-    Published<bool> wireless{announce, false};
+    Published<bool> wireless{m_announce, false};
     /// The pairing address as typed.
-    Published<QString> pairingEndpoint{announce};
+    Published<QString> pairingEndpoint{m_announce};
     /// The connection address as typed.
-    Published<QString> connectEndpoint{announce};
+    Published<QString> connectEndpoint{m_announce};
     /// The six-digit pairing code as typed; emptied as soon as pairing starts.
-    Published<QString> pairingCode{announce};
+    Published<QString> pairingCode{m_announce};
     /// The last failure, until whoever shows it clears it; the model never does. An empty text is a failure too.
-    Published<std::optional<QString>> error{announce};
+    Published<std::optional<QString>> error{m_announce};
 
     /// The first device whose serial is `selectedID`. No fallback: absent while that phone is away.
     std::optional<AndroidDevice> selected() const;
@@ -95,6 +96,8 @@ public:
 
     /// Lists the devices and selects one where none is selected. Never throws: failures go to `status`.
     QCoro::Task<> refresh();
+    /// Starts `refresh` on the next turn of the event loop and does not wait for it.
+    void startRefresh();
     /// Reads one console snapshot. Never throws: failures turn the console off and go to `error`.
     QCoro::Task<> readLogs();
     /// Asks where to, and saves what the console shows.
@@ -141,8 +144,6 @@ private:
     static QCoro::Task<> perform(std::shared_ptr<VardaModel> self, QString working, Action action);
     static QCoro::Task<> tick(std::shared_ptr<Poll> poll);
 
-    static QCoro::Task<QString> listPackages(std::shared_ptr<VardaModel> self, QString serial);
-    static QCoro::Task<QString> connectTo(std::shared_ptr<VardaModel> self, QString endpoint);
     void openMirror(const AndroidDevice &device, const std::optional<QString> &recording);
     void mirrorEnded(const std::shared_ptr<ChildProcess> &process, qint32 exitStatus);
 

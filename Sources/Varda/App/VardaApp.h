@@ -35,8 +35,8 @@ private:
 
     QApplication m_application;
     const std::shared_ptr<VardaModel> m_model;
-    const std::unique_ptr<VardaView> m_view;
-    const std::unique_ptr<AboutPane> m_about;
+    std::unique_ptr<VardaView> m_view;
+    std::unique_ptr<AboutPane> m_about;
     const std::unique_ptr<OpenRequests> m_requests;
 };
 

@@ -1,4 +1,4 @@
-// Watches a child through a pidfd on the event loop. Where the kernel has no pidfd, the child is asked for every 50 ms
+// Watches a child through a pidfd on the event loop. If the kernel has no pidfd, the child is checked every 50 ms
 // instead.
 #include "VardaCore/ChildProcess.h"
 
@@ -27,7 +27,7 @@ namespace {
 
 constexpr auto pollInterval = 50ms;
 
-/// Stands for a status that the system could not tell.
+/// The status of a child whose status the system could not tell.
 constexpr qint32 unknownStatus = -1;
 
 /// Waits for `pid` without or, with WNOHANG, instead of blocking. Absent while the child runs.
@@ -80,7 +80,7 @@ struct ChildProcess::State
     }
 
     pid_t pid = -1;
-    /// None where the kernel has no pidfd.
+    /// Empty if the kernel has no pidfd.
     Descriptor pidfd;
     std::optional<qint32> status;
     bool abandoned = false;
@@ -196,7 +196,7 @@ void ChildProcess::abandon()
     try {
         std::thread([pid = m_state->pid] { reap(pid, 0); }).detach();
     } catch (const std::system_error &) {
-        // Without a thread to be had, its entry in the process table stays until this process ends.
+        // If no thread can be started, its entry in the process table stays until this process ends.
     }
 }
 

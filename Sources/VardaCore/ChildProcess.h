@@ -53,7 +53,7 @@ public:
     void kill() const;
 
     /// Waits on the event loop until the child exits or `deadline` passes, and tells whether it has exited. Does not
-    /// suspend when the child has already exited, or else the deadline has passed.
+    /// suspend if the child has already exited or the deadline has passed.
     QCoro::Task<bool> waitForExit(Clock::time_point deadline = Clock::time_point::max()) const;
 
     /// Calls `report` with the status exactly once, from the event loop of the calling thread and never within this

@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The first process ID in what `pidof` printed; absent where the app does not run.
+/// The first process ID in what `pidof` printed; absent if the app does not run.
 std::optional<QString> firstProcessID(const QString &output)
 {
     const QString first = output.simplified().section(u' ', 0, 0);
@@ -25,13 +25,13 @@ std::optional<QString> firstProcessID(const QString &output)
     return first;
 }
 
-/// The latest log of device `serial`, of the app `package` only where one is given.
+/// The latest log of device `serial`, only of the app `package` if one is given.
 QCoro::Task<QString> readSnapshot(QString serial, QString package)
 {
     std::optional<QString> pid;
     if (!package.isEmpty()) {
         const CommandResult found = co_await runAdb(Adb::processID(serial, package));
-        pid = firstProcessID(found.text()); // not checked: `pidof` exits with 1 where no process matches
+        pid = firstProcessID(found.text()); // not checked: `pidof` exits with 1 if no process matches
         if (!pid)
             co_return u"This app is not running. Launch it to see its logs."_s;
     }

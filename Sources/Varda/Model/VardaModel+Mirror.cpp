@@ -55,7 +55,7 @@ void VardaModel::openMirror(const AndroidDevice &device, const std::optional<QSt
                        : u"Live phone opened. Use your Mac keyboard and mouse to test the app."_s;
 }
 
-/// Of a process that is no longer the mirror, and then null, there is nothing to tell.
+/// Ignores a process that is no longer the mirror; it is null if it is gone.
 void VardaModel::mirrorEnded(const std::shared_ptr<ChildProcess> &process, qint32 exitStatus)
 {
     if (!process || process != m_mirror)

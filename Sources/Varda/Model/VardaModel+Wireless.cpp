@@ -50,7 +50,7 @@ void VardaModel::pair()
             u"Use the pairing IP:port and six-digit code shown in Android Wireless debugging → Pair with pairing code."_s;
         return;
     }
-    pairingCode = QString(); // even where the action is dropped: the code does not stay on the screen
+    pairingCode = QString(); // even if the action is dropped, so that the code does not stay on the screen
     run(u"Pairing with your Android phone…"_s, [endpoint, code] { return pairWith(endpoint, code); });
 }
 

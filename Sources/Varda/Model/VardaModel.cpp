@@ -22,7 +22,7 @@ namespace {
 /// Between the end of one tick's work and the start of the next tick.
 constexpr auto pollPause = 2500ms;
 
-/// The device to select where none is: the first phone, else the first emulator.
+/// The device to select if none is selected: the first phone, else the first emulator.
 std::optional<QString> firstChoice(const QList<AndroidDevice> &devices)
 {
     const auto phone = std::find_if(devices.begin(), devices.end(), [](const auto &each) { return !each.emulator(); });
@@ -140,7 +140,7 @@ void VardaModel::run(const QString &working, Action action)
 {
     if (busy())
         return;
-    // What holds this is the action in flight: however that ends, the model is free again.
+    // The action in flight holds this, so that `busy` ends with the action however that ends.
     const std::shared_ptr<VardaModel> held(this, [self = shared_from_this()](VardaModel *) { self->busy = false; });
     busy = true;
     status = working;

@@ -31,7 +31,7 @@ class ChildProcess;
 /// Lives on the main thread, as do all its properties and methods; it needs a running event loop. Commands block only
 /// inside the command runner. Three kinds of method hold their caller up: those that ask the user for a file;
 /// `exportLogs`, which writes it; and `mirrorPhone`, until the system has loaded scrcpy or failed to: 0.1 ms, or 10 ms
-/// from a disk. So `stop` and the model's end never meet a mirror that is about to be there.
+/// from a disk. So `stop` and the destructor never meet a mirror that is still being launched.
 ///
 /// A method whose guards fail (no device, device not ready, an action in flight, a dialog cancelled) does nothing and
 /// says nothing: the window disables its control in the same conditions.
@@ -89,12 +89,12 @@ public:
     /// The device is ready and no action is in flight: an action that needs a device may start.
     bool takesActions() const;
 
-    /// Starts polling, unless it runs: list the devices, read the console where it is live, pause 2.5 seconds, again.
+    /// Starts polling, unless it runs: list the devices, read the console if it is live, pause 2.5 seconds, again.
     void start();
     /// Ends polling without waiting for a command in flight, and asks a running mirror to end.
     void stop();
 
-    /// Lists the devices and selects one where none is selected. Never throws: failures go to `status`.
+    /// Lists the devices and selects one if none is selected. Never throws: failures go to `status`.
     QCoro::Task<> refresh();
     /// Starts `refresh` on the next turn of the event loop and does not wait for it.
     void startRefresh();
@@ -122,7 +122,7 @@ public:
     /// Connects to `connectEndpoint` and selects the phone that it brings. Hides QObject::connect.
     void connect();
 
-    /// Opens the live phone, recorded to a file that the user chooses where `record` is true; ends a running one
+    /// Opens the live phone, recorded to a file that the user chooses if `record` is true; ends a running one
     /// whatever `record` says.
     void mirrorPhone(bool record);
 

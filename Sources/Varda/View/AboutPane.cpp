@@ -1,4 +1,4 @@
-// AboutPane: three texts and a link.
+// AboutPane: the link alone reaches into the padding, by the width of its focus ring.
 #include "Varda/View/AboutPane.h"
 
 #include "Varda/View/Widgets/Button.h"

@@ -37,8 +37,8 @@ public:
     }
 
 private:
-    /// The event queue has put what was done before `schedule` before this already; the flag says so again for checkers
-    /// of threads, which do not see into Qt.
+    /// Qt's event queue orders this after `schedule`, which the thread sanitizer does not see. The flag shows it that
+    /// order; otherwise it reports each result that a worker hands over as a data race.
     void resume() const
     {
         if (m_scheduled.load(std::memory_order_acquire))

@@ -12,7 +12,6 @@
 
 using namespace Qt::StringLiterals;
 using namespace varda::test;
-using varda::VardaModel;
 
 namespace {
 
@@ -220,7 +219,7 @@ void RefreshTest::anUnauthorizedPhoneIsSelectedWithoutAWord()
     QCOMPARE(model->selectedID(), std::optional(u"R5"_s));
     QVERIFY(!model->selected()->ready());
     QCOMPARE(model->status(), before);
-    QVERIFY(!writes->take().filter(u"status"_s).size());
+    QVERIFY(writes->take().filter(u"status"_s).isEmpty());
 }
 
 void RefreshTest::unreadableOutputListsNothing()

@@ -11,9 +11,9 @@
 #include <array>
 #include <optional>
 
-using namespace Qt::StringLiterals;
-
 namespace varda {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -23,7 +23,7 @@ const std::array states = {u"device"_s,   u"unauthorized"_s, u"offline"_s, u"rec
 
 constexpr QStringView modelKey = u"model:";
 
-/// The fields of a line; the line of a phone that can be used has at most eight, and they take no memory of their own.
+/// The fields of a line. The line of a usable phone has at most eight, which need no memory from the heap.
 using Fields = QVarLengthArray<QStringView, 8>;
 
 /// `line` split at runs of white space; no field is empty.

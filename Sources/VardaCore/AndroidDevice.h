@@ -13,7 +13,7 @@ struct AndroidDevice
     /// The serial of the first column: a USB serial, "emulator-" and a port, host and port of a Wi-Fi connection, or
     /// the service name ("…_adb-tls-connect._tcp") of a phone that adb's network discovery found.
     QString id;
-    /// adb's word for the connection, "device" when the phone is usable; adb's "no permissions" is the one of two
+    /// adb's word for the connection, "device" when the phone is usable; only "no permissions" has two
     /// words.
     QString state;
     /// The model with spaces for underscores; the serial when adb names no model.

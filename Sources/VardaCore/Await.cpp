@@ -12,7 +12,7 @@ namespace {
 using std::chrono::milliseconds;
 
 /// How long a timer has to run from now to end no earlier than `deadline`. A timer counts its milliseconds in an int;
-/// who waits for longer looks at the clock and waits again.
+/// after a longer wait the caller looks at the clock and waits again.
 milliseconds timeUntil(Readiness::Clock::time_point deadline)
 {
     constexpr milliseconds max(std::numeric_limits<int>::max());

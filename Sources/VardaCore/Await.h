@@ -20,14 +20,14 @@
 
 namespace varda {
 
-/// Resumes one suspended coroutine from the event loop of the thread that made this object. It is made to live in the
-/// coroutine's own frame, as a part of what is awaited.
+/// Resumes one suspended coroutine from the event loop of the thread that made this object. It lives in the coroutine's
+/// own frame, as a part of what is awaited.
 class Resumption
 {
 public:
     void suspend(std::coroutine_handle<> coroutine) { m_coroutine = coroutine; }
 
-    /// Has the coroutine resumed on a later turn of its event loop. Call it once, on any thread; after that this object
+    /// Resumes the coroutine on a later turn of its event loop. Call it once, on any thread; after that this object
     /// may be gone at any moment.
     void schedule()
     {
@@ -37,8 +37,8 @@ public:
     }
 
 private:
-    /// The event queue has put what was done before `schedule` before this already; the flag says so again for checkers
-    /// of threads, which do not see into Qt.
+    /// Qt's event queue orders this after `schedule`, which the thread sanitizer does not see. The flag shows it that
+    /// order; otherwise it reports each result that a worker hands over as a data race.
     void resume() const
     {
         if (m_scheduled.load(std::memory_order_acquire))
@@ -51,7 +51,8 @@ private:
     std::atomic<bool> m_scheduled = false;
 };
 
-/// Suspends a coroutine for an operation, which stays where it is: GCC 12 would copy an awaiter that is a variable.
+/// Suspends a coroutine for an operation. It only points to the operation, because GCC 12 copies an awaiter that is a
+/// variable.
 template <typename Operation>
 struct Awaiter
 {
@@ -63,7 +64,7 @@ struct Awaiter
 };
 
 /// Runs `Work` on a worker thread while the awaiting coroutine is suspended; hands back its result, or throws what it
-/// threw. Throws std::system_error when there is no thread to be had.
+/// threw. Throws std::system_error if no thread can be started.
 template <typename Work>
 class [[nodiscard]] OnWorker
 {

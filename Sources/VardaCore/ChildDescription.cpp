@@ -1,4 +1,4 @@
-// ChildDescription: the environment, copied as it stands.
+// Copies the C library's list of variables, whose texts may be changed or freed later.
 #include "VardaCore/ChildDescription.h"
 
 #include <unistd.h>

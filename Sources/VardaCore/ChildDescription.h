@@ -37,14 +37,14 @@ struct ChildDescription
     QString executable;
     /// Passed verbatim, in UTF-8, after the executable's path as argument 0.
     QStringList arguments;
-    /// Variables that are added to the inherited environment or take the place of its own, in this order.
+    /// Variables that are added to the inherited environment, or replace variables there, in this order.
     QList<std::pair<QString, QString>> environment;
     StandardStream standardInput;
     StandardStream standardOutput;
     StandardStream standardError;
     /// Whether the child leads a session of its own, so that signals to our terminal's process group miss it.
     bool ownSession = false;
-    /// The environment at the time at which this description is made, on whichever thread the child is launched.
+    /// The environment when this description is made, whichever thread launches the child later.
     QList<QByteArray> inheritedEnvironment = environmentOfThisProcess();
 };
 

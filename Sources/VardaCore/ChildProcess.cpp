@@ -1,4 +1,4 @@
-// Watches a child through a pidfd on the event loop. Where the kernel has no pidfd, the child is asked for every 50 ms
+// Watches a child through a pidfd on the event loop. If the kernel has no pidfd, the child is checked every 50 ms
 // instead.
 #include "VardaCore/ChildProcess.h"
 
@@ -21,13 +21,13 @@
 
 namespace varda {
 
-namespace {
-
 using namespace std::chrono_literals;
+
+namespace {
 
 constexpr auto pollInterval = 50ms;
 
-/// Stands for a status that the system could not tell.
+/// The status of a child whose status the system could not tell.
 constexpr qint32 unknownStatus = -1;
 
 /// Waits for `pid` without or, with WNOHANG, instead of blocking. Absent while the child runs.
@@ -80,17 +80,14 @@ struct ChildProcess::State
     }
 
     pid_t pid = -1;
-    /// None where the kernel has no pidfd.
+    /// Empty if the kernel has no pidfd.
     Descriptor pidfd;
     std::optional<qint32> status;
     bool abandoned = false;
 };
 
-namespace {
-
-/// Reports one exit from the event loop, then goes; goes with its parent before.
-template <typename State>
-class ExitWatch final : public QObject
+/// Reports one exit from the event loop and then deletes itself; its parent may delete it before.
+class ChildProcess::ExitWatch final : public QObject
 {
 public:
     ExitWatch(QObject *parent, std::shared_ptr<State> state, std::function<void(qint32)> report)
@@ -127,8 +124,6 @@ private:
     std::optional<QSocketNotifier> m_notifier;
     QTimer m_timer;
 };
-
-} // namespace
 
 ChildProcess ChildProcess::launch(const ChildDescription &description)
 {
@@ -190,7 +185,7 @@ QCoro::Task<bool> ChildProcess::waitForExit(Clock::time_point deadline) const
 
 void ChildProcess::onExit(QObject *context, std::function<void(qint32)> report) const
 {
-    new ExitWatch<State>(context, m_state, std::move(report));
+    new ExitWatch(context, m_state, std::move(report));
 }
 
 void ChildProcess::abandon()
@@ -201,7 +196,7 @@ void ChildProcess::abandon()
     try {
         std::thread([pid = m_state->pid] { reap(pid, 0); }).detach();
     } catch (const std::system_error &) {
-        // Without a thread to be had, its entry in the process table stays until this process ends.
+        // If no thread can be started, its entry in the process table stays until this process ends.
     }
 }
 

@@ -33,8 +33,7 @@ public:
 
     ChildProcess(ChildProcess &&) noexcept = default;
     ChildProcess &operator=(ChildProcess &&other) noexcept;
-    ChildProcess(const ChildProcess &) = delete;
-    ChildProcess &operator=(const ChildProcess &) = delete;
+    Q_DISABLE_COPY(ChildProcess)
     ~ChildProcess();
 
     /// The process identifier; once the child has been seen to exit it may belong to another process.
@@ -54,7 +53,7 @@ public:
     void kill() const;
 
     /// Waits on the event loop until the child exits or `deadline` passes, and tells whether it has exited. Does not
-    /// suspend when the child has already exited, or else the deadline has passed.
+    /// suspend if the child has already exited or the deadline has passed.
     QCoro::Task<bool> waitForExit(Clock::time_point deadline = Clock::time_point::max()) const;
 
     /// Calls `report` with the status exactly once, from the event loop of the calling thread and never within this
@@ -69,6 +68,8 @@ public:
 
 private:
     struct State;
+    class ExitWatch;
+
     explicit ChildProcess(std::shared_ptr<State> state);
 
     std::shared_ptr<State> m_state;

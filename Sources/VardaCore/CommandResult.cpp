@@ -1,4 +1,4 @@
-// A finished command and its verdict.
+// The output is decoded on demand: most results are only searched for a word or two, or hold a picture.
 #include "VardaCore/CommandResult.h"
 
 #include "VardaCore/Text.h"

@@ -21,21 +21,21 @@
 #include <thread>
 #include <unordered_set>
 
-using namespace Qt::StringLiterals;
-
 namespace varda {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
-using namespace std::chrono_literals;
 using Clock = ChildProcess::Clock;
 
 /// Largest standard output in bytes, 32 MiB. Standard error has no limit: it is what explains a failure. Output is
-/// measured when the child has exited and not before: nobody but its writer can shorten a file without the risk to
-/// lengthen it, and a disk that hangs would hold up whoever looks, and with that the time-out.
+/// measured only when the child has exited: truncating a file that is still written to may lengthen it instead, and
+/// looking at a file on a disk that hangs would delay the time-out.
 constexpr qint64 outputLimit = 33'554'432;
 
-/// Longer time-outs mean the same, and this one can be added to any time.
+/// Longer time-outs are cut to this one, which can be added to the present time without an overflow.
 constexpr std::chrono::duration<double> maxTimeout = 24h * 36500;
 
 /// Workers are busy for a millisecond or so per command; a few keep one slow disk access from holding up the others.
@@ -63,11 +63,11 @@ public:
     /// Reads back what the child, which has exited, left behind. Blocks.
     CommandResult collect() const;
 
-    /// Gives up all that is held. Blocks.
+    /// Releases the child, the pipe and the directory. Blocks.
     void release();
 
-    /// Ends the supervision of a child that outlives this process: removes the files, and leaves the child what is left
-    /// of its time-out. Blocks.
+    /// Ends the supervision of a child that outlives this process: removes the files, and has a keeper end the
+    /// child at its time-out. Blocks.
     void leave() const;
 
     const ChildProcess &child() const { return *m_child; }
@@ -77,7 +77,7 @@ public:
     Clock::time_point deadline() const;
 
 private:
-    /// Of the call of `run`, and with it what the environment was then.
+    /// Made when `run` is called, and with it a copy of the environment at that time.
     ChildDescription m_description;
     const std::filesystem::path m_temporaryDirectory = CaptureDirectory::temporaryDirectory();
     const std::optional<QString> m_text;
@@ -90,8 +90,8 @@ private:
     Clock::time_point m_started;
 };
 
-/// The commands in flight. Never destroyed, so that a frame whose event loop has ended is not lost but merely not
-/// resumed.
+/// The commands in flight. Never destroyed: a command whose event loop has ended is never resumed, and its frame stays
+/// reachable from here.
 class InFlight
 {
 public:
@@ -125,8 +125,8 @@ private:
     std::unordered_set<Command *> m_commands;
 };
 
-/// The worker threads. When the program ends in order, they finish what they are at; then what is still in flight,
-/// which will never be collected, is left.
+/// The worker threads. When the program ends in order, they finish their current work; then the supervision of the
+/// commands still in flight ends.
 WorkerThreads &workers()
 {
     static WorkerThreads threads(std::max<std::size_t>(minWorkers, std::thread::hardware_concurrency()),
@@ -192,7 +192,7 @@ CommandResult Command::collect() const
     try {
         error = m_directory->readText(errorName);
     } catch (const std::system_error &) {
-        // What cannot be read is shown as nothing.
+        // Standard error that cannot be read counts as empty.
     }
     return {m_child->status().value(), output, error};
 }
@@ -214,7 +214,7 @@ void Command::leave() const
 
 Clock::time_point Command::deadline() const
 {
-    // A time-out that is no number has passed as well.
+    // NaN counts as passed, too.
     if (!(m_timeout > 0s))
         return m_started;
     return m_started + std::chrono::duration_cast<Clock::duration>(std::min(m_timeout, maxTimeout));
@@ -237,7 +237,7 @@ QCoro::Task<> start(Command *command)
     }
 }
 
-/// Sees the child to its end: its own, or the one that its time-out sets.
+/// Waits until the child exits, or ends it at its time-out.
 QCoro::Task<> finish(const Command *command)
 {
     const bool finished = co_await command->child().waitForExit(command->deadline());
@@ -278,7 +278,7 @@ QCoro::Task<CommandResult> CommandRunner::run(QString executable, QStringList ar
         OnWorker release(workers(), [&command] { command.release(); });
         co_await release;
     } catch (const std::system_error &) {
-        // There never was a thread, and so there is nothing that blocks.
+        // No thread could ever be started, so nothing was made whose release could block.
         command.release();
     }
     if (failure)

@@ -15,7 +15,7 @@ namespace varda {
 /// Runs external programs. Calls share nothing; any number may be in flight at once.
 ///
 /// Usage: `const CommandResult result = co_await CommandRunner::run(adb, arguments, std::nullopt, 20s);`, usually
-/// followed by `result.checked()`, for a non-zero exit status is data and no error here.
+/// followed by `result.checked()`, because a non-zero exit status is a result here, not an error.
 ///
 /// Threads: call it on a thread that runs an event loop; the command starts during the call and the result arrives
 /// through that loop. File and launch work is done on worker threads, and no thread is held while the child runs.

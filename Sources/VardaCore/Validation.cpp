@@ -6,9 +6,9 @@
 #include <QRegularExpression>
 #include <QUrl>
 
-using namespace Qt::StringLiterals;
-
 namespace varda {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -62,7 +62,7 @@ bool Validation::endpoint(const QString &value)
 {
     if (!matchesWhole(endpointPattern(), value))
         return false;
-    // QUrl (6.4) reckons the port modulo 2^64, so that a long enough number may seem to be a port.
+    // QUrl (6.4) computes the port modulo 2^64, so that a very long number may look like a valid port.
     if (QStringView(value).sliced(value.lastIndexOf(u':') + 1).toUShort() == 0)
         return false;
     const QUrl url(u"tcp://"_s + value, QUrl::StrictMode);

@@ -1,4 +1,4 @@
-// One queue, one lock.
+// All threads of a pool take their work from one queue, and one mutex guards all that they share.
 #include "VardaCore/WorkerThreads.h"
 
 #include <QCoreApplication>
@@ -11,7 +11,7 @@ namespace varda {
 namespace {
 
 std::mutex poolsMutex;
-/// Those that have not ended.
+/// The pools that have not ended.
 std::vector<WorkerThreads *> pools;
 
 void endPools()

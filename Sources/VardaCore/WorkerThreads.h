@@ -1,4 +1,4 @@
-// The threads that blocking work is handed to.
+// A pool of threads for work that blocks.
 #pragma once
 
 #include <QtGlobal>
@@ -12,8 +12,8 @@
 
 namespace varda {
 
-/// A few threads, started when there is work for them, which then stay. Unlike QThreadPool it tells when there is no
-/// thread to be had, instead of keeping the work for ever.
+/// A few threads, started when there is work for them and kept. Unlike QThreadPool it throws if no thread can be
+/// started, instead of keeping the work for ever.
 ///
 /// What is done here is reported to an event loop. The threads therefore end before the application object does, as
 /// soon as its destructor begins: a function's static variable is a good place for a pool.
@@ -27,12 +27,12 @@ public:
     Q_DISABLE_COPY_MOVE(WorkerThreads)
     ~WorkerThreads() { end(); }
 
-    /// Lets the threads finish what they are at, and drops what none has begun and all that is still to come. The
+    /// Lets the threads finish their current work, and drops all other work, also what is still to be started. The
     /// destructors of the application object and of this one do the same.
     void end();
 
-    /// Has `work`, which must not throw, done on one of the threads, in the order of the calls. Any thread. Throws
-    /// std::system_error when there is no thread and none can be started; then the work will not be done.
+    /// Runs `work`, which must not throw, on one of the threads, in the order of the calls. Any thread. Throws
+    /// std::system_error if there is no thread and none can be started; then the work will not be done.
     void start(std::function<void()> work);
 
 private:

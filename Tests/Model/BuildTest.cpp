@@ -158,9 +158,7 @@ void BuildTest::refusesWhatIsNoRegularLocalFile()
         QCOMPARE(mkfifo(encoded.constData(), 0600), 0);
     else if (kind == u"device")
         QVERIFY(QFile::link(u"/dev/null"_s, path));
-    model->acceptAPK(kind == u"url"       ? QUrl(name)
-                     : kind == u"address" ? QUrl(name + path)
-                                          : QUrl::fromLocalFile(path));
+    model->acceptAPK(kind == u"url" ? QUrl(name) : kind == u"address" ? QUrl(name + path) : QUrl::fromLocalFile(path));
     QCOMPARE(writes->take(), QStringList({u"error="_s + refusal}));
 }
 

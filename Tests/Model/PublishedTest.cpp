@@ -24,7 +24,10 @@ static_assert(staysWithItsOwner<Published<QList<varda::AndroidDevice>>>);
 static_assert(staysWithItsOwner<VardaModel>);
 static_assert(std::is_final_v<VardaModel>);
 static_assert(!std::is_default_constructible_v<Published<bool>>, "a property that nobody hears of");
+static_assert(!std::is_constructible_v<Published<bool>, std::function<void()>>, "a function that is gone at once");
 static_assert(std::is_assignable_v<Published<QString> &, QString>);
+
+const std::function<void()> silent = [] {};
 
 } // namespace
 
@@ -45,8 +48,9 @@ private Q_SLOTS:
 void PublishedTest::beginsWithItsInitialValueUnannounced()
 {
     int announcements = 0;
-    const Published<int> given([&] { ++announcements; }, 7);
-    const Published<QString> absent([&] { ++announcements; });
+    const std::function<void()> announce = [&] { ++announcements; };
+    const Published<int> given(announce, 7);
+    const Published<QString> absent(announce);
     QCOMPARE(given(), 7);
     QCOMPARE(absent(), QString());
     QCOMPARE(announcements, 0);
@@ -55,7 +59,9 @@ void PublishedTest::beginsWithItsInitialValueUnannounced()
 void PublishedTest::announcesBeforeTheValueChanges()
 {
     QStringList seen;
-    Published<QString> property([&] { seen << property(); }, u"old"_s);
+    std::function<void()> announce;
+    Published<QString> property(announce, u"old"_s);
+    announce = [&] { seen << property(); };
     property = u"new"_s;
     property = u"newer"_s;
     QCOMPARE(seen, QStringList({u"old"_s, u"new"_s}));
@@ -65,7 +71,8 @@ void PublishedTest::announcesBeforeTheValueChanges()
 void PublishedTest::announcesEqualValuesToo()
 {
     int announcements = 0;
-    Published<bool> property([&] { ++announcements; }, true);
+    const std::function<void()> announce = [&] { ++announcements; };
+    Published<bool> property(announce, true);
     property = true;
     property = true;
     QCOMPARE(announcements, 2);
@@ -74,7 +81,8 @@ void PublishedTest::announcesEqualValuesToo()
 void PublishedTest::tellsItsObserverThePreviousValueAfterTheWrite()
 {
     QStringList seen;
-    Published<QString> property([&] { seen << u"announced"_s; }, u"old"_s,
+    const std::function<void()> announce = [&] { seen << u"announced"_s; };
+    Published<QString> property(announce, u"old"_s,
                                 [&](const QString &previous) { seen << previous + u"→"_s + property(); });
     property = u"new"_s;
     QCOMPARE(seen, QStringList({u"announced"_s, u"old→new"_s}));
@@ -83,7 +91,7 @@ void PublishedTest::tellsItsObserverThePreviousValueAfterTheWrite()
 void PublishedTest::tellsItsObserverOfEqualValuesToo()
 {
     QStringList seen;
-    Published<QString> property([] {}, u"same"_s, [&](const QString &previous) { seen << previous; });
+    Published<QString> property(silent, u"same"_s, [&](const QString &previous) { seen << previous; });
     property = u"same"_s;
     QCOMPARE(seen, QStringList({u"same"_s}));
 }
@@ -91,8 +99,10 @@ void PublishedTest::tellsItsObserverOfEqualValuesToo()
 void PublishedTest::observerMayWriteOtherProperties()
 {
     QStringList order;
-    Published<bool> other([&] { order << u"other"_s; }, true);
-    Published<int> property([&] { order << u"property"_s; }, 1, [&](int) { other = false; });
+    const std::function<void()> announceOther = [&] { order << u"other"_s; };
+    const std::function<void()> announce = [&] { order << u"property"_s; };
+    Published<bool> other(announceOther, true);
+    Published<int> property(announce, 1, [&](int) { other = false; });
     property = 2;
     QCOMPARE(order, QStringList({u"property"_s, u"other"_s}));
     QCOMPARE(property(), 2);
@@ -101,7 +111,7 @@ void PublishedTest::observerMayWriteOtherProperties()
 
 void PublishedTest::readsAsAReferenceThatFollowsTheValue()
 {
-    Published<QString> property([] {}, u"old"_s);
+    Published<QString> property(silent, u"old"_s);
     const QString &view = property();
     property = u"new"_s;
     QCOMPARE(view, u"new"_s);

@@ -12,7 +12,6 @@
 
 using namespace Qt::StringLiterals;
 using namespace varda::test;
-using varda::VardaModel;
 
 namespace {
 
@@ -34,6 +33,7 @@ private Q_SLOTS:
     void publishesTheListInTheToolsOrder();
     void republishesAnUnchangedList();
     void runsOnAnIdleEventLoop();
+    void startedOneNeedsNobodyToAwaitIt();
     void choosesFirst_data();
     void choosesFirst();
     void choosingTurnsTheConsoleOffAndEmptiesIt();
@@ -99,6 +99,16 @@ void RefreshTest::runsOnAnIdleEventLoop()
     QCoro::waitFor(listed);
     QVERIFY(turns >= 5);
     QCOMPARE(serials(), QStringList({u"A"_s}));
+}
+
+void RefreshTest::startedOneNeedsNobodyToAwaitIt()
+{
+    adb().on(listing).once().prints(listingOf("A\tdevice\n"));
+    model->startRefresh();
+    QTRY_COMPARE(serials(), QStringList({u"A"_s}));
+    adb().on(listing).complains("adb: no luck").exits(1);
+    model->startRefresh();
+    QTRY_COMPARE(model->status(), u"adb: no luck"_s);
 }
 
 void RefreshTest::choosesFirst_data()
@@ -209,7 +219,7 @@ void RefreshTest::anUnauthorizedPhoneIsSelectedWithoutAWord()
     QCOMPARE(model->selectedID(), std::optional(u"R5"_s));
     QVERIFY(!model->selected()->ready());
     QCOMPARE(model->status(), before);
-    QVERIFY(!writes->take().filter(u"status"_s).size());
+    QVERIFY(writes->take().filter(u"status"_s).isEmpty());
 }
 
 void RefreshTest::unreadableOutputListsNothing()

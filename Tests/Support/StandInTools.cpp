@@ -35,6 +35,13 @@ QByteArrayList ended(const QByteArray &bytes)
     return texts;
 }
 
+/// The tools directory without the tools of an earlier test.
+QString emptiedDirectory()
+{
+    QDir(StandInTools::directory()).removeRecursively();
+    return StandInTools::directory();
+}
+
 /// FNV-1a, 64 bits, as the program computes it.
 QString keyOf(const QByteArray &argv)
 {
@@ -244,7 +251,7 @@ void StandInTool::close(const QString &gate)
 }
 
 StandInTools::StandInTools()
-    : m_adb((QDir(directory()).removeRecursively(), directory() + u"/platform-tools/adb"), true)
+    : m_adb(emptiedDirectory() + u"/platform-tools/adb", true)
     , m_scrcpy(directory() + u"/scrcpy/scrcpy", false)
 {
 }

@@ -9,9 +9,10 @@
 #include <QVariantMap>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr int answerTime = 2000; // ms
 const QString busName = u"local.halvex.varda"_s;

@@ -1,4 +1,4 @@
-// ProgramArguments: asked before there is a display, and again when Qt has taken its own options out.
+// ProgramArguments: parsed before there is a display, and again when Qt has taken its own options out.
 #include "Varda/App/ProgramArguments.h"
 
 #include <QCommandLineParser>
@@ -6,9 +6,10 @@
 #include <QDir>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 struct Grammar
 {
@@ -59,7 +60,7 @@ std::optional<QUrl> ProgramArguments::file()
     if (files.isEmpty())
         return std::nullopt;
     const QString &path = files.first();
-    // Not cleaned: behind a link, ".." is not what its text says.
+    // Not cleaned: behind a symbolic link, ".." leads elsewhere than the text suggests.
     return QUrl::fromLocalFile(path.startsWith(u'/') ? path : QDir::currentPath() + u'/' + path);
 }
 

@@ -1,4 +1,4 @@
-// QuitSignals: a signal handler may do next to nothing, so that it writes a byte into a pipe that the event loop reads.
+// QuitSignals: the signal handler writes one byte into a pipe that the event loop reads, and does nothing else.
 #include "Varda/App/QuitSignals.h"
 
 #include <QSocketNotifier>
@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 namespace varda {
+
 namespace {
 
 constexpr std::array caught{SIGTERM, SIGINT, SIGHUP};

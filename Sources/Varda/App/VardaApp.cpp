@@ -1,4 +1,4 @@
-// VardaApp: what stands before the first window, and how the program ends.
+// VardaApp: prepares the application object before the first window is made, and stops the model on every way out.
 #include "Varda/App/VardaApp.h"
 
 #include "Varda/App/OpenRequests.h"
@@ -18,9 +18,10 @@
 #include <cstdlib>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 /// Room for what the window manager draws around the window, which is known only once the window is on the screen. The
 /// tallest common title bar has 37 pixels.
@@ -41,8 +42,8 @@ void stopRunningModel()
         model->stop();
 }
 
-/// What has to stand before the first window: who the program is on the desktop, and how it looks.
-std::unique_ptr<VardaView> makeView(std::shared_ptr<VardaModel> model)
+/// What windows need before they are made: who the program is on the desktop, and how it looks.
+void prepareApplication()
 {
     QCoreApplication::setApplicationName(u"varda"_s);
     QGuiApplication::setApplicationDisplayName(u"Varda"_s);
@@ -51,7 +52,6 @@ std::unique_ptr<VardaView> makeView(std::shared_ptr<VardaModel> model)
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, u"/dev/null"_s);
     prepareAppearance();
     QGuiApplication::setWindowIcon(applicationIcon());
-    return std::make_unique<VardaView>(std::move(model));
 }
 
 } // namespace
@@ -59,10 +59,11 @@ std::unique_ptr<VardaView> makeView(std::shared_ptr<VardaModel> model)
 VardaApp::VardaApp(int &argc, char **argv)
     : m_application(argc, argv)
     , m_model(VardaModel::create(std::make_unique<QtFileDialogs>()))
-    , m_view(makeView(m_model))
-    , m_about(std::make_unique<AboutPane>(m_view.get()))
     , m_requests(std::make_unique<OpenRequests>())
 {
+    prepareApplication();
+    m_view = std::make_unique<VardaView>(m_model);
+    m_about = std::make_unique<AboutPane>(m_view.get());
     fillApplicationMenu();
     QObject::connect(m_view.get(), &VardaView::closed, &m_application, quit);
     QObject::connect(new QuitSignals(&m_application), &QuitSignals::received, &m_application, quit);

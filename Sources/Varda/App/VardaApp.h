@@ -21,8 +21,8 @@ class VardaApp final
 {
 public:
     VardaApp(int &argc, char **argv);
-    ~VardaApp();
     Q_DISABLE_COPY_MOVE(VardaApp)
+    ~VardaApp();
 
     /// Shows the window, starts the model, takes the build `file` if there is one, and runs until the program is to
     /// end. Returns its exit status.
@@ -35,8 +35,8 @@ private:
 
     QApplication m_application;
     const std::shared_ptr<VardaModel> m_model;
-    const std::unique_ptr<VardaView> m_view;
-    const std::unique_ptr<AboutPane> m_about;
+    std::unique_ptr<VardaView> m_view;
+    std::unique_ptr<AboutPane> m_about;
     const std::unique_ptr<OpenRequests> m_requests;
 };
 

@@ -1,4 +1,4 @@
-// Adb: every command line that Varda gives to adb and scrcpy, and nothing else.
+// Adb: one function for each command line; the time-outs go by how long the phone may take to answer.
 #include "Varda/Model/Adb.h"
 
 namespace varda {
@@ -8,7 +8,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// How long a question to the phone or to adb's server may take that has a short answer.
+/// For a command with a short answer, from the phone or from adb's server.
 constexpr auto shortCommand = 20s;
 /// `devices` and `logcat -d` run on every tick: a stuck one must not hold the tick up for long.
 constexpr auto tickCommand = 8s;

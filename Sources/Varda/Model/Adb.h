@@ -33,7 +33,7 @@ struct Adb
     static CommandLine screenshot(const QString &serial);
 
     static CommandLine processID(const QString &serial, const QString &package);
-    /// The latest 350 lines of the log, of process `pid` only where one is given.
+    /// The latest 350 lines of the log, only of process `pid` if one is given.
     static CommandLine log(const QString &serial, const std::optional<QString> &pid);
 
     /// The pairing code is not part of it: adb reads the code from standard input.
@@ -44,7 +44,7 @@ struct Adb
 /// scrcpy's command line. It runs until its window is closed, so there is no time-out.
 struct Scrcpy
 {
-    /// Mirrors device `serial`, called `name` in the window's title, and records to the path `recording` where given.
+    /// Mirrors device `serial`, called `name` in the window's title, and records to the path `recording` if given.
     static QStringList mirror(const QString &serial, const QString &name, const std::optional<QString> &recording);
 };
 

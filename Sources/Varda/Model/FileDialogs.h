@@ -23,10 +23,7 @@ class FileDialogs
 {
 public:
     FileDialogs() = default;
-    FileDialogs(const FileDialogs &) = delete;
-    FileDialogs(FileDialogs &&) = delete;
-    FileDialogs &operator=(const FileDialogs &) = delete;
-    FileDialogs &operator=(FileDialogs &&) = delete;
+    Q_DISABLE_COPY_MOVE(FileDialogs)
     virtual ~FileDialogs() = default;
 
     /// Asks for one existing ".apk" file; never a directory.

@@ -1,4 +1,4 @@
-// LocalPath: Qt would take any host for a local file, and make a path of its name.
+// LocalPath: the host is checked here, because QUrl takes a file of any host for local.
 #include "Varda/Model/LocalPath.h"
 
 #include <QDir>

@@ -1,6 +1,8 @@
 // Published: a property of the model whose every write is announced.
 #pragma once
 
+#include <QtGlobal>
+
 #include <functional>
 #include <utility>
 
@@ -13,7 +15,7 @@ namespace varda {
 /// The rules, in the order in which a write follows them:
 /// 1. `willChange` is called, for equal values too: nobody compares.
 /// 2. The new value is stored.
-/// 3. `didChange`, where there is one, receives the previous value; it may write other properties.
+/// 3. `didChange`, if there is one, receives the previous value; it may write other properties.
 ///
 /// Not copyable and not movable: a property belongs to its model. No locks: use it on the model's thread only.
 template <typename Value>
@@ -23,16 +25,15 @@ public:
     using WillChange = std::function<void()>;
     using DidChange = std::function<void(const Value &previous)>;
 
-    explicit Published(WillChange willChange, Value initial = {}, DidChange didChange = {})
-        : m_willChange(std::move(willChange))
+    /// `willChange` is shared by the properties of a model and outlives them.
+    explicit Published(const WillChange &willChange, Value initial = {}, DidChange didChange = {})
+        : m_willChange(willChange)
         , m_didChange(std::move(didChange))
         , m_value(std::move(initial))
     {
     }
-    Published(const Published &) = delete;
-    Published(Published &&) = delete;
-    Published &operator=(const Published &) = delete;
-    Published &operator=(Published &&) = delete;
+    explicit Published(const WillChange &&, Value = {}, DidChange = {}) = delete;
+    Q_DISABLE_COPY_MOVE(Published)
     ~Published() = default;
 
     const Value &operator()() const { return m_value; }
@@ -47,7 +48,7 @@ public:
     }
 
 private:
-    const WillChange m_willChange;
+    const WillChange &m_willChange;
     const DidChange m_didChange;
     Value m_value;
 };

@@ -1,4 +1,4 @@
-// SaveFile: writing a whole file, or leaving the old one as it was.
+// SaveFile: QSaveFile, used so that no error of the disk is lost.
 #include "Varda/Model/SaveFile.h"
 
 #include "VardaCore/Await.h"
@@ -13,7 +13,7 @@ namespace varda {
 
 namespace {
 
-/// A disk that fills up takes a part, and says why only when it is asked to take the rest.
+/// A disk that fills up accepts a part, and reports the error only when the rest is written.
 bool writeAll(QSaveFile &file, QByteArrayView rest)
 {
     while (!rest.isEmpty()) {

@@ -12,8 +12,8 @@ namespace varda {
 /// reason; an existing file is then unchanged. Any thread; blocks while it writes.
 void saveFile(const QString &path, const QByteArray &contents);
 
-/// As `saveFile`, on a thread of its own: a slow disk holds nothing up. A program that ends meanwhile waits for it.
-/// Needs an event loop on the caller's thread; throws std::system_error, too, where there is no thread to be had.
+/// As `saveFile`, on a thread of its own: a slow disk does not block the window. The end of the program waits for it.
+/// Needs an event loop on the caller's thread; also throws std::system_error if no thread can be started.
 QCoro::Task<> saveFileInBackground(QString path, QByteArray contents);
 
 } // namespace varda

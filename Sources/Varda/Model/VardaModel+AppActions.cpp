@@ -1,8 +1,8 @@
 // VardaModel: launching and stopping the app under test, listing the installed apps, screenshots.
 #include "Varda/Model/VardaModel.h"
 
-#include "Varda/Model/RunAdb.h"
 #include "Varda/Model/SaveFile.h"
+#include "Varda/Model/Tools.h"
 #include "VardaCore/Text.h"
 #include "VardaCore/ToolError.h"
 #include "VardaCore/Validation.h"
@@ -45,6 +45,16 @@ QCoro::Task<QString> stopApp(QString serial, QString package)
     co_return u"Stopped "_s + package + u" on "_s + serial + u'.';
 }
 
+QCoro::Task<QString> listPackages(std::shared_ptr<VardaModel> self, QString serial)
+{
+    const CommandResult listing = co_await runAdb(Adb::listPackages(serial));
+    QString packages = listing.checked().text();
+    packages.remove(u"package:"_s);
+    self->logs = packages;
+    self->logging = false; // or the next tick would replace the list by log lines
+    co_return u"User-installed package IDs are shown in the console."_s;
+}
+
 QCoro::Task<QString> saveScreenshot(QString serial, QString path)
 {
     const CommandResult result = co_await runAdb(Adb::screenshot(serial));
@@ -82,23 +92,13 @@ void VardaModel::listApps()
         [self = shared_from_this(), serial = device->id] { return listPackages(self, serial); });
 }
 
-QCoro::Task<QString> VardaModel::listPackages(std::shared_ptr<VardaModel> self, QString serial)
-{
-    const CommandResult listing = co_await runAdb(Adb::listPackages(serial));
-    QString packages = listing.checked().text();
-    packages.remove(u"package:"_s);
-    self->logs = packages;
-    self->logging = false; // or the next tick would replace the list by log lines
-    co_return u"User-installed package IDs are shown in the console."_s;
-}
-
 void VardaModel::screenshot()
 {
     const std::optional<AndroidDevice> device = actionTarget();
     if (!device)
         return;
     const QString name = u"Varda-"_s + QString::number(QDateTime::currentSecsSinceEpoch()) + u".png"_s;
-    const std::optional<QString> path = dialogs->saveLocation(SaveKind::PngImage, name);
+    const std::optional<QString> path = m_dialogs->saveLocation(SaveKind::PngImage, name);
     if (!path)
         return;
     run(u"Capturing phone screenshot…"_s, [serial = device->id, path = *path] { return saveScreenshot(serial, path); });

@@ -2,7 +2,7 @@
 #include "Varda/Model/VardaModel.h"
 
 #include "Varda/Model/LocalPath.h"
-#include "Varda/Model/RunAdb.h"
+#include "Varda/Model/Tools.h"
 #include "VardaCore/ToolError.h"
 
 #include <QFileInfo>
@@ -33,7 +33,7 @@ QCoro::Task<QString> installBuild(QString serial, QFileInfo build)
 
 void VardaModel::chooseAPK()
 {
-    if (const std::optional<QUrl> location = dialogs->chooseBuild())
+    if (const std::optional<QUrl> location = m_dialogs->chooseBuild())
         acceptAPK(*location);
 }
 

@@ -1,8 +1,8 @@
 // VardaModel: the log console.
 #include "Varda/Model/VardaModel.h"
 
-#include "Varda/Model/RunAdb.h"
 #include "Varda/Model/SaveFile.h"
+#include "Varda/Model/Tools.h"
 #include "VardaCore/Text.h"
 #include "VardaCore/ToolError.h"
 #include "VardaCore/Validation.h"
@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The first process ID in what `pidof` printed; absent where the app does not run.
+/// The first process ID in what `pidof` printed; absent if the app does not run.
 std::optional<QString> firstProcessID(const QString &output)
 {
     const QString first = output.simplified().section(u' ', 0, 0);
@@ -25,13 +25,13 @@ std::optional<QString> firstProcessID(const QString &output)
     return first;
 }
 
-/// The latest log of device `serial`, of the app `package` only where one is given.
+/// The latest log of device `serial`, only of the app `package` if one is given.
 QCoro::Task<QString> readSnapshot(QString serial, QString package)
 {
     std::optional<QString> pid;
     if (!package.isEmpty()) {
         const CommandResult found = co_await runAdb(Adb::processID(serial, package));
-        pid = firstProcessID(found.text()); // not checked: `pidof` exits with 1 where no process matches
+        pid = firstProcessID(found.text()); // not checked: `pidof` exits with 1 if no process matches
         if (!pid)
             co_return u"This app is not running. Launch it to see its logs."_s;
     }
@@ -67,7 +67,7 @@ QCoro::Task<> VardaModel::readLogs()
 
 void VardaModel::exportLogs()
 {
-    const std::optional<QString> path = dialogs->saveLocation(SaveKind::PlainText, u"Varda-logcat.txt"_s);
+    const std::optional<QString> path = m_dialogs->saveLocation(SaveKind::PlainText, u"Varda-logcat.txt"_s);
     if (!path)
         return;
     try {

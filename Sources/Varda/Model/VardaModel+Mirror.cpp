@@ -1,8 +1,7 @@
 // VardaModel: the live phone, a scrcpy process that outlives every action.
 #include "Varda/Model/VardaModel.h"
 
-#include "Varda/Model/Adb.h"
-#include "Varda/Model/ToolLocation.h"
+#include "Varda/Model/Tools.h"
 #include "VardaCore/ChildProcess.h"
 #include "VardaCore/ToolError.h"
 
@@ -12,9 +11,9 @@ using namespace Qt::StringLiterals;
 
 void VardaModel::mirrorPhone(bool record)
 {
-    if (mirror) {
-        stoppingMirror = true;
-        mirror->terminate();
+    if (m_mirror) {
+        m_stoppingMirror = true;
+        m_mirror->terminate();
         return;
     }
     const std::optional<AndroidDevice> device = actionTarget();
@@ -22,8 +21,8 @@ void VardaModel::mirrorPhone(bool record)
         return;
     std::optional<QString> recording;
     if (record) {
-        recording = dialogs->saveLocation(SaveKind::Mpeg4Movie, u"Varda-session.mp4"_s);
-        if (!recording || mirror) // another mirror may have been opened while the dialog was
+        recording = m_dialogs->saveLocation(SaveKind::Mpeg4Movie, u"Varda-session.mp4"_s);
+        if (!recording || m_mirror) // another mirror may have been opened while the dialog was
             return;
     }
     openMirror(*device, recording);
@@ -43,27 +42,28 @@ void VardaModel::openMirror(const AndroidDevice &device, const std::optional<QSt
         .ownSession = true,
     };
     try {
-        mirror = std::make_shared<ChildProcess>(ChildProcess::launch(description));
+        m_mirror = std::make_shared<ChildProcess>(ChildProcess::launch(description));
     } catch (const std::exception &failure) {
         error = describe(failure);
         return;
     }
-    mirror->onExit(
-        this, [this, process = std::weak_ptr(mirror)](qint32 exitStatus) { mirrorEnded(process.lock(), exitStatus); });
+    m_mirror->onExit(this, [this, process = std::weak_ptr(m_mirror)](qint32 exitStatus) {
+        mirrorEnded(process.lock(), exitStatus);
+    });
     mirrorRunning = true;
     status = recording ? u"Recording the real device in the live phone window."_s
                        : u"Live phone opened. Use your Mac keyboard and mouse to test the app."_s;
 }
 
-/// Of a process that is no longer the mirror, and then null, there is nothing to tell.
+/// Ignores a process that is no longer the mirror; it is null if it is gone.
 void VardaModel::mirrorEnded(const std::shared_ptr<ChildProcess> &process, qint32 exitStatus)
 {
-    if (!process || process != mirror)
+    if (!process || process != m_mirror)
         return;
-    const bool asked = stoppingMirror;
-    mirror.reset();
+    const bool asked = m_stoppingMirror;
+    m_mirror.reset();
     mirrorRunning = false;
-    stoppingMirror = false;
+    m_stoppingMirror = false;
     if (exitStatus != 0 && !asked)
         error = u"Screen control stopped (exit "_s + QString::number(exitStatus) +
                 u"). Check USB authorization and reconnect the phone."_s;

@@ -1,7 +1,7 @@
 // VardaModel: pairing with a phone over Wi-Fi, and connecting to it.
 #include "Varda/Model/VardaModel.h"
 
-#include "Varda/Model/RunAdb.h"
+#include "Varda/Model/Tools.h"
 #include "VardaCore/Text.h"
 #include "VardaCore/ToolError.h"
 #include "VardaCore/Validation.h"
@@ -25,32 +25,7 @@ QCoro::Task<QString> pairWith(QString endpoint, QString code)
     co_return u"Paired. Now enter the connection IP:port from the main Wireless debugging screen."_s;
 }
 
-} // namespace
-
-void VardaModel::pair()
-{
-    const QString endpoint = trimmed(pairingEndpoint());
-    const QString code = pairingCode();
-    if (!Validation::endpoint(endpoint) || !Validation::pairingCode(code)) {
-        error =
-            u"Use the pairing IP:port and six-digit code shown in Android Wireless debugging → Pair with pairing code."_s;
-        return;
-    }
-    pairingCode = QString(); // even where the action is dropped: the code does not stay on the screen
-    run(u"Pairing with your Android phone…"_s, [endpoint, code] { return pairWith(endpoint, code); });
-}
-
-void VardaModel::connect()
-{
-    const QString endpoint = trimmed(connectEndpoint());
-    if (!Validation::endpoint(endpoint)) {
-        error = u"Enter the phone’s wireless connection address in host:port format."_s;
-        return;
-    }
-    run(u"Connecting over Wi-Fi…"_s, [self = shared_from_this(), endpoint] { return connectTo(self, endpoint); });
-}
-
-QCoro::Task<QString> VardaModel::connectTo(std::shared_ptr<VardaModel> self, QString endpoint)
+QCoro::Task<QString> connectTo(std::shared_ptr<VardaModel> self, QString endpoint)
 {
     const CommandResult result = co_await runAdb(Adb::connect(endpoint));
     const QString output = result.checked().text();
@@ -62,6 +37,31 @@ QCoro::Task<QString> VardaModel::connectTo(std::shared_ptr<VardaModel> self, QSt
         std::any_of(devices.begin(), devices.end(), [&](const AndroidDevice &each) { return each.id == endpoint; });
     self->selectedID = listed ? endpoint : self->selectedID();
     co_return trimmed(output);
+}
+
+} // namespace
+
+void VardaModel::pair()
+{
+    const QString endpoint = trimmed(pairingEndpoint());
+    const QString code = pairingCode();
+    if (!Validation::endpoint(endpoint) || !Validation::pairingCode(code)) {
+        error =
+            u"Use the pairing IP:port and six-digit code shown in Android Wireless debugging → Pair with pairing code."_s;
+        return;
+    }
+    pairingCode = QString(); // even if the action is dropped, so that the code does not stay on the screen
+    run(u"Pairing with your Android phone…"_s, [endpoint, code] { return pairWith(endpoint, code); });
+}
+
+void VardaModel::connect()
+{
+    const QString endpoint = trimmed(connectEndpoint());
+    if (!Validation::endpoint(endpoint)) {
+        error = u"Enter the phone’s wireless connection address in host:port format."_s;
+        return;
+    }
+    run(u"Connecting over Wi-Fi…"_s, [self = shared_from_this(), endpoint] { return connectTo(self, endpoint); });
 }
 
 } // namespace varda

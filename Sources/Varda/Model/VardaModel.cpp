@@ -1,8 +1,7 @@
 // VardaModel: life, poll loop, action runner and refresh.
 #include "Varda/Model/VardaModel.h"
 
-#include "Varda/Model/RunAdb.h"
-#include "Varda/Model/ToolLocation.h"
+#include "Varda/Model/Tools.h"
 #include "VardaCore/ChildProcess.h"
 #include "VardaCore/ToolError.h"
 
@@ -23,7 +22,7 @@ namespace {
 /// Between the end of one tick's work and the start of the next tick.
 constexpr auto pollPause = 2500ms;
 
-/// The device to select where none is: the first phone, else the first emulator.
+/// The device to select if none is selected: the first phone, else the first emulator.
 std::optional<QString> firstChoice(const QList<AndroidDevice> &devices)
 {
     const auto phone = std::find_if(devices.begin(), devices.end(), [](const auto &each) { return !each.emulator(); });
@@ -48,15 +47,15 @@ std::shared_ptr<VardaModel> VardaModel::create(std::unique_ptr<FileDialogs> dial
     return std::shared_ptr<VardaModel>(new VardaModel(std::move(dialogs)));
 }
 
-VardaModel::VardaModel(std::unique_ptr<FileDialogs> fileDialogs)
-    : dialogs(std::move(fileDialogs))
+VardaModel::VardaModel(std::unique_ptr<FileDialogs> dialogs)
+    : m_dialogs(std::move(dialogs))
 {
 }
 
 VardaModel::~VardaModel()
 {
-    if (mirror)
-        mirror->abandon();
+    if (m_mirror)
+        m_mirror->abandon();
 }
 
 std::optional<AndroidDevice> VardaModel::selected() const
@@ -95,31 +94,31 @@ std::optional<AndroidDevice> VardaModel::actionTarget() const
 
 void VardaModel::start()
 {
-    if (poll)
+    if (m_poll)
         return;
-    poll = std::make_shared<Poll>();
-    poll->model = shared_from_this();
-    poll->pause.setSingleShot(true);
-    poll->pause.setTimerType(Qt::PreciseTimer); // the only type that is never early
-    const auto begin = [running = std::weak_ptr(poll)] {
+    m_poll = std::make_shared<Poll>();
+    m_poll->model = shared_from_this();
+    m_poll->pause.setSingleShot(true);
+    m_poll->pause.setTimerType(Qt::PreciseTimer); // the only type that is never early
+    const auto begin = [running = std::weak_ptr(m_poll)] {
         if (const std::shared_ptr<Poll> stillRunning = running.lock())
             tick(stillRunning);
     };
     // The application's event and not the timer's: the end of a tick may be the end of the timer, and of the model.
-    QObject::connect(&poll->pause, &QTimer::timeout, qApp, begin, Qt::QueuedConnection);
+    QObject::connect(&m_poll->pause, &QTimer::timeout, qApp, begin, Qt::QueuedConnection);
     QMetaObject::invokeMethod(qApp, begin, Qt::QueuedConnection);
 }
 
 void VardaModel::stop()
 {
-    if (poll) {
-        poll->pause.stop();
-        poll->model.reset();
+    if (m_poll) {
+        m_poll->pause.stop();
+        m_poll->model.reset();
     }
-    poll.reset();
-    stoppingMirror = true;
-    if (mirror)
-        mirror->terminate();
+    m_poll.reset();
+    m_stoppingMirror = true;
+    if (m_mirror)
+        m_mirror->terminate();
 }
 
 QCoro::Task<> VardaModel::tick(std::shared_ptr<Poll> poll)
@@ -141,7 +140,7 @@ void VardaModel::run(const QString &working, Action action)
 {
     if (busy())
         return;
-    // What holds this is the action in flight: however that ends, the model is free again.
+    // The action in flight holds this, so that `busy` ends with the action however that ends.
     const std::shared_ptr<VardaModel> held(this, [self = shared_from_this()](VardaModel *) { self->busy = false; });
     busy = true;
     status = working;
@@ -170,14 +169,20 @@ QCoro::Task<> VardaModel::refresh()
     try {
         const CommandResult listing = co_await runAdb(Adb::devices());
         devices = AndroidDevice::parse(listing.checked().text());
+        if (!selectedID())
+            selectedID = firstChoice(devices());
+        if (devices().isEmpty())
+            status = u"No device detected. Enable USB debugging, unlock the phone and approve this Mac."_s;
     } catch (const std::exception &failure) {
         status = describe(failure);
-        co_return;
     }
-    if (!selectedID())
-        selectedID = firstChoice(devices());
-    if (devices().isEmpty())
-        status = u"No device detected. Enable USB debugging, unlock the phone and approve this Mac."_s;
+}
+
+void VardaModel::startRefresh()
+{
+    // Nobody awaits this task, and nobody needs to: `refresh` reports its failures itself.
+    const auto begin = [self = shared_from_this()] { self->refresh(); };
+    QMetaObject::invokeMethod(this, begin, Qt::QueuedConnection);
 }
 
 } // namespace varda

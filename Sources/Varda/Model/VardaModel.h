@@ -31,7 +31,7 @@ class ChildProcess;
 /// Lives on the main thread, as do all its properties and methods; it needs a running event loop. Commands block only
 /// inside the command runner. Three kinds of method hold their caller up: those that ask the user for a file;
 /// `exportLogs`, which writes it; and `mirrorPhone`, until the system has loaded scrcpy or failed to: 0.1 ms, or 10 ms
-/// from a disk. So `stop` and the model's end never meet a mirror that is about to be there.
+/// from a disk. So `stop` and the destructor never meet a mirror that is still being launched.
 ///
 /// A method whose guards fail (no device, device not ready, an action in flight, a dialog cancelled) does nothing and
 /// says nothing: the window disables its control in the same conditions.
@@ -41,49 +41,46 @@ class VardaModel final : public QObject, public std::enable_shared_from_this<Var
 {
     Q_OBJECT
 
-    const std::function<void()> announce = [this] { Q_EMIT objectWillChange(); };
+    /// Shared by the properties, which refer to it and therefore come after it.
+    const std::function<void()> m_announce = [this] { Q_EMIT objectWillChange(); };
 
 public:
     /// A model that knows no device yet and does nothing until `start()`.
     static std::shared_ptr<VardaModel> create(std::unique_ptr<FileDialogs> dialogs);
-    VardaModel(const VardaModel &) = delete;
-    VardaModel(VardaModel &&) = delete;
-    VardaModel &operator=(const VardaModel &) = delete;
-    VardaModel &operator=(VardaModel &&) = delete;
-
+    Q_DISABLE_COPY_MOVE(VardaModel)
     /// Leaves a running mirror and its recording alone; `stop()` is what ends them.
     ~VardaModel() override;
 
     /// The attached devices of the last successful listing, in adb's order.
-    Published<QList<AndroidDevice>> devices{announce};
+    Published<QList<AndroidDevice>> devices{m_announce};
     /// Serial of the device that actions and console address; kept while its phone is unplugged. Writing another one
     /// turns the console off and empties it.
     Published<std::optional<QString>> selectedID{
-        announce, std::nullopt, [this](const std::optional<QString> &previous) { selectionChanged(previous); }};
+        m_announce, std::nullopt, [this](const std::optional<QString> &previous) { selectionChanged(previous); }};
     /// One line of progress and outcome.
-    Published<QString> status{announce, QStringLiteral("Connect an Android phone with a USB data cable.")};
+    Published<QString> status{m_announce, QStringLiteral("Connect an Android phone with a USB data cable.")};
     /// An action is in flight; polling pauses.
-    Published<bool> busy{announce, false};
+    Published<bool> busy{m_announce, false};
     /// The build to install: a regular ".apk" file when it was accepted.
-    Published<std::optional<QUrl>> apk{announce};
+    Published<std::optional<QUrl>> apk{m_announce};
     /// The package ID as typed, untrimmed.
-    Published<QString> packageName{announce};
+    Published<QString> packageName{m_announce};
     /// The console: one whole snapshot or notice, never an accumulation.
-    Published<QString> logs{announce};
+    Published<QString> logs{m_announce};
     /// The console is live: each tick replaces `logs`.
-    Published<bool> logging{announce, false};
+    Published<bool> logging{m_announce, false};
     /// A mirror process is alive.
-    Published<bool> mirrorRunning{announce, false};
+    Published<bool> mirrorRunning{m_announce, false};
     /// The Wi-Fi sheet is shown.
-    Published<bool> wireless{announce, false};
+    Published<bool> wireless{m_announce, false};
     /// The pairing address as typed.
-    Published<QString> pairingEndpoint{announce};
+    Published<QString> pairingEndpoint{m_announce};
     /// The connection address as typed.
-    Published<QString> connectEndpoint{announce};
+    Published<QString> connectEndpoint{m_announce};
     /// The six-digit pairing code as typed; emptied as soon as pairing starts.
-    Published<QString> pairingCode{announce};
+    Published<QString> pairingCode{m_announce};
     /// The last failure, until whoever shows it clears it; the model never does. An empty text is a failure too.
-    Published<std::optional<QString>> error{announce};
+    Published<std::optional<QString>> error{m_announce};
 
     /// The first device whose serial is `selectedID`. No fallback: absent while that phone is away.
     std::optional<AndroidDevice> selected() const;
@@ -92,13 +89,15 @@ public:
     /// The device is ready and no action is in flight: an action that needs a device may start.
     bool takesActions() const;
 
-    /// Starts polling, unless it runs: list the devices, read the console where it is live, pause 2.5 seconds, again.
+    /// Starts polling, unless it runs: list the devices, read the console if it is live, pause 2.5 seconds, again.
     void start();
     /// Ends polling without waiting for a command in flight, and asks a running mirror to end.
     void stop();
 
-    /// Lists the devices and selects one where none is selected. Never throws: failures go to `status`.
+    /// Lists the devices and selects one if none is selected. Never throws: failures go to `status`.
     QCoro::Task<> refresh();
+    /// Starts `refresh` on the next turn of the event loop and does not wait for it.
+    void startRefresh();
     /// Reads one console snapshot. Never throws: failures turn the console off and go to `error`.
     QCoro::Task<> readLogs();
     /// Asks where to, and saves what the console shows.
@@ -123,7 +122,7 @@ public:
     /// Connects to `connectEndpoint` and selects the phone that it brings. Hides QObject::connect.
     void connect();
 
-    /// Opens the live phone, recorded to a file that the user chooses where `record` is true; ends a running one
+    /// Opens the live phone, recorded to a file that the user chooses if `record` is true; ends a running one
     /// whatever `record` says.
     void mirrorPhone(bool record);
 
@@ -145,15 +144,13 @@ private:
     static QCoro::Task<> perform(std::shared_ptr<VardaModel> self, QString working, Action action);
     static QCoro::Task<> tick(std::shared_ptr<Poll> poll);
 
-    static QCoro::Task<QString> listPackages(std::shared_ptr<VardaModel> self, QString serial);
-    static QCoro::Task<QString> connectTo(std::shared_ptr<VardaModel> self, QString endpoint);
     void openMirror(const AndroidDevice &device, const std::optional<QString> &recording);
     void mirrorEnded(const std::shared_ptr<ChildProcess> &process, qint32 exitStatus);
 
-    const std::unique_ptr<FileDialogs> dialogs;
-    std::shared_ptr<ChildProcess> mirror; ///< the running mirror, or null
-    bool stoppingMirror = false;          ///< the mirror was asked to end: its exit status is no failure
-    std::shared_ptr<Poll> poll;           ///< the running poll loop, or null
+    const std::unique_ptr<FileDialogs> m_dialogs;
+    std::shared_ptr<ChildProcess> m_mirror; ///< the running mirror, or null
+    bool m_stoppingMirror = false;          ///< the mirror was asked to end: its exit status is no failure
+    std::shared_ptr<Poll> m_poll;           ///< the running poll loop, or null
 };
 
 } // namespace varda

@@ -1,4 +1,4 @@
-// AboutPane: three texts and a link.
+// AboutPane: the link alone reaches into the padding, by the width of its focus ring.
 #include "Varda/View/AboutPane.h"
 
 #include "Varda/View/Widgets/Button.h"
@@ -11,9 +11,10 @@
 #include <QVBoxLayout>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr int paneWidth = 520;
 constexpr int padding = 30;

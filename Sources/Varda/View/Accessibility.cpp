@@ -1,4 +1,4 @@
-// Accessibility: one factory gives each kind of widget of our own its role.
+// Accessibility: one factory makes the interfaces; a widget that it does not know gets the one that Qt has for it.
 #include "Varda/View/Accessibility.h"
 
 #include "Varda/View/DeviceRow.h"
@@ -12,9 +12,10 @@
 #include <QAccessibleWidget>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 /// One of the exclusive choices in the device list.
 class AccessibleDeviceRow final : public QAccessibleWidget
@@ -62,7 +63,7 @@ public:
         return QAccessibleWidget::text(kind);
     }
 
-    // The viewport and the scroll bars are the widget's own affair.
+    // A screen reader has no use for the viewport and the scroll bars.
     int childCount() const override { return 0; }
     QAccessibleInterface *child(int) const override { return nullptr; }
 };
@@ -89,7 +90,7 @@ QAccessibleInterface *create(const QString &className, QObject *object)
 {
     // Qt's own interface of scroll areas counts only the bars that are shown, and reads past the end of its list when
     // it is asked for a child that has gone since it was counted: it takes whatever lies there for an object and
-    // crashes. To this one all children belong, shown or not, and it knows none beyond its last.
+    // crashes. This interface counts all children, shown or not, and has none beyond the last.
     if (className == "QScrollArea"_L1 || className == "QAbstractScrollArea"_L1)
         return new QAccessibleWidget(static_cast<QWidget *>(object), QAccessible::Client);
     if (auto *row = qobject_cast<DeviceRow *>(object))

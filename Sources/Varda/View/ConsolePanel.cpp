@@ -17,9 +17,10 @@
 #include <QVBoxLayout>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr int stackSpacing = 10;
 const auto placeholder = u"Device output will appear here. Enter a package ID to limit logs to your running app."_s;

@@ -7,9 +7,10 @@
 #include <QPainter>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr int iconSize = 28;
 constexpr int iconGap = 16;

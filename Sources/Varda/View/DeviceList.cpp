@@ -13,9 +13,10 @@
 #include <utility>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr int rowGap = 8;
 constexpr int waitingPadding = 12;
@@ -61,7 +62,7 @@ void DeviceList::render()
     if (rows != m_rows)
         arrange(rows);
     m_waiting->setVisible(rows.isEmpty());
-    // As with radio buttons, Tab stops at the selected row, or at the first where none is.
+    // As with radio buttons, Tab stops at the selected row, or at the first if none is.
     const auto selected = std::ranges::find_if(m_rows, &DeviceRow::isChecked);
     DeviceRow *stop = selected != m_rows.end() ? *selected : m_rows.value(0);
     for (DeviceRow *row : std::as_const(m_rows))

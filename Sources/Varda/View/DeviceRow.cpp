@@ -11,9 +11,10 @@
 #include <QPainter>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr int padding = 12;
 constexpr int deviceIcon = 22;

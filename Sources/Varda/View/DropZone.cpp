@@ -12,9 +12,10 @@
 #include <QTimer>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr int padding = 20;
 constexpr int iconSize = 32;

@@ -10,9 +10,10 @@
 #include <QWindow>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr int alertWidth = 460;
 constexpr int padding = 24;

@@ -1,4 +1,4 @@
-// MainColumn: the stack of panels, and the status line, which floats where its place is out of sight.
+// MainColumn: the stack of panels, and the status line, which floats while its place is out of sight.
 #include "Varda/View/MainColumn.h"
 
 #include "Varda/View/ConsolePanel.h"
@@ -13,9 +13,10 @@
 #include <QVBoxLayout>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr int headerGap = 7;
 constexpr int focusMargin = 24;
@@ -47,11 +48,11 @@ MainColumn::MainColumn(VardaModel &model, const WindowActions &actions, QWidget 
     setFrameShape(QFrame::NoFrame);
     setWidgetResizable(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // within the padding; invisible where nothing scrolls
+    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // within the padding; invisible if nothing scrolls
     setFocusPolicy(Qt::ClickFocus);                    // keys scroll it from wherever the focus is
 
     auto *column = new QWidget;
-    setWidget(column); // while it is empty: its size is asked for here, and is not the last one
+    setWidget(column); // while it is empty: QScrollArea takes its present size, which is not the final one
     auto *stack = new QVBoxLayout(column);
     stack->setContentsMargins(theme::mainPadding, theme::mainPadding, theme::mainPadding - theme::scrollBarExtent,
                               theme::mainPadding);
@@ -145,7 +146,7 @@ void MainColumn::scrollContentsBy(int dx, int dy)
     placeStatus();
 }
 
-/// Puts the status line on its place in the stack, or at the foot of the column where that is out of sight.
+/// Puts the status line on its place in the stack, or at the foot of the column if that is out of sight.
 void MainColumn::placeStatus()
 {
     if (!m_status)
@@ -164,7 +165,7 @@ void MainColumn::placeStatus()
     m_status->raise();
 }
 
-/// The window shows what Tab leads to. QScrollArea would do so too for a control that Qt moves the focus to itself.
+/// Not QScrollArea's, which would scroll as well when Qt itself moves the focus. VardaView shows what Tab leads to.
 bool MainColumn::focusNextPrevChild(bool next)
 {
     return QWidget::focusNextPrevChild(next);
@@ -184,7 +185,7 @@ void MainColumn::showConsole()
         reveal(*m_console, theme::mainSpacing);
 }
 
-/// Scrolls as little as it takes to have `widget` in sight, `margin` away from the edges and the floating status line.
+/// Scrolls as little as needed to bring `widget` into view, `margin` away from the edges and the floating status line.
 void MainColumn::reveal(const QWidget &widget, int margin)
 {
     const int top = widget.mapTo(this->widget(), QPoint(0, 0)).y() - margin;

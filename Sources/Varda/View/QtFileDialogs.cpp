@@ -16,9 +16,10 @@
 #include <QTreeView>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 // Of the file dialog's details.
 constexpr int nameColumn = 0;
@@ -47,22 +48,22 @@ KindOfFile kindOfFile(SaveKind kind)
     return {u"Export Console"_s, u"Plain text (*.txt)"_s, u"txt"_s, QStandardPaths::DocumentsLocation};
 }
 
-/// The folder for files of `home`'s kind, or the home folder where the desktop has none.
+/// The folder for files of `home`'s kind, or the home folder if the desktop has none.
 QString existingFolder(QStandardPaths::StandardLocation home)
 {
     const QString folder = QStandardPaths::writableLocation(home);
     return QDir(folder).exists() ? folder : QDir::homePath();
 }
 
-/// What a file dialog lies on: the window in front. Never the alert, which comes and goes with an error and would take
-/// the dialog along, or come back on the dialog: two windows that each lie on the other make Qt look for ever.
+/// The parent of a file dialog: the window in front. Never the alert, which would close the dialog with itself, or be
+/// shown above the dialog: Qt looks for the topmost parent for ever if two windows are each other's parent.
 QWidget *host()
 {
     QWidget *front = QApplication::activeWindow();
     return qobject_cast<ErrorAlert *>(front) ? front->parentWidget() : front;
 }
 
-/// Qt's own dialog cuts off what its narrow columns hold, and its kinds of files say less than their icons.
+/// Qt's own dialog cuts off the texts in its narrow columns, and its column of file types says less than the icons.
 void fitColumns(const QFileDialog &dialog)
 {
     auto *details = dialog.findChild<QTreeView *>();

@@ -12,9 +12,10 @@
 #include <QPainter>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr int productIcon = 26;
 constexpr int noteIcon = 18;
@@ -91,7 +92,7 @@ void SideColumn::addDevices(QVBoxLayout &stack, const WindowActions &actions)
     m_refresh->setObjectName(u"refreshButton"_s);
     m_refresh->setAccessibleName(u"Refresh devices"_s);
     setHint(*m_refresh, u"Refresh devices"_s, actions.refresh);
-    QObject::connect(m_refresh, &Button::clicked, this, [this] { refreshDevices(m_model); });
+    QObject::connect(m_refresh, &Button::clicked, this, [this] { m_model.startRefresh(); });
 
     m_devices = new DeviceList(m_model, m_refresh, this);
 

@@ -9,9 +9,10 @@
 #include <QTimer>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr int spinnerSize = 14;
 constexpr int spinnerSteps = 24;

@@ -9,7 +9,7 @@ namespace varda {
 
 class TextBlock;
 
-/// A small turning arc. Turns only while it is shown.
+/// An arc as small as the text beside it, which turns only while it is shown. Qt has a wide bar for this, and no arc.
 class Spinner final : public QWidget
 {
     Q_OBJECT

@@ -1,5 +1,6 @@
-// TextFields: only a text that differs is written, or the two directions would call each other for ever. A field shows
-// what the model has written one turn of the event loop later; what an input method commits until then is dropped.
+// TextFields: only a text that differs is written, or the field and the model would write to each other for ever. A
+// field shows what the model has written one turn of the event loop later; what an input method commits until then is
+// dropped.
 #include "Varda/View/TextFields.h"
 
 #include "Varda/View/Widgets/Theme.h"

@@ -1,4 +1,4 @@
-// VardaView: made once, rendered ever after; the dialogs over it are put in order in one place.
+// VardaView: builds its widgets once and then only updates them; one function decides which dialog is in front.
 #include "Varda/View/VardaView.h"
 
 #include "Varda/View/ErrorAlert.h"
@@ -96,8 +96,8 @@ void VardaView::render()
     m_sheetFocus.after();
 }
 
-/// The alert lies on the sheet, the sheet on the window. A dialog that goes away takes what lies on it along, so the
-/// alert steps aside first and comes back on what is then in front.
+/// The alert is above the sheet, the sheet above the window. A dialog that is hidden hides the dialogs above it, so the
+/// alert is hidden first and then shown above whatever is in front.
 void VardaView::presentDialogs()
 {
     const auto error = m_model->error();
@@ -108,7 +108,7 @@ void VardaView::presentDialogs()
         m_alert->present(*error, alertHost());
 }
 
-/// What the alert lies on: a file dialog where one is open, else the sheet, else the window.
+/// The window below the alert: a file dialog if one is open, else the sheet, else the main window.
 QWidget *VardaView::alertHost() const
 {
     QWidget *modal = QApplication::activeModalWidget();

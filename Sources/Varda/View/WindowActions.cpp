@@ -7,12 +7,12 @@
 #include <QAction>
 #include <QMenu>
 #include <QPushButton>
-#include <QTimer>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 QAction *makeAction(QWidget &window, const QString &name, Icon icon, const QString &text,
                     const QList<QKeySequence> &keys)
@@ -22,11 +22,6 @@ QAction *makeAction(QWidget &window, const QString &name, Icon icon, const QStri
     action->setShortcuts(keys);
     window.addAction(action);
     return action;
-}
-
-QCoro::Task<> refreshKeeping(std::shared_ptr<VardaModel> model)
-{
-    co_await model->refresh();
 }
 
 } // namespace
@@ -47,7 +42,7 @@ WindowActions::WindowActions(VardaModel &model, QWidget &window)
     , m_model(model)
 {
     QObject::connect(chooseBuild, &QAction::triggered, this, [this] { m_model.chooseAPK(); });
-    QObject::connect(refresh, &QAction::triggered, this, [this] { refreshDevices(m_model); });
+    QObject::connect(refresh, &QAction::triggered, this, [this] { m_model.startRefresh(); });
     QObject::connect(wireless, &QAction::triggered, this, [this] { m_model.wireless = true; });
     QObject::connect(exportLogs, &QAction::triggered, this, [this] { m_model.exportLogs(); });
 }
@@ -62,11 +57,6 @@ void WindowActions::render()
 void WindowActions::addTo(QMenu &menu) const
 {
     menu.addActions({chooseBuild, refresh, wireless, exportLogs, find, findNext, findPrevious});
-}
-
-void refreshDevices(VardaModel &model)
-{
-    QTimer::singleShot(0, &model, [kept = model.shared_from_this()] { refreshKeeping(kept); });
 }
 
 void setHint(QPushButton &button, const QString &words, const QAction *action)

@@ -37,9 +37,6 @@ private:
     VardaModel &m_model;
 };
 
-/// Lists the devices, detached from whoever asks for it; keeps `model` alive for as long.
-void refreshDevices(VardaModel &model);
-
 /// Gives `button` a tooltip that says what it does and by which key.
 void setHint(QPushButton &button, const QString &words, const QAction *action = nullptr);
 

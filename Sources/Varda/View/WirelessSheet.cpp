@@ -11,9 +11,10 @@
 #include <QVBoxLayout>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr int sheetWidth = 560;
 constexpr int padding = 30;

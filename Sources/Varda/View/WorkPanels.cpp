@@ -11,9 +11,11 @@
 #include <QLineEdit>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
 using Kind = Button::Kind;
 
 constexpr int headlineGap = 4;

@@ -42,7 +42,7 @@ int makePrivate(const std::string &path)
     return error;
 }
 
-/// Makes `path` and the directories above it, where they are missing. Gives 0 or the error number.
+/// Makes `path` and the directories above it if they are missing. Gives 0 or the error number.
 int makeMissing(const std::filesystem::path &path)
 {
     int error = makePrivate(path);
@@ -69,7 +69,7 @@ qint64 sizeOf(const Descriptor &file, const std::string &path)
     return attributes.st_size;
 }
 
-/// Reads what comes next of `file`, `room` bytes at most, to `bytes`, and tells how much that was; 0 at the end.
+/// Reads the next bytes of `file`, `room` at most, into `bytes`, and returns their number; 0 at the end.
 qsizetype readNext(const Descriptor &file, char *bytes, qsizetype room, const std::string &path)
 {
     for (;;) {
@@ -83,7 +83,7 @@ qsizetype readNext(const Descriptor &file, char *bytes, qsizetype room, const st
 
 } // namespace
 
-/// QDir::tempPath() has no name for a directory that is missing.
+/// Not QDir::tempPath(), which is empty if the directory does not exist.
 std::filesystem::path CaptureDirectory::temporaryDirectory()
 {
     const QByteArray path = qgetenv("TMPDIR");

@@ -14,17 +14,17 @@
 namespace varda {
 
 /// A directory of its own, "varda-" and a new UUID in the per-user temporary directory (TMPDIR, else /tmp), readable by
-/// this user only. It goes, with all that is in it, when the object goes. Everything here does blocking file work.
+/// this user only. The destructor removes it with everything in it. Everything here does blocking file work.
 ///
 /// Errors are std::system_error whose text names the file: "/tmp/varda-…/stdout: Permission denied".
 class CaptureDirectory
 {
 public:
-    /// Where capture directories are made, whether or not it exists. Looks at the environment: call it on a thread
-    /// where that does not change meanwhile.
+    /// Where capture directories are made, whether or not it exists. Reads the environment: call it on a thread
+    /// that may change that.
     static std::filesystem::path temporaryDirectory();
 
-    /// Makes the directory in `parent`, and first what is missing of `parent`, for this user only.
+    /// Makes the directory in `parent`, for this user only; a missing `parent` is made first.
     explicit CaptureDirectory(const std::filesystem::path &parent = temporaryDirectory());
     Q_DISABLE_COPY_MOVE(CaptureDirectory)
     ~CaptureDirectory();

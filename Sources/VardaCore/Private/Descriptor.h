@@ -1,6 +1,8 @@
 // Ownership of a file descriptor.
 #pragma once
 
+#include <QtGlobal>
+
 #include <utility>
 
 #include <unistd.h>
@@ -26,8 +28,7 @@ public:
         other.close();
         return *this;
     }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
+    Q_DISABLE_COPY(Descriptor)
     ~Descriptor() { close(); }
 
     int get() const { return m_descriptor; }

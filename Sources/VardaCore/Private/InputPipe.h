@@ -16,20 +16,20 @@ namespace varda {
 class InputPipe
 {
 public:
-    /// Throws std::system_error when no pipe is to be had.
+    /// Throws std::system_error if no pipe can be made.
     explicit InputPipe(QByteArray input);
 
     /// The end that the child reads from.
     int childSide() const { return m_childSide.get(); }
 
-    /// To be called when the child has its copy: while this one is open, a child that reads no more goes unnoticed.
+    /// Call it when the child has its copy: while this one is open, a child that stops reading goes unnoticed.
     void closeChildSide() { m_childSide.close(); }
 
     /// The end that is written to; never blocks.
     int descriptor() const { return m_ourSide.get(); }
 
     /// Writes as much as the pipe takes, and tells whether that was the last of it. Throws std::system_error, with
-    /// EPIPE when the child reads no more: no SIGPIPE is raised, whatever the process does with that signal.
+    /// EPIPE when the child has stopped reading: no SIGPIPE is raised, whatever the process does with that signal.
     bool write();
 
 private:

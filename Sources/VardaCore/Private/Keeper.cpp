@@ -1,6 +1,6 @@
-// The keeper is forked and not executed: it needs no program of its own, and only what may be called after a fork in a
-// process with several threads, which is what may be called in a signal handler. One keeper has one child: a program
-// that ends has few commands in flight, as a rule none.
+// The keeper is a fork without an exec, so that it needs no program of its own. After a fork of a process with several
+// threads only async-signal-safe functions may be called, so it calls no others. Each keeper has one child: a program
+// that ends has few commands in flight, usually none.
 #include "Private/Keeper.h"
 
 #include "Private/Descriptor.h"
@@ -20,17 +20,18 @@
 
 namespace varda {
 
+using namespace std::chrono_literals;
+
 namespace {
 
-using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-/// How often a child is looked at where the kernel has no pidfd.
+/// How often a child is checked if the kernel has no pidfd.
 constexpr auto lookInterval = 50ms;
 
-/// In the keeper, what tells of the child: its pidfd, or its directory below /proc. Both know when it has ended, even
-/// if its number has passed to another process.
+/// The keeper's descriptor of the child: its pidfd, or its directory below /proc. Both tell that the child has ended
+/// even if its number has passed to another process.
 constexpr int childDescriptor = 0;
 
 struct Ward
@@ -71,7 +72,7 @@ void signalWard(const Ward &ward, int number)
         ::kill(ward.pid, number);
 }
 
-/// Lets go of all that was this program's.
+/// Gives up all that the fork has inherited.
 void detach(int descriptor)
 {
     for (const int number : {SIGHUP, SIGINT, SIGTERM})

@@ -9,7 +9,7 @@ namespace varda {
 
 // The C library's own declarations of these two calls (2.36) lack C linkage.
 
-/// -1 where the kernel has no pidfd. The descriptor is close-on-exec.
+/// -1 if the kernel has no pidfd. The descriptor is close-on-exec.
 inline int openPidfd(pid_t pid)
 {
     return static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));

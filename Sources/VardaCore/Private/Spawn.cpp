@@ -1,4 +1,4 @@
-// Launches with posix_spawn, which tells a failed exec by its error number. What the child inherits is decided here.
+// Launches with posix_spawn, which reports a failed exec by its error number. What the child inherits is decided here.
 #include "Private/Spawn.h"
 
 #include "Private/Descriptor.h"

@@ -1,4 +1,4 @@
-// Button: Return presses it as Space does.
+// Button: VardaStyle paints it; here are only its size policy and its keys.
 #include "Varda/View/Widgets/Button.h"
 
 #include "Varda/View/Widgets/Theme.h"

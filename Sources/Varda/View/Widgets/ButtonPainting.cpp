@@ -10,6 +10,7 @@
 #include <QStyleOption>
 
 namespace varda {
+
 namespace {
 
 using Kind = Button::Kind;
@@ -36,22 +37,25 @@ ButtonLook lookOf(Kind kind, QStyle::State state)
     const bool enabled = state.testFlag(QStyle::State_Enabled);
     const bool pressed = enabled && state.testFlag(QStyle::State_Sunken);
     const bool hovered = enabled && state.testFlag(QStyle::State_MouseOver);
-    const QColor words = enabled ? theme::text : theme::disabledText;
+    const auto inState = [&](const QColor &normal, const QColor &underPointer, const QColor &down) {
+        if (pressed)
+            return down;
+        return hovered ? underPointer : normal;
+    };
+    const QColor textColour = enabled ? theme::text : theme::disabledText;
     switch (kind) {
     case Kind::Primary:
         if (!enabled)
-            return {theme::disabledFill, Qt::transparent, words};
-        return {pressed ? theme::accentPressed : (hovered ? theme::accentHover : theme::accent), Qt::transparent,
-                theme::textOnAccent};
+            return {theme::disabledFill, Qt::transparent, textColour};
+        return {inState(theme::accent, theme::accentHover, theme::accentPressed), Qt::transparent, theme::textOnAccent};
     case Kind::Secondary:
     case Kind::Compact:
         if (!enabled)
-            return {theme::disabledFill, Qt::transparent, words};
-        return {pressed ? theme::controlPressed : (hovered ? theme::controlHover : theme::controlFill),
-                theme::controlLine, words};
+            return {theme::disabledFill, Qt::transparent, textColour};
+        return {inState(theme::controlFill, theme::controlHover, theme::controlPressed), theme::controlLine,
+                textColour};
     case Kind::Bare:
-        return {pressed ? theme::controlPressed : (hovered ? theme::controlHover : QColor(Qt::transparent)),
-                Qt::transparent, words};
+        return {inState(Qt::transparent, theme::controlHover, theme::controlPressed), Qt::transparent, textColour};
     case Kind::Link:
         return {Qt::transparent, Qt::transparent, hovered ? theme::accentHover : theme::accent};
     }
@@ -63,17 +67,17 @@ ButtonLook lookOf(Kind kind, QStyle::State state)
 QSize buttonSize(const QStyleOptionButton &option, const QWidget *widget)
 {
     const Kind kind = kindOf(option, widget);
-    const int line = option.fontMetrics.height();
-    const int icon = option.icon.isNull() ? 0 : buttonIcon;
     if (kind == Kind::Bare)
         return {theme::compactControlHeight, theme::compactControlHeight};
-    const int words = option.fontMetrics.size(Qt::TextShowMnemonic, option.text).width();
+    const int textWidth = option.fontMetrics.size(Qt::TextShowMnemonic, option.text).width();
+    const int textHeight = option.fontMetrics.height();
     if (kind == Kind::Link)
-        return {words + 8, line + 8};
+        return {textWidth + 8, textHeight + 8};
     const bool compact = kind == Kind::Compact;
     const int height = compact ? theme::compactControlHeight : theme::controlHeight;
     const int padding = compact ? theme::controlPadding - 4 : theme::controlPadding;
-    return {words + (icon ? icon + iconGap : 0) + 2 * padding, qMax(height, line + (compact ? 10 : 16))};
+    const int iconWidth = option.icon.isNull() ? 0 : buttonIcon + iconGap;
+    return {iconWidth + textWidth + 2 * padding, qMax(height, textHeight + (compact ? 10 : 16))};
 }
 
 void paintButton(const QStyleOptionButton &option, QPainter &painter, const QWidget *widget)
@@ -97,21 +101,22 @@ void paintButton(const QStyleOptionButton &option, QPainter &painter, const QWid
     font.setUnderline(kind == Kind::Link);
     painter.setFont(font);
     painter.setPen(look.text);
-    const int words = option.fontMetrics.size(Qt::TextShowMnemonic, option.text).width();
-    const int icon = option.icon.isNull() ? 0 : buttonIcon;
-    const int gap = icon && words ? iconGap : 0;
-    int x = option.rect.x() + (option.rect.width() - icon - gap - words) / 2;
-    if (icon) {
+    const int textWidth = option.fontMetrics.size(Qt::TextShowMnemonic, option.text).width();
+    const int iconSize = option.icon.isNull() ? 0 : buttonIcon;
+    const int gap = iconSize && textWidth ? iconGap : 0;
+    int x = option.rect.x() + (option.rect.width() - iconSize - gap - textWidth) / 2;
+    if (iconSize) {
         const qreal scale = painter.device()->devicePixelRatio();
-        QPixmap shape = option.icon.pixmap(QSize(icon, icon), scale);
+        QPixmap shape = option.icon.pixmap(QSize(iconSize, iconSize), scale);
         QPainter tint(&shape);
         tint.setCompositionMode(QPainter::CompositionMode_SourceIn);
         tint.fillRect(shape.rect(), look.text);
         tint.end();
-        painter.drawPixmap(QRect(x, option.rect.y() + (option.rect.height() - icon) / 2, icon, icon), shape);
-        x += icon + gap;
+        painter.drawPixmap(QRect(x, option.rect.y() + (option.rect.height() - iconSize) / 2, iconSize, iconSize),
+                           shape);
+        x += iconSize + gap;
     }
-    painter.drawText(QRect(x, option.rect.y(), words + 2, option.rect.height()),
+    painter.drawText(QRect(x, option.rect.y(), textWidth + 2, option.rect.height()),
                      Qt::AlignLeft | Qt::AlignVCenter | Qt::TextHideMnemonic, option.text);
     painter.restore();
 }

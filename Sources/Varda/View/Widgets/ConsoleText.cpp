@@ -15,6 +15,7 @@
 #include <algorithm>
 
 namespace varda {
+
 namespace {
 
 using namespace Qt::StringLiterals;

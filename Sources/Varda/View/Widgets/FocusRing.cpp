@@ -1,4 +1,4 @@
-// FocusRing: one filter for the whole application, which goes with it.
+// FocusRing: one event filter notes for the whole application whether a key or the pointer was used last.
 #include "Varda/View/Widgets/FocusRing.h"
 
 #include <QApplication>
@@ -9,6 +9,7 @@
 #include <utility>
 
 namespace varda {
+
 namespace {
 
 class LastInput final : public QObject

@@ -5,7 +5,7 @@ class QWidget;
 
 namespace varda {
 
-/// Has the application follow which of keyboard and pointer was used last. Call it after the application object is made.
+/// Makes the application note whether a key or the pointer was used last. Call it when the application object exists.
 void followFocusRing();
 
 /// Whether `widget` has the focus and shows it: after a key, but not after a click, which needs no ring to say where it

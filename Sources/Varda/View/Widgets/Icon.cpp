@@ -1,4 +1,4 @@
-// Icon: rendering, tinting and caching.
+// Icon: each icon is rendered once for each size and colour and kept in the pixmap cache.
 #include "Varda/View/Widgets/Icon.h"
 
 #include "Varda/View/Widgets/Theme.h"
@@ -8,18 +8,75 @@
 #include <QPixmapCache>
 #include <QSvgRenderer>
 
-#include <array>
 #include <cmath>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
 
-constexpr std::array names{"product",    "phone", "desktop", "refresh",  "wifi",   "shield",   "check",
-                           "warning",    "box",   "windows", "play",     "camera", "terminal", "menu",
-                           "drop",       "file",  "back",    "forward",  "up",     "down",     "folder",
-                           "new-folder", "list",  "details", "document", "close",  "find"};
+namespace {
+
+/// The name of the icon's file. Without a default, so that the compiler notices an icon without a name.
+QLatin1StringView nameOf(Icon icon)
+{
+    switch (icon) {
+    case Icon::Product:
+        return "product"_L1;
+    case Icon::Phone:
+        return "phone"_L1;
+    case Icon::Desktop:
+        return "desktop"_L1;
+    case Icon::Refresh:
+        return "refresh"_L1;
+    case Icon::Wifi:
+        return "wifi"_L1;
+    case Icon::Shield:
+        return "shield"_L1;
+    case Icon::Check:
+        return "check"_L1;
+    case Icon::Warning:
+        return "warning"_L1;
+    case Icon::Box:
+        return "box"_L1;
+    case Icon::Windows:
+        return "windows"_L1;
+    case Icon::Play:
+        return "play"_L1;
+    case Icon::Camera:
+        return "camera"_L1;
+    case Icon::Terminal:
+        return "terminal"_L1;
+    case Icon::Menu:
+        return "menu"_L1;
+    case Icon::Drop:
+        return "drop"_L1;
+    case Icon::File:
+        return "file"_L1;
+    case Icon::Back:
+        return "back"_L1;
+    case Icon::Forward:
+        return "forward"_L1;
+    case Icon::Up:
+        return "up"_L1;
+    case Icon::Folder:
+        return "folder"_L1;
+    case Icon::NewFolder:
+        return "new-folder"_L1;
+    case Icon::List:
+        return "list"_L1;
+    case Icon::Details:
+        return "details"_L1;
+    case Icon::Document:
+        return "document"_L1;
+    case Icon::Down:
+        return "down"_L1;
+    case Icon::Close:
+        return "close"_L1;
+    case Icon::Find:
+        return "find"_L1;
+    }
+    return {};
+}
 
 QString resource(QLatin1StringView name)
 {
@@ -29,7 +86,7 @@ QString resource(QLatin1StringView name)
 /// `icon` as `pixels` by `pixels` device pixels of `colour`.
 QPixmap tinted(Icon icon, int pixels, const QColor &colour)
 {
-    const auto name = QLatin1StringView(names.at(static_cast<std::size_t>(icon)));
+    const QLatin1StringView name = nameOf(icon);
     const QString key = u"varda-icon/"_s + name + u'/' + QString::number(pixels) + u'/' + colour.name(QColor::HexArgb);
     QPixmap pixmap;
     if (QPixmapCache::find(key, &pixmap))

@@ -1,4 +1,4 @@
-// Labels: measuring, eliding and painting.
+// Labels: Qt's label neither elides its text nor remembers its height, and has no room for an icon beside its text.
 #include "Varda/View/Widgets/Labels.h"
 
 #include "Varda/View/Widgets/FocusRing.h"
@@ -21,6 +21,7 @@
 #include <memory>
 
 namespace varda {
+
 namespace {
 
 /// A text that wraps. Layouts ask for a width's height again and again, and a label would set its lines each time.

@@ -11,13 +11,14 @@
 
 namespace varda {
 
-/// Writes the texts of `widget` in `colour`.
+/// Gives the text of `widget` the colour `colour`.
 void setTextColour(QWidget &widget, const QColor &colour);
 
 /// A text of the program's own that wraps at its words.
 QLabel *makeText(const QString &text, const QFont &font, const QColor &colour, QWidget *parent = nullptr);
 
-/// A one-line label with a decorative icon before it, of which a screen reader hears nothing.
+/// A one-line label with a decorative icon before it, which screen readers ignore. QLabel shows a picture or a text,
+/// not both.
 class IconLabel final : public QLabel
 {
     Q_OBJECT
@@ -50,7 +51,7 @@ class ElidedLabel final : public QLabel
 public:
     explicit ElidedLabel(Qt::TextElideMode mode, QWidget *parent = nullptr);
 
-    /// Shows `text` made visible; the tooltip shows `whole` where that is more.
+    /// Shows `text` made visible; the tooltip shows `whole` if that is more.
     void setLine(const QString &text, const QString &whole = {});
 
     QSize sizeHint() const override;
@@ -78,7 +79,7 @@ public:
     const QString &shown() const { return m_text; }
     QAccessible::Role role() const { return m_role; }
 
-    /// Does nothing where `text` stands already, so that a selection survives.
+    /// Does nothing if `text` is shown already, so that a selection survives.
     void setMessage(const QString &text);
     void setMaximumTextHeight(int pixels);
 

@@ -1,4 +1,4 @@
-// Panel: a surface paints itself; what stands on it is laid out as usual.
+// Panel: only the surface is painted here; the widgets on it are in ordinary layouts.
 #include "Varda/View/Widgets/Panel.h"
 
 #include "Varda/View/Widgets/Labels.h"
@@ -8,6 +8,7 @@
 #include <QPainter>
 
 namespace varda {
+
 namespace {
 
 constexpr int headingIcon = 16;

@@ -6,9 +6,10 @@
 #include <algorithm>
 
 namespace varda {
-namespace {
 
 using namespace Qt::StringLiterals;
+
+namespace {
 
 constexpr qsizetype tipWidth = 72; // characters; longer lines are left to wrap
 

@@ -18,7 +18,7 @@ QString visibleLine(const QString &text);
 QString visibleLines(const QString &text);
 
 /// Gives `widget` a tooltip, and an accessible description, that shows `text` literally and wraps it; an empty text
-/// removes both. Does nothing where nothing changes.
+/// removes both. Does nothing if nothing changes.
 void setPlainToolTip(QWidget *widget, const QString &text);
 
 } // namespace varda

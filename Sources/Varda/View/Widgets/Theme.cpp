@@ -4,9 +4,10 @@
 #include <QFontDatabase>
 
 namespace varda::theme {
+
 namespace {
 
-/// `preferred` where it is installed, else the desktop's face for `fallback`.
+/// `preferred` if it is installed, else the desktop's face for `fallback`.
 QString family(const QString &preferred, QFontDatabase::SystemFont fallback)
 {
     return QFontDatabase::hasFamily(preferred) ? preferred : QFontDatabase::systemFont(fallback).family();

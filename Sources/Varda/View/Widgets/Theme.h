@@ -95,7 +95,7 @@ inline constexpr int scrollBarExtent = 10;
 inline constexpr int statusDot = 7;
 inline constexpr double focusRing = 2.0;
 
-/// The window's sans-serif face ("Inter" where installed, else the desktop's own) at `pixels`.
+/// The window's sans-serif face ("Inter" if installed, else the desktop's own) at `pixels`.
 QFont font(int pixels, QFont::Weight weight = QFont::Normal);
 /// The bold face of headings in capitals, which stand a little apart.
 QFont capitals(int pixels);

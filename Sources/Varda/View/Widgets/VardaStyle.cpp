@@ -1,4 +1,4 @@
-// VardaStyle: Fusion's answers, but for what the theme has its own answer to.
+// VardaStyle: draws with Fusion, and overrides what the theme does differently.
 #include "Varda/View/Widgets/VardaStyle.h"
 
 #include "Varda/View/Widgets/ButtonPainting.h"
@@ -16,6 +16,7 @@
 #include <QToolTip>
 
 namespace varda {
+
 namespace {
 
 constexpr int consoleFrame = 10;
@@ -112,7 +113,7 @@ QSize VardaStyle::sizeFromContents(ContentsType type, const QStyleOption *option
     return size;
 }
 
-/// Qt's own file dialog, which stands in where the desktop has none, is of the same family.
+/// For Qt's own file dialog, which is shown if the desktop has none: Qt's icons are drawn for light backgrounds.
 QIcon VardaStyle::standardIcon(StandardPixmap standard, const QStyleOption *option, const QWidget *widget) const
 {
     switch (standard) {

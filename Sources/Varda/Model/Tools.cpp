@@ -1,9 +1,13 @@
-// ToolLocation: where the tools that Varda runs lie.
-#include "Varda/Model/ToolLocation.h"
+// Tools: no path is remembered, so that tools that are staged or removed meanwhile are noticed.
+#include "Varda/Model/Tools.h"
+
+#include "VardaCore/CommandRunner.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+
+#include <utility>
 
 namespace varda {
 
@@ -32,6 +36,11 @@ QString ToolLocation::scrcpy()
 QString ToolLocation::scrcpyServer()
 {
     return resource(QStringLiteral("Tools/scrcpy/scrcpy-server"));
+}
+
+QCoro::Task<CommandResult> runAdb(const CommandLine &line, std::optional<QString> input)
+{
+    return CommandRunner::run(ToolLocation::adb(), line.arguments, std::move(input), line.timeout);
 }
 
 } // namespace varda

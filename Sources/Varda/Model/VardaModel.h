@@ -10,6 +10,7 @@
 //   VardaModel+Mirror.cpp       the live phone
 #pragma once
 
+#include "Varda/Model/BuildFile.h"
 #include "Varda/Model/FileDialogs.h"
 #include "Varda/Model/Published.h"
 #include "VardaCore/AndroidDevice.h"
@@ -65,7 +66,7 @@ public:
     /// An action is in flight; polling pauses.
     Published<bool> busy{announce, false};
     /// The build to install: a regular ".apk" file when it was accepted.
-    Published<std::optional<QUrl>> apk{announce};
+    Published<std::optional<QUrl>> apk{announce, std::nullopt, [this](const auto &) { readChosenBuild(); }};
     /// The package ID as typed, untrimmed.
     Published<QString> packageName{announce};
     /// The console: one whole snapshot or notice, never an accumulation.
@@ -104,6 +105,8 @@ public:
     /// Asks where to, and saves what the console shows.
     void exportLogs();
 
+    /// The file `apk` when it was chosen, which it may no longer be.
+    const std::optional<BuildFile> &buildWhenChosen() const { return chosenBuild; }
     /// Asks for a build and hands it to `acceptAPK`.
     void chooseAPK();
     /// The one gate for builds: takes a regular local ".apk" file, refuses anything else through `error`.
@@ -139,6 +142,7 @@ private:
     explicit VardaModel(std::unique_ptr<FileDialogs> dialogs);
 
     void selectionChanged(const std::optional<QString> &previous);
+    void readChosenBuild();
     std::optional<AndroidDevice> actionTarget() const;
 
     void run(const QString &working, Action action);
@@ -151,6 +155,7 @@ private:
     void mirrorEnded(const std::shared_ptr<ChildProcess> &process, qint32 exitStatus);
 
     const std::unique_ptr<FileDialogs> dialogs;
+    std::optional<BuildFile> chosenBuild;
     std::shared_ptr<ChildProcess> mirror; ///< the running mirror, or null
     bool stoppingMirror = false;          ///< the mirror was asked to end: its exit status is no failure
     std::shared_ptr<Poll> poll;           ///< the running poll loop, or null

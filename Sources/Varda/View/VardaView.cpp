@@ -29,6 +29,7 @@ VardaView::VardaView(std::shared_ptr<VardaModel> model, QWidget *parent)
     , m_alert(new ErrorAlert(this))
     , m_windowFocus(this, m_main)
     , m_sheetFocus(m_sheet, m_sheet)
+    , m_attention(this)
 {
     setObjectName(u"workspace"_s);
     setWindowTitle(u"Varda"_s);
@@ -94,6 +95,7 @@ void VardaView::render()
     presentDialogs();
     m_windowFocus.after();
     m_sheetFocus.after();
+    m_attention.render(m_model->busy());
 }
 
 /// The alert lies on the sheet, the sheet on the window. A dialog that goes away takes what lies on it along, so the

@@ -16,9 +16,10 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-constexpr std::array names{"product", "phone",   "desktop", "refresh", "wifi",       "shield", "check",   "warning",
-                           "box",     "windows", "play",    "camera",  "terminal",   "menu",   "drop",    "file",
-                           "back",    "forward", "up",      "folder",  "new-folder", "list",   "details", "document"};
+constexpr std::array names{"product", "phone", "desktop", "refresh",    "wifi",   "shield",   "check",
+                           "warning", "box",   "windows", "play",       "camera", "terminal", "menu",
+                           "install", "stop",  "record",  "export",     "drop",   "file",     "back",
+                           "forward", "up",    "folder",  "new-folder", "list",   "details",  "document"};
 
 QString resource(QLatin1StringView name)
 {

@@ -46,6 +46,8 @@ inline constexpr QColor accentHover{104, 231, 222};
 inline constexpr QColor accentPressed{48, 178, 170};
 inline constexpr QColor rowFill = white(0.03);
 inline constexpr QColor rowHover = white(0.07);
+inline const QColor hintFill = faded(accent, 0.10);
+inline const QColor hintLine = faded(accent, 0.28);
 inline const QColor rowSelected = faded(accent, 0.15);
 inline const QColor rowSelectedHover = faded(accent, 0.22);
 

@@ -109,6 +109,11 @@ void addWindows(Album &album)
         publishReady(fixture);
         fixture.model->selectedID = shyPhone.id;
     });
+    album.add(u"no-permissions"_s, [](ViewFixture &fixture) {
+        publishReady(fixture);
+        fixture.attach({readyPhone.id, u"no permissions"_s, readyPhone.id});
+        fixture.model->status = u"error: cannot connect to daemon"_s;
+    });
     album.add(u"ready"_s, publishReady);
     album.add(u"ready-end"_s, publishReady, 1.0);
     album.add(u"console"_s, publishLogging, 1.0);
@@ -139,7 +144,16 @@ void addDialogs(Album &album)
     });
     album.add(u"error-long"_s, [](ViewFixture &fixture) {
         fixture.model->error =
-            u"java.lang.SecurityException: Shell does not have permission to access user 11.\n"_s.repeated(37);
+            u"Failure [INSTALL_FAILED_VERSION_DOWNGRADE]\n"_s +
+            u"java.lang.SecurityException: Shell does not have permission to access user 11.\n"_s.repeated(36);
+    });
+    album.add(u"error-offline"_s, [](ViewFixture &fixture) {
+        publishReady(fixture);
+        fixture.model->error = u"adb: device offline"_s;
+    });
+    album.add(u"error-no-reason"_s, [](ViewFixture &fixture) {
+        publishReady(fixture);
+        fixture.model->error = QString();
     });
     const auto sheet = [](ViewFixture &fixture) {
         publishReady(fixture);

@@ -114,25 +114,26 @@ void DropZone::render()
     const auto build = m_model.apk();
     if (build) {
         const QString path = localPath(*build).value_or(QString());
+        if (path != m_path)
+            m_fileFacts->clear(); // until they are those of this build
+        m_path = path;
         m_fileName->setLine(QFileInfo(path).fileName(), path);
-        readBuild(path);
+        readBuild();
     }
     m_chosen->setVisible(build.has_value());
 }
 
 /// Reads the build again, as often as the window is rendered and thus with every tick. On another thread: its disk may
 /// be slow, or in a network.
-void DropZone::readBuild(const QString &path)
+void DropZone::readBuild()
 {
     if (m_reading || !isVisible())
         return;
     static WorkerThreads disk(1);
-    const auto read = [zone = QPointer(this), path] {
+    const auto read = [zone = QPointer(this), path = m_path] {
         const auto show = [zone, path, file = readBuildFile(path)] {
-            if (!zone)
-                return;
-            zone->m_reading = false;
-            zone->showBuild(path, file);
+            if (zone)
+                zone->showBuild(path, file);
         };
         QMetaObject::invokeMethod(qApp, show, Qt::QueuedConnection);
     };
@@ -145,11 +146,9 @@ void DropZone::readBuild(const QString &path)
 
 void DropZone::showBuild(const QString &path, const std::optional<BuildFile> &file)
 {
-    const auto build = m_model.apk();
-    if (!build)
-        return;
-    if (localPath(*build) != path) {
-        readBuild(localPath(*build).value_or(QString()));
+    m_reading = false;
+    if (path != m_path) { // another build was chosen meanwhile
+        readBuild();
         return;
     }
     m_fileFacts->setText(describeBuild(file, m_model.buildWhenChosen(), QDateTime::currentDateTime()));

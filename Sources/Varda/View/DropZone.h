@@ -35,13 +35,14 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
-    void readBuild(const QString &path);
+    void readBuild();
     void showBuild(const QString &path, const std::optional<BuildFile> &file);
 
     VardaModel &m_model;
     QWidget *m_chosen;
     ElidedLabel *m_fileName;
     QLabel *m_fileFacts;
+    QString m_path;         ///< of the build that is shown
     bool m_reading = false; ///< the disk has been asked about the build, and has yet to answer
 };
 

@@ -116,10 +116,10 @@ void ControlsTest::disablesWhatCannotWork()
     QCOMPARE(found, disabled);
 
     const auto action = [&](const char *name) { return fixture.view->findChild<QAction *>(QString::fromLatin1(name)); };
-    for (const char *name :
-         {"refresh", "wireless", "export", "install", "record", "launch", "stop", "list", "screenshot", "logs"})
-        QCOMPARE(action((name + "Action"_ba).constData())->isEnabled(),
-                 fixture.find((name + "Button"_ba).constData())->isEnabled());
+    for (const QString &name : {u"refresh"_s, u"wireless"_s, u"export"_s, u"install"_s, u"record"_s, u"launch"_s,
+                                u"stop"_s, u"list"_s, u"screenshot"_s, u"logs"_s})
+        QCOMPARE(fixture.view->findChild<QAction *>(name + u"Action")->isEnabled(),
+                 fixture.view->findChild<QAbstractButton *>(name + u"Button")->isEnabled());
     QCOMPARE(action("livePhoneAction")->isEnabled(), fixture.find("mirrorButton")->isEnabled());
     QVERIFY(action("chooseAction")->isEnabled());
 }

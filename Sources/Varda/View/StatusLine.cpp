@@ -77,7 +77,7 @@ StatusLine::StatusLine(QWidget *parent)
     auto *stack = new QVBoxLayout(this);
     stack->setContentsMargins(theme::mainPadding, verticalPadding, theme::mainPadding - TextBlock::inset,
                               verticalPadding);
-    stack->setSpacing(-TextBlock::inset); // the two insets would part them
+    stack->setSpacing(0); // their insets part them
     stack->addLayout(row);
     stack->addWidget(m_hint);
 }

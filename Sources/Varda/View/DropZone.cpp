@@ -151,7 +151,10 @@ void DropZone::showBuild(const QString &path, const std::optional<BuildFile> &fi
         readBuild();
         return;
     }
-    m_fileFacts->setText(describeBuild(file, m_model.buildWhenChosen(), QDateTime::currentDateTime()));
+    const QString facts = describeBuild(file, m_model.buildWhenChosen(), QDateTime::currentDateTime());
+    if (facts == m_fileFacts->text())
+        return;
+    m_fileFacts->setText(facts);
     setTextColour(*m_fileFacts, file ? theme::secondaryText : theme::attention);
 }
 
@@ -164,6 +167,13 @@ void DropZone::dropEvent(QDropEvent *event)
 {
     if (const auto file = take(*event))
         QTimer::singleShot(0, this, [this, build = *file] { m_model.acceptAPK(build); });
+}
+
+/// Reads the build, which no render has done while the zone was hidden.
+void DropZone::showEvent(QShowEvent *event)
+{
+    Surface::showEvent(event);
+    render();
 }
 
 void DropZone::paintEvent(QPaintEvent *event)

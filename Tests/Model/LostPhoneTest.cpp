@@ -1,7 +1,7 @@
 // The model with the real adb client when a phone, or adb's server, goes away under its hands.
 #include "Support/RealAdbModelTest.h"
 
-#include "Varda/Model/ToolLocation.h"
+#include "Varda/Model/Tools.h"
 
 #include <QCoroTask>
 #include <QFile>

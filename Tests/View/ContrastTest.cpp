@@ -94,6 +94,7 @@ void ContrastTest::isLegible_data()
     QTest::newRow("accent") << theme::accent << panel;
     QTest::newRow("orange") << theme::attention << panel;
     QTest::newRow("warning") << theme::text << over(theme::faded(theme::attention, 0.14), theme::mainBackground);
+    QTest::newRow("hint") << theme::text << over(theme::hintFill, theme::mainBackground);
     QTest::newRow("console") << theme::consoleText << theme::consoleBackground;
     QTest::newRow("primary button") << theme::textOnAccent << theme::accent;
     QTest::newRow("primary button, hover") << theme::textOnAccent << theme::accentHover;

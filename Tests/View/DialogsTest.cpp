@@ -188,10 +188,10 @@ void DialogsTest::treatsAnEmptyTextAsAnError()
     fixture.show();
     fixture.model->error = QString();
     QVERIFY(comesUp(alertOf(fixture)));
-    const QWidget *button = fixture.find("alertButton");
+    const QWidget *hint = fixture.find("alertHint")->parentWidget();
     const QWidget *title = fixture.find("alertTitle");
-    QVERIFY(title->geometry().bottom() < button->y());
-    QVERIFY(button->y() - title->geometry().bottom() < button->height()); // no empty line between them
+    QVERIFY(title->geometry().bottom() < hint->y());
+    QVERIFY(hint->y() - title->geometry().bottom() < fixture.find("alertButton")->height()); // no empty line between
     fixture.find<QAbstractButton>("alertButton")->click();
     QVERIFY(!fixture.model->error());
 }
@@ -579,14 +579,14 @@ void DialogsTest::pressesNothingOnReturn()
     fixture.show();
     fixture.model->wireless = true;
     QTRY_VERIFY(sheetOf(fixture)->isVisible());
-    auto *code = fixture.find<QLineEdit>("pairingCodeField");
-    code->setFocus();
-    QTest::keyClicks(code, u"123456"_s);
-    QTest::keyClick(code, Qt::Key_Return);
+    auto *address = fixture.find<QLineEdit>("pairingEndpointField"); // the code is still to come
+    address->setFocus();
+    QTest::keyClicks(address, u"123456"_s);
+    QTest::keyClick(address, Qt::Key_Return);
     fixture.settle();
     QVERIFY(sheetOf(fixture)->isVisible());
     QVERIFY(!fixture.model->error());
-    QCOMPARE(fixture.model->pairingCode(), u"123456"_s);
+    QCOMPARE(fixture.model->pairingEndpoint(), u"123456"_s);
 }
 
 void DialogsTest::neverGivesTheCodeAway()

@@ -9,9 +9,11 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QMenu>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTemporaryDir>
 
 #include <functional>
 
@@ -84,11 +86,22 @@ private:
     const QSize m_size;
 };
 
+/// A build of 24 MB, three minutes old.
+QUrl sampleBuild()
+{
+    static const QTemporaryDir folder;
+    QFile build(folder.filePath(u"shop-debug.apk"_s));
+    if (!build.open(QIODevice::WriteOnly) || !build.resize(24'300'000) ||
+        !build.setFileTime(QDateTime::currentDateTime().addSecs(-200), QFileDevice::FileModificationTime))
+        qFatal("cannot write %s", qUtf8Printable(build.fileName()));
+    return QUrl::fromLocalFile(build.fileName());
+}
+
 void publishReady(ViewFixture &fixture)
 {
     fixture.model->devices = QList<AndroidDevice>{readyPhone, shyPhone, anEmulator};
     fixture.model->selectedID = readyPhone.id;
-    fixture.model->apk = QUrl(u"file:///home/sam/builds/shop-debug.apk"_s);
+    fixture.model->apk = sampleBuild();
     fixture.model->packageName = u"com.example.shop"_s;
     fixture.model->status = u"Installed shop-debug.apk on R58M42ABCDE. Existing app data was retained."_s;
 }
@@ -109,7 +122,24 @@ void addWindows(Album &album)
         publishReady(fixture);
         fixture.model->selectedID = shyPhone.id;
     });
+    album.add(u"no-permissions"_s, [](ViewFixture &fixture) {
+        publishReady(fixture);
+        fixture.attach({readyPhone.id, u"no permissions"_s, readyPhone.id});
+        fixture.model->status = u"error: cannot connect to daemon"_s;
+    });
     album.add(u"ready"_s, publishReady);
+    album.add(u"menu"_s, [](ViewFixture &fixture) {
+        publishReady(fixture);
+        ViewFixture::settle();
+        const QWidget *button = fixture.find("menuButton");
+        fixture.view->applicationMenu()->popup(button->mapToGlobal(QPoint(0, button->height() + 4)));
+    });
+    album.add(u"build-changed"_s, [](ViewFixture &fixture) {
+        publishReady(fixture);
+        QFile build(fixture.model->apk()->toLocalFile());
+        if (!build.open(QIODevice::WriteOnly) || !build.resize(24'400'000))
+            qFatal("cannot write %s", qUtf8Printable(build.fileName()));
+    });
     album.add(u"ready-end"_s, publishReady, 1.0);
     album.add(u"console"_s, publishLogging, 1.0);
     album.add(u"busy"_s, [](ViewFixture &fixture) {
@@ -139,7 +169,16 @@ void addDialogs(Album &album)
     });
     album.add(u"error-long"_s, [](ViewFixture &fixture) {
         fixture.model->error =
-            u"java.lang.SecurityException: Shell does not have permission to access user 11.\n"_s.repeated(37);
+            u"Failure [INSTALL_FAILED_VERSION_DOWNGRADE]\n"_s +
+            u"java.lang.SecurityException: Shell does not have permission to access user 11.\n"_s.repeated(36);
+    });
+    album.add(u"error-offline"_s, [](ViewFixture &fixture) {
+        publishReady(fixture);
+        fixture.model->error = u"adb: device offline"_s;
+    });
+    album.add(u"error-no-reason"_s, [](ViewFixture &fixture) {
+        publishReady(fixture);
+        fixture.model->error = QString();
     });
     const auto sheet = [](ViewFixture &fixture) {
         publishReady(fixture);

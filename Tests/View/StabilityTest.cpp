@@ -4,6 +4,7 @@
 #include "Varda/View/Widgets/ConsoleText.h"
 
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QLineEdit>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -71,6 +72,7 @@ void StabilityTest::repaintsNothingForEqualValues()
     fixture.show();
     fixture.view->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(fixture.view.get())); // what is painted on the way there is not counted
+    QTRY_VERIFY(!fixture.find<QLabel>("apkFacts")->text().isEmpty());
     fixture.settle();
 
     const PaintCounter counter;

@@ -46,6 +46,13 @@ void VardaModel::acceptAPK(const QUrl &location)
         error = u"Choose a regular .apk file. Android App Bundles (.aab) need to be converted into APKs first."_s;
 }
 
+/// The disk has just been asked about this file, so that it is no slow answer.
+void VardaModel::readChosenBuild()
+{
+    const std::optional<QString> path = apk() ? localPath(*apk()) : std::nullopt;
+    m_chosenBuild = path ? readBuildFile(*path) : std::nullopt;
+}
+
 void VardaModel::install()
 {
     const std::optional<AndroidDevice> device = actionTarget();

@@ -10,6 +10,7 @@
 //   VardaModel+Mirror.cpp       the live phone
 #pragma once
 
+#include "Varda/Model/BuildFile.h"
 #include "Varda/Model/FileDialogs.h"
 #include "Varda/Model/Published.h"
 #include "VardaCore/AndroidDevice.h"
@@ -62,7 +63,7 @@ public:
     /// An action is in flight; polling pauses.
     Published<bool> busy{m_announce, false};
     /// The build to install: a regular ".apk" file when it was accepted.
-    Published<std::optional<QUrl>> apk{m_announce};
+    Published<std::optional<QUrl>> apk{m_announce, std::nullopt, [this](const auto &) { readChosenBuild(); }};
     /// The package ID as typed, untrimmed.
     Published<QString> packageName{m_announce};
     /// The console: one whole snapshot or notice, never an accumulation.
@@ -103,6 +104,8 @@ public:
     /// Asks where to, and saves what the console shows.
     void exportLogs();
 
+    /// The file `apk` when it was chosen, which it may no longer be.
+    const std::optional<BuildFile> &buildWhenChosen() const { return m_chosenBuild; }
     /// Asks for a build and hands it to `acceptAPK`.
     void chooseAPK();
     /// The one gate for builds: takes a regular local ".apk" file, refuses anything else through `error`.
@@ -138,6 +141,7 @@ private:
     explicit VardaModel(std::unique_ptr<FileDialogs> dialogs);
 
     void selectionChanged(const std::optional<QString> &previous);
+    void readChosenBuild();
     std::optional<AndroidDevice> actionTarget() const;
 
     void run(const QString &working, Action action);
@@ -148,6 +152,7 @@ private:
     void mirrorEnded(const std::shared_ptr<ChildProcess> &process, qint32 exitStatus);
 
     const std::unique_ptr<FileDialogs> m_dialogs;
+    std::optional<BuildFile> m_chosenBuild;
     std::shared_ptr<ChildProcess> m_mirror; ///< the running mirror, or null
     bool m_stoppingMirror = false;          ///< the mirror was asked to end: its exit status is no failure
     std::shared_ptr<Poll> m_poll;           ///< the running poll loop, or null

@@ -40,13 +40,12 @@ ConsolePanel::ConsolePanel(VardaModel &model, const WindowActions &actions, QWid
     m_export->setObjectName(u"exportButton"_s);
     m_text->setObjectName(u"consoleText"_s);
     m_text->setAccessibleName(u"Device console"_s);
-    setHint(*m_export, u"Save what the console shows"_s, actions.exportLogs);
-    QObject::connect(m_toggle, &Button::clicked, this, [this] {
-        m_model.logging = !m_model.logging();
+    tie(*m_toggle, u"Read the phone’s log every 2.5 seconds"_s, actions.logs);
+    tie(*m_export, u"Save what the console shows"_s, actions.exportLogs);
+    QObject::connect(actions.logs, &QAction::triggered, this, [this] {
         if (m_model.logging())
             Q_EMIT started();
     });
-    QObject::connect(m_export, &Button::clicked, this, [this] { m_model.exportLogs(); });
 
     IconLabel *heading = makeHeading(Icon::Terminal, u"DEVICE CONSOLE"_s, this);
     heading->setObjectName(u"consoleHeading"_s);
@@ -138,8 +137,6 @@ void ConsolePanel::keyPressEvent(QKeyEvent *event)
 void ConsolePanel::render(bool listed)
 {
     m_toggle->setText(m_model.logging() ? u"Pause logs"_s : u"Start logs"_s);
-    m_toggle->setEnabled(m_model.deviceReady());
-    m_export->setEnabled(!m_model.logs().isEmpty());
     if (listed)
         m_text->showList(m_model.logs());
     else

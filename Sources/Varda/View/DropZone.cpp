@@ -4,12 +4,17 @@
 #include "Varda/Model/LocalPath.h"
 #include "Varda/View/Widgets/Labels.h"
 #include "Varda/View/Widgets/Theme.h"
+#include "VardaCore/WorkerThreads.h"
 
+#include <QCoreApplication>
 #include <QDragEnterEvent>
 #include <QFileInfo>
 #include <QMimeData>
 #include <QPainter>
+#include <QPointer>
 #include <QTimer>
+
+#include <system_error>
 
 namespace varda {
 
@@ -71,6 +76,7 @@ DropZone::DropZone(VardaModel &model, QWidget *parent)
     , m_model(model)
     , m_chosen(new QWidget(this))
     , m_fileName(new ElidedLabel(Qt::ElideMiddle, m_chosen))
+    , m_fileFacts(new QLabel(m_chosen))
 {
     setObjectName(u"dropZone"_s);
     setAcceptDrops(true);
@@ -84,11 +90,16 @@ DropZone::DropZone(VardaModel &model, QWidget *parent)
 
     m_fileName->setObjectName(u"apkName"_s);
     m_fileName->setFont(theme::literal(theme::font(theme::bodySize, QFont::DemiBold)));
+    m_fileFacts->setObjectName(u"apkFacts"_s);
+    m_fileFacts->setTextFormat(Qt::PlainText);
+    m_fileFacts->setFont(theme::font(theme::bodySize));
     auto *chosen = new QHBoxLayout(m_chosen);
     chosen->setContentsMargins(0, 4, 0, 0);
     chosen->setSpacing(8);
     chosen->addWidget(new FileMark(m_chosen));
-    chosen->addWidget(m_fileName, 1);
+    chosen->addWidget(m_fileName);
+    chosen->addWidget(m_fileFacts);
+    chosen->addStretch(1);
     m_chosen->hide();
 
     auto *stack = new QVBoxLayout(this);
@@ -104,9 +115,48 @@ void DropZone::render()
     const auto build = m_model.apk();
     if (build) {
         const QString path = localPath(*build).value_or(QString());
+        if (path != m_path)
+            m_fileFacts->clear(); // until they are those of this build
+        m_path = path;
         m_fileName->setLine(QFileInfo(path).fileName(), path);
+        readBuild();
     }
     m_chosen->setVisible(build.has_value());
+}
+
+/// Reads the build again, as often as the window is rendered and thus with every tick. On another thread: its disk may
+/// be slow, or in a network.
+void DropZone::readBuild()
+{
+    if (m_reading || !isVisible())
+        return;
+    static WorkerThreads disk(1);
+    const auto read = [zone = QPointer(this), path = m_path] {
+        const auto show = [zone, path, file = readBuildFile(path)] {
+            if (zone)
+                zone->showBuild(path, file);
+        };
+        QMetaObject::invokeMethod(qApp, show, Qt::QueuedConnection);
+    };
+    try {
+        disk.start(read);
+        m_reading = true;
+    } catch (const std::system_error &) { // no thread to be had: the next render tries again
+    }
+}
+
+void DropZone::showBuild(const QString &path, const std::optional<BuildFile> &file)
+{
+    m_reading = false;
+    if (path != m_path) { // another build was chosen meanwhile
+        readBuild();
+        return;
+    }
+    const QString facts = describeBuild(file, m_model.buildWhenChosen(), QDateTime::currentDateTime());
+    if (facts == m_fileFacts->text())
+        return;
+    m_fileFacts->setText(facts);
+    setTextColour(*m_fileFacts, file ? theme::secondaryText : theme::attention);
 }
 
 void DropZone::dragEnterEvent(QDragEnterEvent *event)
@@ -118,6 +168,13 @@ void DropZone::dropEvent(QDropEvent *event)
 {
     if (const auto file = take(*event))
         QTimer::singleShot(0, this, [this, build = *file] { m_model.acceptAPK(build); });
+}
+
+/// Reads the build, which no render has done while the zone was hidden.
+void DropZone::showEvent(QShowEvent *event)
+{
+    Surface::showEvent(event);
+    render();
 }
 
 void DropZone::paintEvent(QPaintEvent *event)

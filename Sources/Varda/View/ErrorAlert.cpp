@@ -1,7 +1,9 @@
 // ErrorAlert: tied to what it lies on, and in front again when that takes the focus.
 #include "Varda/View/ErrorAlert.h"
 
+#include "Varda/Model/Hints.h"
 #include "Varda/View/Widgets/Button.h"
+#include "Varda/View/Widgets/HintBlock.h"
 #include "Varda/View/Widgets/Labels.h"
 #include "Varda/View/Widgets/Theme.h"
 
@@ -26,6 +28,7 @@ constexpr int maxTextHeight = 320;
 ErrorAlert::ErrorAlert(QWidget *window)
     : FittedDialog(alertWidth, window)
     , m_text(new TextBlock(theme::font(theme::bodySize), theme::text, QAccessible::StaticText, this))
+    , m_hint(new HintBlock(u"alertHint"_s, this))
 {
     setObjectName(u"alert"_s);
     setWindowTitle(u"Varda"_s);
@@ -49,6 +52,9 @@ ErrorAlert::ErrorAlert(QWidget *window)
     auto *head = new QHBoxLayout;
     head->setContentsMargins(padding, 0, padding, 0);
     head->addWidget(title);
+    auto *advice = new QHBoxLayout;
+    advice->setContentsMargins(padding, 0, padding, 0);
+    advice->addWidget(m_hint);
     auto *foot = new QHBoxLayout;
     foot->setContentsMargins(padding, 4, padding, 0);
     foot->addStretch(1);
@@ -58,6 +64,7 @@ ErrorAlert::ErrorAlert(QWidget *window)
     stack->setSpacing(spacing);
     stack->addLayout(head);
     stack->addLayout(message);
+    stack->addLayout(advice);
     stack->addLayout(foot);
     ok->setFocus();
 
@@ -72,6 +79,7 @@ void ErrorAlert::present(const QString &text, QWidget *host)
 {
     m_text->setMessage(text);
     m_text->setVisible(!m_text->document()->isEmpty()); // or it would leave a gap
+    m_hint->setHint(hintFor(text));
     if (isVisible())
         return;
     create(); // the native window, which is then tied to the host's; asking for its number would make its parents' too

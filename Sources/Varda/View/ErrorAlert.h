@@ -5,6 +5,7 @@
 
 namespace varda {
 
+class HintBlock;
 class TextBlock;
 
 /// A dialog that is opened, not executed. Emits `finished` when the user dismisses it by whatever means; neither
@@ -16,13 +17,14 @@ class ErrorAlert final : public FittedDialog
 public:
     explicit ErrorAlert(QWidget *window);
 
-    /// Shows `text`, on top of `host` unless it is open already; `host` may be the main window, the sheet or a file
-    /// dialog.
+    /// Shows `text`, and below it what helps if that is known, on top of `host` unless it is open already; `host` may
+    /// be the main window, the sheet or a file dialog.
     void present(const QString &text, QWidget *host);
     void withdraw();
 
 private:
     TextBlock *m_text;
+    HintBlock *m_hint;
 };
 
 } // namespace varda

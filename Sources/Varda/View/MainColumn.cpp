@@ -1,16 +1,23 @@
 // MainColumn: the stack of panels, and the status line, which floats while its place is out of sight.
 #include "Varda/View/MainColumn.h"
 
+#include "Varda/Model/Hints.h"
 #include "Varda/View/ConsolePanel.h"
 #include "Varda/View/DeviceCard.h"
 #include "Varda/View/StatusLine.h"
+#include "Varda/View/Widgets/HintBlock.h"
 #include "Varda/View/Widgets/Labels.h"
 #include "Varda/View/Widgets/Theme.h"
+#include "Varda/View/WindowActions.h"
 #include "Varda/View/WorkPanels.h"
 
+#include <QAction>
 #include <QEvent>
 #include <QScrollBar>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <array>
 
 namespace varda {
 
@@ -37,6 +44,26 @@ QWidget *makeBadge()
     return badge;
 }
 
+/// What helps if `device` cannot be worked with. A phone that has yet to agree has a warning of its own.
+std::optional<QString> hintForDevice(const AndroidDevice &device)
+{
+    if (device.ready() || device.state == u"unauthorized")
+        return std::nullopt;
+    return hintFor(u"device "_s + device.state);
+}
+
+/// What helps if the status tells why the devices cannot be listed. An action's own status is passed over: its failure
+/// is in the alert, and the names of files in it may hold any words.
+std::optional<QString> hintForListing(const QString &status, bool busy)
+{
+    constexpr std::array named{QStringView(u"Installing "), QStringView(u"Installed "),
+                               QStringView(u"Screenshot saved to ")};
+    const auto startsStatus = [&](QStringView words) { return status.startsWith(words); };
+    if (busy || std::any_of(named.begin(), named.end(), startsStatus))
+        return std::nullopt;
+    return hintFor(status);
+}
+
 } // namespace
 
 MainColumn::MainColumn(VardaModel &model, const WindowActions &actions, QWidget *parent)
@@ -60,9 +87,10 @@ MainColumn::MainColumn(VardaModel &model, const WindowActions &actions, QWidget 
     addHeader(*stack);
     stack->addWidget(m_card = new DeviceCard(column));
     stack->addWidget(m_warning = new AuthorizationWarning(column));
+    stack->addWidget(m_deviceHint = new HintBlock(u"deviceHint"_s, column));
     stack->addWidget(m_deploy = new DeployPanel(model, actions, column));
-    stack->addWidget(m_livePhone = new LivePhonePanel(model, column));
-    stack->addWidget(m_application = new ApplicationPanel(model, column));
+    stack->addWidget(m_livePhone = new LivePhonePanel(actions, column));
+    stack->addWidget(m_application = new ApplicationPanel(model, actions, column));
     stack->addWidget(m_console = new ConsolePanel(model, actions, column));
     stack->addWidget(m_statusPlace = new QWidget(column));
     QLabel *note = makeText(u"USB setup: Android Settings → About phone → tap Build number 7 times → Developer options "
@@ -79,8 +107,7 @@ MainColumn::MainColumn(VardaModel &model, const WindowActions &actions, QWidget 
 
     QObject::connect(m_console, &ConsolePanel::started, this, &MainColumn::showConsole);
     QObject::connect(m_console, &ConsolePanel::searched, this, &MainColumn::showConsole);
-    QObject::connect(m_application, &ApplicationPanel::listAsked, this,
-                     [this] { m_listAskedAt = verticalScrollBar()->value(); });
+    QObject::connect(actions.list, &QAction::triggered, this, [this] { m_listAskedAt = verticalScrollBar()->value(); });
 
     m_status = new StatusLine(viewport());
     m_status->installEventFilter(this);
@@ -110,10 +137,11 @@ void MainColumn::render()
         m_card->setDevice(*selected);
     m_card->setVisible(selected.has_value());
     m_warning->setVisible(selected && selected->state == u"unauthorized");
+    m_deviceHint->setHint(selected ? hintForDevice(*selected) : std::nullopt);
     m_deploy->render();
     m_livePhone->render();
     m_application->render();
-    m_status->setStatus(m_model.status(), m_model.busy());
+    m_status->setStatus(m_model.status(), m_model.busy(), hintForListing(m_model.status(), m_model.busy()));
 
     const bool listingEnded = m_listAskedAt && !m_model.busy();
     const bool listed = listingEnded && !m_model.logging() && !m_model.error();

@@ -17,6 +17,7 @@ class WindowActions;
 class ConsolePanel;
 class DeployPanel;
 class DeviceCard;
+class HintBlock;
 class LivePhonePanel;
 class StatusLine;
 
@@ -49,13 +50,15 @@ private:
     VardaModel &m_model;
     DeviceCard *m_card = nullptr;
     AuthorizationWarning *m_warning = nullptr;
+    HintBlock *m_deviceHint = nullptr;
     DeployPanel *m_deploy = nullptr;
     LivePhonePanel *m_livePhone = nullptr;
     ApplicationPanel *m_application = nullptr;
     ConsolePanel *m_console = nullptr;
     QWidget *m_statusPlace = nullptr; ///< holds the status line's room in the stack
     StatusLine *m_status = nullptr;
-    std::optional<int> m_listAskedAt; ///< where the page stood when "List apps" was pressed, until that has ended
+    std::optional<int>
+        m_listAskedAt; ///< where the page stood when the list of apps was asked for, until that has ended
 };
 
 } // namespace varda

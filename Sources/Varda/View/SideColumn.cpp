@@ -88,30 +88,28 @@ void SideColumn::addDevices(QVBoxLayout &stack, const WindowActions &actions)
     QLabel *heading = makeText(u"DEVICES"_s, devicesFont, theme::secondaryText, this);
     heading->setWordWrap(false);
     heading->setObjectName(u"devicesHeading"_s);
-    m_refresh = new Button(Button::Kind::Bare, {}, Icon::Refresh, this);
-    m_refresh->setObjectName(u"refreshButton"_s);
-    m_refresh->setAccessibleName(u"Refresh devices"_s);
-    setHint(*m_refresh, u"Refresh devices"_s, actions.refresh);
-    QObject::connect(m_refresh, &Button::clicked, this, [this] { m_model.startRefresh(); });
+    auto *refresh = new Button(Button::Kind::Bare, {}, Icon::Refresh, this);
+    refresh->setObjectName(u"refreshButton"_s);
+    refresh->setAccessibleName(u"Refresh devices"_s);
+    tie(*refresh, u"Refresh devices"_s, actions.refresh);
 
-    m_devices = new DeviceList(m_model, m_refresh, this);
+    m_devices = new DeviceList(m_model, refresh, this);
 
-    m_wireless = new Button(Button::Kind::Secondary, u"Connect over Wi-Fi"_s, Icon::Wifi, this);
-    m_wireless->setObjectName(u"wirelessButton"_s);
-    m_wireless->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    setHint(*m_wireless, u"Pair or connect a phone on your network"_s, actions.wireless);
-    QObject::connect(m_wireless, &Button::clicked, this, [this] { m_model.wireless = true; });
+    auto *wireless = new Button(Button::Kind::Secondary, u"Connect over Wi-Fi"_s, Icon::Wifi, this);
+    wireless->setObjectName(u"wirelessButton"_s);
+    wireless->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    tie(*wireless, u"Pair or connect a phone on your network"_s, actions.wireless);
 
     auto *title = new QHBoxLayout;
     title->addWidget(heading);
     title->addStretch(1);
-    title->addWidget(m_refresh);
+    title->addWidget(refresh);
     auto *list = new QVBoxLayout;
     list->setSpacing(listGap);
     list->addLayout(title);
     list->addWidget(m_devices);
     stack.addLayout(list);
-    stack.addWidget(m_wireless);
+    stack.addWidget(wireless);
 }
 
 void SideColumn::addTrustNote(QVBoxLayout &stack)
@@ -135,8 +133,6 @@ void SideColumn::addTrustNote(QVBoxLayout &stack)
 void SideColumn::render()
 {
     m_devices->render();
-    m_refresh->setEnabled(!m_model.busy());
-    m_wireless->setEnabled(!m_model.busy());
 }
 
 void SideColumn::paintEvent(QPaintEvent *)

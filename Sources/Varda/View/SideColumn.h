@@ -10,7 +10,6 @@ class QVBoxLayout;
 
 namespace varda {
 
-class Button;
 class WindowActions;
 class DeviceList;
 
@@ -36,9 +35,7 @@ private:
 
     VardaModel &m_model;
     QMenu *m_menu;
-    Button *m_refresh = nullptr;
     DeviceList *m_devices = nullptr;
-    Button *m_wireless = nullptr;
 };
 
 } // namespace varda

@@ -4,9 +4,9 @@
 #include "Varda/View/Widgets/Labels.h"
 #include "Varda/View/Widgets/Theme.h"
 
-#include <QHBoxLayout>
 #include <QPainter>
 #include <QTimer>
+#include <QVBoxLayout>
 
 namespace varda {
 
@@ -61,21 +61,29 @@ StatusLine::StatusLine(QWidget *parent)
     : QWidget(parent)
     , m_spinner(new Spinner(this))
     , m_text(new TextBlock(theme::font(theme::captionSize, QFont::Medium), theme::text, QAccessible::StatusBar, this))
+    , m_hint(new TextBlock(theme::font(theme::captionSize), theme::accent, QAccessible::StaticText, this))
 {
     setObjectName(u"statusLine"_s);
     m_spinner->setObjectName(u"busyIndicator"_s);
     m_spinner->hide();
     m_text->setObjectName(u"statusText"_s);
 
-    auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(theme::mainPadding, verticalPadding, theme::mainPadding - TextBlock::inset,
-                            verticalPadding);
+    m_hint->setObjectName(u"statusHint"_s);
+    m_hint->hide();
+
+    auto *row = new QHBoxLayout;
     row->setSpacing(theme::controlSpacing - TextBlock::inset);
     row->addWidget(m_spinner);
     row->addWidget(m_text, 1);
+    auto *stack = new QVBoxLayout(this);
+    stack->setContentsMargins(theme::mainPadding, verticalPadding, theme::mainPadding - TextBlock::inset,
+                              verticalPadding);
+    stack->setSpacing(0); // their insets part them
+    stack->addLayout(row);
+    stack->addWidget(m_hint);
 }
 
-void StatusLine::setStatus(const QString &status, bool busy)
+void StatusLine::setStatus(const QString &status, bool busy, const std::optional<QString> &hint)
 {
     m_spinner->setVisible(busy);
     // The text's own inset lines it up with the column where no spinner stands before it.
@@ -86,6 +94,9 @@ void StatusLine::setStatus(const QString &status, bool busy)
         layout()->setContentsMargins(margins);
     }
     m_text->setMessage(status);
+    if (hint)
+        m_hint->setMessage(*hint);
+    m_hint->setVisible(hint.has_value());
 }
 
 int StatusLine::padding()

@@ -3,6 +3,8 @@
 
 #include <QWidget>
 
+#include <optional>
+
 class QTimer;
 
 namespace varda {
@@ -27,7 +29,7 @@ private:
     int m_step = 0;
 };
 
-/// The status text, which can be selected, after a spinner while busy.
+/// The status text after a spinner while busy, and below it what helps, if that is known. Both can be selected.
 class StatusLine final : public QWidget
 {
     Q_OBJECT
@@ -35,7 +37,7 @@ class StatusLine final : public QWidget
 public:
     explicit StatusLine(QWidget *parent = nullptr);
 
-    void setStatus(const QString &status, bool busy);
+    void setStatus(const QString &status, bool busy, const std::optional<QString> &hint);
 
     /// How far its text is from its upper and lower edges.
     static int padding();
@@ -52,6 +54,7 @@ protected:
 private:
     Spinner *m_spinner;
     TextBlock *m_text;
+    TextBlock *m_hint;
     int m_limit = 0;
     bool m_floating = false;
 };

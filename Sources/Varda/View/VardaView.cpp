@@ -29,6 +29,7 @@ VardaView::VardaView(std::shared_ptr<VardaModel> model, QWidget *parent)
     , m_alert(new ErrorAlert(this))
     , m_windowFocus(this, m_main)
     , m_sheetFocus(m_sheet, m_sheet)
+    , m_attention(this)
 {
     setObjectName(u"workspace"_s);
     setWindowTitle(u"Varda"_s);
@@ -94,6 +95,7 @@ void VardaView::render()
     presentDialogs();
     m_windowFocus.after();
     m_sheetFocus.after();
+    m_attention.render(m_model->busy());
 }
 
 /// The alert is above the sheet, the sheet above the window. A dialog that is hidden hides the dialogs above it, so the

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "Varda/Model/VardaModel.h"
+#include "Varda/View/Attention.h"
 #include "Varda/View/Widgets/FocusReturn.h"
 
 #include <QWidget>
@@ -56,6 +57,7 @@ private:
     ErrorAlert *m_alert;
     FocusReturn m_windowFocus;
     FocusReturn m_sheetFocus;
+    Attention m_attention;
     bool m_renderScheduled = false;
 };
 

@@ -10,7 +10,7 @@ class QPushButton;
 
 namespace varda {
 
-/// Each action does what its button does, and is enabled in the same conditions.
+/// The conditions in which each action is enabled stand here and nowhere else: its button follows it.
 class WindowActions final : public QObject
 {
     Q_OBJECT
@@ -21,13 +21,21 @@ public:
 
     void render();
 
-    /// Lists the actions at the top of `menu`.
+    /// Lists the actions at the top of `menu`, in groups.
     void addTo(QMenu &menu) const;
 
     QAction *const chooseBuild;
+    QAction *const install;
+    QAction *const livePhone; ///< opens the live phone, and ends it
+    QAction *const record;
+    QAction *const launch;
+    QAction *const stopApp;
+    QAction *const list;
+    QAction *const screenshot;
+    QAction *const logs; ///< turns the console on and off
+    QAction *const exportLogs;
     QAction *const refresh;
     QAction *const wireless;
-    QAction *const exportLogs;
     /// These three are the console's, which does them.
     QAction *const find;
     QAction *const findNext;
@@ -36,6 +44,12 @@ public:
 private:
     VardaModel &m_model;
 };
+
+/// What the button of the live phone says.
+QString livePhoneLabel(bool running);
+
+/// Has `button` do what `action` does, and be enabled if it is. Its tooltip says `words` and the key.
+void tie(QPushButton &button, const QString &words, QAction *action);
 
 /// Gives `button` a tooltip that says what it does and by which key.
 void setHint(QPushButton &button, const QString &words, const QAction *action = nullptr);

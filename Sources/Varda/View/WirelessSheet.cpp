@@ -62,6 +62,8 @@ WirelessSheet::WirelessSheet(VardaModel &model, QWidget *window)
     bindText(*m_connectEndpoint, m_model.connectEndpoint);
     QObject::connect(m_pair, &Button::clicked, this, [this] { m_model.pair(); });
     QObject::connect(m_connect, &Button::clicked, this, [this] { m_model.connect(); });
+    QObject::connect(m_pairingCode, &QLineEdit::returnPressed, m_pair, &Button::click);
+    QObject::connect(m_connectEndpoint, &QLineEdit::returnPressed, m_connect, &Button::click);
     QObject::connect(this, &QDialog::finished, this, [this] { m_model.wireless = false; });
 }
 

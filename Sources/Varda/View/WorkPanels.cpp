@@ -1,4 +1,4 @@
-// WorkPanels: each panel ties its buttons to the model and enables them from it.
+// WorkPanels: each button does what one of the window's actions does, and is enabled if that is.
 #include "Varda/View/WorkPanels.h"
 
 #include "Varda/View/DropZone.h"
@@ -8,6 +8,7 @@
 #include "Varda/View/Widgets/Theme.h"
 #include "Varda/View/WindowActions.h"
 
+#include <QAction>
 #include <QLineEdit>
 
 namespace varda {
@@ -19,11 +20,6 @@ namespace {
 using Kind = Button::Kind;
 
 constexpr int headlineGap = 4;
-
-QString mirrorLabel(bool running)
-{
-    return running ? u"Stop live phone"_s : u"Open live phone"_s;
-}
 
 Button *makeButton(Kind kind, const QString &name, const QString &text, QWidget *parent,
                    std::optional<Icon> icon = std::nullopt)
@@ -37,32 +33,29 @@ Button *makeButton(Kind kind, const QString &name, const QString &text, QWidget 
 
 DeployPanel::DeployPanel(VardaModel &model, const WindowActions &actions, QWidget *parent)
     : Panel(u"01 / DEPLOY A BUILD"_s, Icon::Box, parent)
-    , m_model(model)
     , m_dropZone(new DropZone(model, this))
-    , m_choose(makeButton(Kind::Secondary, u"chooseButton"_s, u"Choose APK"_s, this))
-    , m_install(makeButton(Kind::Primary, u"installButton"_s, u"Install on device"_s, this))
 {
     setObjectName(u"deployPanel"_s);
-    setHint(*m_choose, u"Choose a build to install"_s, actions.chooseBuild);
+    auto *choose = makeButton(Kind::Secondary, u"chooseButton"_s, u"Choose APK"_s, this);
+    auto *install = makeButton(Kind::Primary, u"installButton"_s, u"Install on device"_s, this);
+    tie(*choose, u"Choose a build to install"_s, actions.chooseBuild);
+    tie(*install, u"Install the chosen build"_s, actions.install);
     content().addWidget(m_dropZone);
-    content().addLayout(makeRow({m_choose, m_install}));
-    QObject::connect(m_choose, &Button::clicked, this, [this] { m_model.chooseAPK(); });
-    QObject::connect(m_install, &Button::clicked, this, [this] { m_model.install(); });
+    content().addLayout(makeRow({choose, install}));
 }
 
 void DeployPanel::render()
 {
     m_dropZone->render();
-    m_install->setEnabled(m_model.takesActions() && m_model.apk().has_value());
 }
 
-LivePhonePanel::LivePhonePanel(VardaModel &model, QWidget *parent)
+LivePhonePanel::LivePhonePanel(const WindowActions &actions, QWidget *parent)
     : Panel(u"02 / LIVE PHONE"_s, Icon::Windows, parent)
-    , m_model(model)
+    , m_actions(actions)
     , m_mirror(makeButton(Kind::Primary, u"mirrorButton"_s, {}, this))
-    , m_record(makeButton(Kind::Secondary, u"recordButton"_s, u"Record test"_s, this))
 {
     setObjectName(u"livePhonePanel"_s);
+    auto *record = makeButton(Kind::Secondary, u"recordButton"_s, u"Record test"_s, this);
     QLabel *headline =
         makeText(u"Control the real screen."_s, theme::font(theme::headlineSize, QFont::DemiBold), theme::text, this);
     headline->setObjectName(u"liveHeadline"_s);
@@ -75,50 +68,43 @@ LivePhonePanel::LivePhonePanel(VardaModel &model, QWidget *parent)
     words->addWidget(headline);
     words->addWidget(text);
     content().addLayout(words);
-    for (const QString &label : {mirrorLabel(true), mirrorLabel(false)}) {
-        m_mirror->setText(label);
+    for (const bool running : {true, false}) {
+        m_mirror->setText(livePhoneLabel(running));
         m_mirror->setMinimumWidth(qMax(m_mirror->minimumWidth(), m_mirror->sizeHint().width())); // its neighbour stays
     }
-    content().addLayout(makeRow({m_mirror, m_record}));
-    QObject::connect(m_mirror, &Button::clicked, this, [this] { m_model.mirrorPhone(false); });
-    QObject::connect(m_record, &Button::clicked, this, [this] { m_model.mirrorPhone(true); });
+    content().addLayout(makeRow({m_mirror, record}));
+    tie(*m_mirror, u"Show the phone’s screen in a window"_s, actions.livePhone);
+    tie(*record, u"Open the live phone and save what happens as a video"_s, actions.record);
 }
 
 void LivePhonePanel::render()
 {
-    const bool running = m_model.mirrorRunning();
-    m_mirror->setText(mirrorLabel(running));
-    m_mirror->setEnabled(m_model.takesActions() || running);
-    m_record->setEnabled(m_model.takesActions() && !running);
+    m_mirror->setText(m_actions.livePhone->text());
 }
 
-ApplicationPanel::ApplicationPanel(VardaModel &model, QWidget *parent)
+ApplicationPanel::ApplicationPanel(VardaModel &model, const WindowActions &actions, QWidget *parent)
     : Panel(u"03 / TEST YOUR APPLICATION"_s, Icon::Play, parent)
     , m_model(model)
     , m_package(makeField(u"packageField"_s, u"Package ID"_s, u"Package ID · com.example.myapp"_s, this))
-    , m_launch(makeButton(Kind::Secondary, u"launchButton"_s, u"Launch"_s, this))
-    , m_stop(makeButton(Kind::Secondary, u"stopButton"_s, u"Stop app"_s, this))
-    , m_list(makeButton(Kind::Secondary, u"listButton"_s, u"List apps"_s, this))
-    , m_screenshot(makeButton(Kind::Secondary, u"screenshotButton"_s, u"Screenshot"_s, this, Icon::Camera))
 {
     setObjectName(u"applicationPanel"_s);
+    auto *launch = makeButton(Kind::Secondary, u"launchButton"_s, u"Launch"_s, this);
+    auto *stop = makeButton(Kind::Secondary, u"stopButton"_s, u"Stop app"_s, this);
+    auto *list = makeButton(Kind::Secondary, u"listButton"_s, u"List apps"_s, this);
+    auto *screenshot = makeButton(Kind::Secondary, u"screenshotButton"_s, u"Screenshot"_s, this, Icon::Camera);
     content().addWidget(m_package);
-    content().addLayout(makeRow({m_launch, m_stop, m_list, m_screenshot}));
+    content().addLayout(makeRow({launch, stop, list, screenshot}));
     bindText(*m_package, m_model.packageName);
-    QObject::connect(m_launch, &Button::clicked, this, [this] { m_model.appAction(true); });
-    QObject::connect(m_stop, &Button::clicked, this, [this] { m_model.appAction(false); });
-    QObject::connect(m_list, &Button::clicked, this, [this] {
-        m_model.listApps();
-        Q_EMIT listAsked();
-    });
-    QObject::connect(m_screenshot, &Button::clicked, this, [this] { m_model.screenshot(); });
+    QObject::connect(m_package, &QLineEdit::returnPressed, actions.launch, &QAction::trigger);
+    tie(*launch, u"Start the app with this package ID"_s, actions.launch);
+    tie(*stop, u"Force the app with this package ID to stop"_s, actions.stopApp);
+    tie(*list, u"Show the installed apps in the console"_s, actions.list);
+    tie(*screenshot, u"Save the phone’s screen as a picture"_s, actions.screenshot);
 }
 
 void ApplicationPanel::render()
 {
     renderText(*m_package, m_model.packageName);
-    for (Button *button : {m_launch, m_stop, m_list, m_screenshot})
-        button->setEnabled(m_model.takesActions());
 }
 
 } // namespace varda

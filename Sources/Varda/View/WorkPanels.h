@@ -22,10 +22,7 @@ public:
     void render();
 
 private:
-    VardaModel &m_model;
     DropZone *m_dropZone;
-    Button *m_choose;
-    Button *m_install;
 };
 
 /// Opening, recording and closing the live phone.
@@ -34,13 +31,12 @@ class LivePhonePanel final : public Panel
     Q_OBJECT
 
 public:
-    explicit LivePhonePanel(VardaModel &model, QWidget *parent = nullptr);
+    explicit LivePhonePanel(const WindowActions &actions, QWidget *parent = nullptr);
     void render();
 
 private:
-    VardaModel &m_model;
+    const WindowActions &m_actions;
     Button *m_mirror;
-    Button *m_record;
 };
 
 /// Launching and watching the app under test.
@@ -49,20 +45,12 @@ class ApplicationPanel final : public Panel
     Q_OBJECT
 
 public:
-    explicit ApplicationPanel(VardaModel &model, QWidget *parent = nullptr);
+    ApplicationPanel(VardaModel &model, const WindowActions &actions, QWidget *parent = nullptr);
     void render();
-
-Q_SIGNALS:
-    /// The user asked for the list of apps.
-    void listAsked();
 
 private:
     VardaModel &m_model;
     QLineEdit *m_package;
-    Button *m_launch;
-    Button *m_stop;
-    Button *m_list;
-    Button *m_screenshot;
 };
 
 } // namespace varda

@@ -68,6 +68,14 @@ QLatin1StringView nameOf(Icon icon)
         return "details"_L1;
     case Icon::Document:
         return "document"_L1;
+    case Icon::Install:
+        return "install"_L1;
+    case Icon::Stop:
+        return "stop"_L1;
+    case Icon::Record:
+        return "record"_L1;
+    case Icon::Export:
+        return "export"_L1;
     case Icon::Down:
         return "down"_L1;
     case Icon::Close:

@@ -25,8 +25,12 @@ enum class Icon {
     Camera,
     Terminal,
     Menu,
-    Drop, ///< an arrow into a tray
-    File, ///< the chosen build
+    Install, ///< an arrow into a phone
+    Stop,
+    Record,
+    Export, ///< an arrow out of a tray
+    Drop,   ///< an arrow into a tray
+    File,   ///< the chosen build
     Back,
     Forward,
     Up,

@@ -48,6 +48,8 @@ inline constexpr QColor rowFill = white(0.03);
 inline constexpr QColor rowHover = white(0.07);
 inline const QColor matchFill = faded(attention, 0.20);
 inline const QColor matchLine = faded(attention, 0.60); // 4.0 : 1 on the console
+inline const QColor hintFill = faded(accent, 0.10);
+inline const QColor hintLine = faded(accent, 0.28);
 inline const QColor rowSelected = faded(accent, 0.15);
 inline const QColor rowSelectedHover = faded(accent, 0.22);
 

@@ -1,0 +1,35 @@
+// HintBlock: in the accent colour, for orange is the colour of what went wrong.
+#include "Varda/View/Widgets/HintBlock.h"
+
+#include "Varda/View/Widgets/Labels.h"
+#include "Varda/View/Widgets/Theme.h"
+
+namespace varda {
+namespace {
+
+constexpr int horizontalPadding = 16;
+constexpr int verticalPadding = 12;
+
+} // namespace
+
+HintBlock::HintBlock(const QString &name, QWidget *parent)
+    : Surface(theme::hintFill, theme::hintLine, theme::rowRadius, parent)
+    , m_text(new TextBlock(theme::font(theme::bodySize), theme::text, QAccessible::StaticText, this))
+{
+    m_text->setObjectName(name);
+    auto *stack = new QVBoxLayout(this);
+    constexpr int inset = TextBlock::inset;
+    stack->setContentsMargins(horizontalPadding - inset, verticalPadding - inset, horizontalPadding - inset,
+                              verticalPadding - inset);
+    stack->addWidget(m_text);
+    hide();
+}
+
+void HintBlock::setHint(const std::optional<QString> &hint)
+{
+    if (hint)
+        m_text->setMessage(*hint);
+    setVisible(hint.has_value());
+}
+
+} // namespace varda

@@ -5,10 +5,6 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <arpa/inet.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 namespace varda::bench {
 
 namespace {
@@ -16,21 +12,6 @@ namespace {
 using namespace Qt::StringLiterals;
 
 constexpr int longestWait = 20'000; // ms
-
-/// A port of the loopback address that nobody listens on at this moment.
-quint16 freePort()
-{
-    const int descriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    auto *generic = reinterpret_cast<sockaddr *>(&address);
-    if (::bind(descriptor, generic, size) != 0 || ::getsockname(descriptor, generic, &size) != 0)
-        qFatal("No port is free");
-    ::close(descriptor);
-    return ntohs(address.sin_port);
-}
 
 void stage(const QString &from, const QString &to)
 {
@@ -63,9 +44,8 @@ AttachedPhone::AttachedPhone(const QString &home, Adb kind)
 
 void AttachedPhone::connectRealPhone()
 {
-    for (const char *variable : {"HOME", "TMPDIR"})
-        qputenv(variable, QFile::encodeName(m_scratch.path()));
-    qputenv("ANDROID_ADB_SERVER_PORT", QByteArray::number(freePort()));
+    m_server.emplace(m_adb);
+    m_server->enterEnvironment();
     m_phone.start(QStringLiteral(VIRTUAL_PHONE), {u"--until-stdin-closes"_s});
     if (!m_phone.waitForReadyRead(longestWait))
         qFatal("The simulated phone does not start");
@@ -81,7 +61,7 @@ AttachedPhone::~AttachedPhone()
 {
     if (m_phone.state() == QProcess::NotRunning)
         return;
-    adb({u"kill-server"_s});
+    m_server.reset();
     m_phone.closeWriteChannel();
     m_phone.waitForFinished(longestWait);
 }
@@ -89,11 +69,7 @@ AttachedPhone::~AttachedPhone()
 /// What adb prints for `arguments`.
 QString AttachedPhone::adb(const QStringList &arguments) const
 {
-    QProcess run;
-    run.start(m_adb, arguments);
-    if (!run.waitForFinished(longestWait))
-        qFatal("adb does not answer");
-    return QString::fromUtf8(run.readAllStandardOutput());
+    return QString::fromUtf8(m_server->run(arguments).output);
 }
 
 } // namespace varda::bench

@@ -1,9 +1,12 @@
 // AttachedPhone: an adb with one phone attached, for as long as the object lives.
 #pragma once
 
+#include "Support/AdbServer.h"
+
 #include <QProcess>
 #include <QString>
-#include <QTemporaryDir>
+
+#include <optional>
 
 namespace varda::bench {
 
@@ -28,7 +31,7 @@ private:
     QString adb(const QStringList &arguments) const;
 
     const QString m_adb;
-    QTemporaryDir m_scratch;
+    std::optional<test::AdbServer> m_server;
     QProcess m_phone;
     QString m_name;
 };

@@ -1,6 +1,7 @@
 // Window: see the header.
 #include "Window.h"
 
+#include "Support/FakeFileDialogs.h"
 #include "Varda/View/Appearance.h"
 #include "Varda/View/Widgets/ConsoleText.h"
 
@@ -18,13 +19,6 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-class NoDialogs final : public FileDialogs
-{
-public:
-    std::optional<QUrl> chooseBuild() override { return std::nullopt; }
-    std::optional<QString> saveLocation(SaveKind, const QString &) override { return std::nullopt; }
-};
-
 /// One turn; false where there was nothing to do.
 bool turn()
 {
@@ -34,7 +28,7 @@ bool turn()
 std::shared_ptr<VardaModel> makeModel()
 {
     prepareAppearance();
-    auto model = VardaModel::create(std::make_unique<NoDialogs>());
+    auto model = VardaModel::create(std::make_unique<test::FakeFileDialogs>());
     model->devices = QList<AndroidDevice>{{u"R58M42ABCDE"_s, u"device"_s, u"Pixel 8"_s}};
     model->selectedID = u"R58M42ABCDE"_s;
     return model;

@@ -188,7 +188,7 @@ private Q_SLOTS:
         });
         QCOMPARE(reports, QList<qint32>());
         QTRY_COMPARE(reports, QList<qint32>{4});
-        QTest::qWait(120);
+        anotherChildEnds();
         QCOMPARE(reports, QList<qint32>{4});
     }
 
@@ -241,7 +241,7 @@ private Q_SLOTS:
             second.abandon();
             QCOMPARE(::kill(second.pid(), SIGKILL), 0);
         }
-        QTest::qWait(120);
+        anotherChildEnds();
         QVERIFY(!reported);
     }
 
@@ -255,6 +255,13 @@ private Q_SLOTS:
     }
 
 private:
+    /// What was to be reported of the children before it has been reported by then.
+    static void anotherChildEnds()
+    {
+        const ChildProcess child = ChildProcess::launch(standInThat(u"exit 0"_s));
+        QVERIFY(resultOf(child.waitForExit()));
+    }
+
     /// A file that a child creates once it is ready to be tested.
     QString ready() const { return m_home->filePath(u"ready"_s); }
 

@@ -1,5 +1,6 @@
 // A finished command's text and verdict, and the sentences of errors.
 #include "VardaCore/CommandResult.h"
+#include "Support/FailureOf.h"
 #include "VardaCore/ToolError.h"
 
 #include <QTest>
@@ -18,12 +19,7 @@ namespace {
 /// The description of the error that `result` is checked into.
 QString failureOf(const CommandResult &result)
 {
-    try {
-        result.checked();
-    } catch (const ToolError &error) {
-        return error.errorDescription();
-    }
-    return u"(no failure)"_s;
+    return varda::failureOf([&] { result.checked(); });
 }
 
 /// One user-perceived character of seven code points: a family of four.

@@ -1,6 +1,7 @@
 // Whole commands, from the launch to the last thing cleaned up.
 #include "VardaCore/Android.h"
 
+#include "Support/FailureOf.h"
 #include "Support/ProcessCensus.h"
 #include "Support/StandIn.h"
 #include "Support/Wait.h"
@@ -41,18 +42,6 @@ QCoro::Task<CommandResult> standInThat(const QStringList &arguments, const std::
                                        Seconds timeout = enough)
 {
     return CommandRunner::run(standIn(), arguments, input, timeout);
-}
-
-/// The sentence of the error that `task` ends with.
-template <typename T>
-QString failureOf(QCoro::Task<T> task)
-{
-    try {
-        resultOf(std::move(task));
-    } catch (const std::exception &error) {
-        return describe(error);
-    }
-    return u"(no failure)"_s;
 }
 
 /// Delivers events, and sees which of their receivers are gone thereafter.
@@ -218,7 +207,7 @@ private Q_SLOTS:
         QVERIFY(failureOf(standInThat(arguments, QString(1'000'000, u'x'), 0s)).endsWith(u": Broken pipe"));
         QVERIFY(QDir::temp().isEmpty());
         QVERIFY(!QFile::exists(ended));
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(ended), 30'000);
+        VERIFY_SOON(QFile::exists(ended));
     }
 
     void writersThatWaitHoldUpNobody()
@@ -364,7 +353,7 @@ private Q_SLOTS:
         const QStringList arguments = {u"leave-behind"_s, u"0.6"_s, note, u"sleep"_s, u"60"_s};
         QCOMPARE(failureOf(standInThat(arguments, std::nullopt, 0.1s)), timedOut);
         QVERIFY(!QFile::exists(note));
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(note), 30'000);
+        VERIFY_SOON(QFile::exists(note));
     }
 
     void runsManyCommandsAtOnce()
@@ -399,8 +388,8 @@ private Q_SLOTS:
             const auto task = standInThat({u"sleep"_s, u"0.2"_s, u"create-file"_s, ended});
             QVERIFY(!task.isReady());
         }
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(ended), 30'000);
-        QTRY_VERIFY_WITH_TIMEOUT(QDir::temp().isEmpty(), 30'000);
+        VERIFY_SOON(QFile::exists(ended));
+        VERIFY_SOON(QDir::temp().isEmpty());
     }
 
     void resultArrivesOnTheCallersThread()

@@ -3,7 +3,6 @@
 #include "Support/StandIn.h"
 #include "Support/Wait.h"
 
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -151,9 +150,7 @@ private:
     static QString endingOf(pid_t child)
     {
         int status = 0;
-        const QDeadlineTimer deadline(guardTime);
-        while (::waitpid(child, &status, WNOHANG) == 0 && !deadline.hasExpired())
-            QTest::qWait(1);
+        eventually([&] { return ::waitpid(child, &status, WNOHANG) != 0; });
         return WIFEXITED(status) ? u"exit %1"_s.arg(WEXITSTATUS(status)) : u"signal %1"_s.arg(WTERMSIG(status));
     }
 

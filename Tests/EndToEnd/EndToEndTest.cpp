@@ -1,6 +1,7 @@
 // A whole session in the real window, with the real adb and simulated phones: from an empty list to quitting, worked
 // over AT-SPI. The acts build on each other; the first that fails ends the play.
 #include "Stage.h"
+#include "Support/StandInTools.h"
 #include "VardaWindow.h"
 #include "X11Input.h"
 
@@ -102,9 +103,8 @@ private:
     int processID();
     bool saysStatus(const QString &text) { return window.statusBecomes(text); }
 
-    Stage stage{{.varda = QStringLiteral(VARDA_PROGRAM),
-                 .adb = QStringLiteral(STAGED_ADB),
-                 .scrcpy = QStringLiteral(STAND_IN_SCRCPY)}};
+    Stage stage{{.varda = QStringLiteral(VARDA_PROGRAM), .adb = QStringLiteral(STAGED_ADB), .scrcpy = {}}};
+    StandInTool scrcpy{stage.scrcpyPath(), false};
     VirtualPhone phone{unauthorizedPhone()};
     VirtualPhone other{secondPhone()};
     QString wirelessAddress{other.endpoint()}; ///< its port for paired computers, once that is open
@@ -117,6 +117,7 @@ void EndToEndTest::initTestCase()
     QVERIFY2(stage.errorString().isEmpty(), qUtf8Printable(stage.errorString()));
     QVERIFY2(phone.errorString().isEmpty(), qUtf8Printable(phone.errorString()));
     QVERIFY2(other.errorString().isEmpty(), qUtf8Printable(other.errorString()));
+    scrcpy.onAnything().hangs().exitsOnTermination(0);
     QVERIFY(stage.startVarda());
     window = VardaWindow{stage.varda().processId()};
     QVERIFY(window.opens());
@@ -317,14 +318,12 @@ void EndToEndTest::opensAndStopsTheLivePhone()
     QVERIFY(window.press(u"Open live phone"_s));
     QVERIFY(saysStatus(u"Live phone opened. Use your Mac keyboard and mouse to test the app."_s));
     QVERIFY(window.buttonBecomes(u"Record test"_s, false));
-    QVERIFY(eventually([&] { return QFile::exists(stage.home(u"scrcpy-arguments"_s)); }));
-    QCOMPARE(QString::fromUtf8(contents(stage.home(u"scrcpy-arguments"_s))).split(u'\n', Qt::SkipEmptyParts),
-             (QStringList{u"--serial"_s, phone.serial(), u"--window-title"_s, u"Varda · Pixel 8"_s, u"--max-size"_s,
-                          u"1920"_s}));
+    COMPARE_SOON(scrcpy.calls().size(), 1);
+    QCOMPARE(scrcpy.calls().first().arguments(), (QStringList{u"--serial"_s, phone.serial(), u"--window-title"_s,
+                                                              u"Varda · Pixel 8"_s, u"--max-size"_s, u"1920"_s}));
     QVERIFY(window.press(u"Stop live phone"_s));
     QVERIFY(window.buttonBecomes(u"Open live phone"_s, true));
-    QCOMPARE(contents(stage.home(u"scrcpy-end"_s)), QByteArray::number(SIGTERM));
-    QVERIFY(QFile::remove(stage.home(u"scrcpy-arguments"_s)));
+    QCOMPARE(scrcpy.calls().first().terminationRequests, 1);
 }
 
 void EndToEndTest::recordsATest()
@@ -333,8 +332,8 @@ void EndToEndTest::recordsATest()
     QVERIFY(window.press(u"Record test"_s));
     QVERIFY(window.answerFileDialog(path));
     QVERIFY(saysStatus(u"Recording the real device in the live phone window."_s));
-    QVERIFY(eventually([&] { return QFile::exists(stage.home(u"scrcpy-arguments"_s)); }));
-    QVERIFY(QString::fromUtf8(contents(stage.home(u"scrcpy-arguments"_s))).endsWith(u"\n--record\n"_s + path + u'\n'));
+    COMPARE_SOON(scrcpy.calls().size(), 2);
+    QCOMPARE(scrcpy.calls().last().arguments().last(2), (QStringList{u"--record"_s, path}));
     QVERIFY(window.press(u"Stop live phone"_s));
     QVERIFY(window.buttonBecomes(u"Record test"_s, true));
 }

@@ -26,7 +26,6 @@ namespace varda::test {
 
 namespace {
 
-constexpr auto helperTimeoutMilliseconds = 60'000;
 constexpr auto recordedMilliseconds = 3'000;
 constexpr QSize phoneScreen{720, 1600};
 
@@ -38,7 +37,7 @@ std::optional<QByteArray> output(const QString &program, const QStringList &argu
 {
     QProcess process;
     process.start(program, arguments, QIODevice::ReadOnly);
-    if (!process.waitForFinished(helperTimeoutMilliseconds) || process.exitCode() != 0)
+    if (!process.waitForFinished(guardMilliseconds) || process.exitCode() != 0)
         return std::nullopt;
     return process.readAllStandardOutput();
 }

@@ -1,11 +1,12 @@
 // Stage: a temporary folder shaped like an installation, and an environment that keeps everything inside it.
 #include "Stage.h"
 
+#include "Support/Wait.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QTcpServer>
 #include <QTest>
 
 #include <csignal>
@@ -16,19 +17,6 @@ namespace varda::test {
 
 namespace {
 
-// adb's own client may wait for a phone; nothing on the stage takes longer than that.
-constexpr auto adbTimeoutMilliseconds = 60'000;
-
-constexpr auto endTimeoutMilliseconds = 60'000;
-
-/// A port that nobody listens on at this moment.
-quint16 freePort()
-{
-    QTcpServer server;
-    server.listen(QHostAddress::LocalHost);
-    return server.serverPort();
-}
-
 QByteArray readProcessFile(qint64 pid, const QString &name)
 {
     QFile file{u"/proc/%1/%2"_s.arg(pid).arg(name)};
@@ -38,10 +26,9 @@ QByteArray readProcessFile(qint64 pid, const QString &name)
 } // namespace
 
 Stage::Stage(const Programs &programs)
-    : folder{QDir::tempPath() + u"/varda-stage-XXXXXX"_s}
-    , serverPort{freePort()}
+    : server{programs.adb}
+    , error{install(programs)}
 {
-    error = folder.isValid() ? install(programs) : folder.errorString();
     process.setProcessEnvironment(environment());
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process.setWorkingDirectory(home());
@@ -53,12 +40,11 @@ Stage::~Stage()
 {
     if (process.state() != QProcess::NotRunning) {
         process.terminate();
-        if (!process.waitForFinished(endTimeoutMilliseconds))
+        if (!process.waitForFinished(guardMilliseconds))
             process.kill();
         process.waitForFinished();
     }
-    if (error.isEmpty())
-        killServer();
+    killServer();
     // Only these lived with this stage's environment, so only what was started here is ended.
     for (const qint64 pid : processIds())
         kill(static_cast<pid_t>(pid), SIGKILL);
@@ -70,44 +56,36 @@ QString Stage::install(const Programs &programs)
         if (!QFileInfo{program}.isExecutable())
             return program + u" is no executable file; build it, and fill the tools tree by Scripts/stage-tools"_s;
     }
-    const QDir root{folder.path()};
-    for (const QString &path : {u"bin"_s, u"lib/varda/Tools/scrcpy"_s, u"home"_s, u"tmp"_s, u"runtime"_s}) {
+    const QDir root{server.folder()};
+    for (const QString &path : {u"bin"_s, u"lib/varda/Tools/scrcpy"_s}) {
         if (!root.mkpath(path))
             return u"cannot create "_s + root.filePath(path);
     }
     // adb finds its libraries from where it really lies, so a link to its folder serves.
     const QString tools = QFileInfo{programs.adb}.absolutePath();
-    adbProgram = root.filePath(u"lib/varda/Tools/platform-tools/adb"_s);
     if (!QFile::link(tools, root.filePath(u"lib/varda/Tools/platform-tools"_s)))
         return u"cannot link "_s + tools;
     // Varda looks for its tools beside where it really lies, so it is copied.
     if (!QFile::copy(programs.varda, root.filePath(u"bin/varda"_s)))
         return u"cannot copy "_s + programs.varda;
-    if (!programs.scrcpy.isEmpty() && !QFile::copy(programs.scrcpy, root.filePath(u"lib/varda/Tools/scrcpy/scrcpy"_s)))
+    if (!programs.scrcpy.isEmpty() && !QFile::copy(programs.scrcpy, scrcpyPath()))
         return u"cannot copy "_s + programs.scrcpy;
     return {};
 }
 
 QProcessEnvironment Stage::environment() const
 {
-    QProcessEnvironment all = QProcessEnvironment::systemEnvironment();
-    all.insert(u"HOME"_s, home());
-    all.insert(u"TMPDIR"_s, folder.filePath(u"tmp"_s));
+    QProcessEnvironment all = server.environment();
     all.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
-    all.insert(u"ANDROID_ADB_SERVER_PORT"_s, QString::number(serverPort));
-    // The server looks for no phones by itself: neither other tests' emulators nor the network's phones shall appear.
-    all.insert(u"ADB_LOCAL_TRANSPORT_MAX_PORT"_s, u"5554"_s);
-    all.insert(u"ADB_MDNS"_s, u"0"_s);
     all.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
-    for (const QString &name : {u"ANDROID_SERIAL"_s, u"ADB_TRACE"_s, u"ADB_VENDOR_KEYS"_s, u"XDG_CONFIG_HOME"_s,
-                                u"XDG_CACHE_HOME"_s, u"XDG_DATA_HOME"_s, u"XDG_STATE_HOME"_s})
+    for (const QString &name : {u"XDG_CONFIG_HOME"_s, u"XDG_CACHE_HOME"_s, u"XDG_DATA_HOME"_s, u"XDG_STATE_HOME"_s})
         all.remove(name);
     return all;
 }
 
 bool Stage::startVarda()
 {
-    process.start(folder.filePath(u"bin/varda"_s), QStringList{});
+    process.start(server.folder() + u"/bin/varda"_s, QStringList{});
     return process.waitForStarted();
 }
 
@@ -134,28 +112,18 @@ QString Stage::keepCore() const
 
 QString Stage::adb(const QStringList &arguments) const
 {
-    QProcess client;
-    client.setProcessEnvironment(environment());
-    client.setProcessChannelMode(QProcess::MergedChannels);
-    client.start(adbProgram, arguments);
-    if (!client.waitForFinished(adbTimeoutMilliseconds)) {
-        const QString why = client.errorString();
-        client.kill();
-        client.waitForFinished();
-        return u"adb did not end: "_s + why;
-    }
-    return QString::fromUtf8(client.readAll());
+    const AdbServer::Result result = server.run(arguments);
+    return QString::fromUtf8(result.output + result.error);
 }
 
 QString Stage::home(const QString &name) const
 {
-    const QString path = folder.filePath(u"home"_s);
-    return name.isEmpty() ? path : path + u'/' + name;
+    return name.isEmpty() ? server.home() : server.home() + u'/' + name;
 }
 
 QStringList Stage::leftovers() const
 {
-    const QDir temporary{folder.filePath(u"tmp"_s)};
+    const QDir temporary{server.temporary()};
     // adb's server keeps its log there by itself.
     QStringList left = temporary.entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden);
     left.removeIf([](const QString &name) { return name.startsWith(u"adb."_s) && name.endsWith(u".log"_s); });
@@ -173,7 +141,7 @@ QStringList Stage::processes() const
 
 QList<qint64> Stage::processIds() const
 {
-    const QByteArray mark = "TMPDIR=" + folder.filePath(u"tmp"_s).toLocal8Bit();
+    const QByteArray mark = "TMPDIR=" + QFile::encodeName(server.temporary());
     QList<qint64> ids;
     const QStringList entries = QDir{u"/proc"_s}.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     for (const QString &entry : entries) {

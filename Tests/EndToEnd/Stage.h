@@ -10,10 +10,11 @@
 //     QCOMPARE(stage.leftovers(), QStringList{});          // after varda has ended and the server was killed
 #pragma once
 
+#include "Support/AdbServer.h"
+
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStringList>
-#include <QTemporaryDir>
 
 namespace varda::test {
 
@@ -23,7 +24,7 @@ struct Programs
     QString varda;
     /// The adb of a staged tools tree, with its libraries beside it.
     QString adb;
-    /// Played instead of scrcpy; empty for none.
+    /// Empty for none.
     QString scrcpy;
 };
 
@@ -47,10 +48,12 @@ public:
     /// Runs the real adb against the stage's own server and returns all that it printed. Blocks, and starts the server
     /// where none runs.
     QString adb(const QStringList &arguments) const;
-    void killServer() const { adb({QStringLiteral("kill-server")}); }
+    void killServer() const { server.run({QStringLiteral("kill-server")}); }
 
     /// A path in the home folder of whoever sits before the window.
     QString home(const QString &name = {}) const;
+    /// Where the program looks for scrcpy.
+    QString scrcpyPath() const { return server.folder() + QStringLiteral("/lib/varda/Tools/scrcpy/scrcpy"); }
     /// What is left in the folder for temporary files and of processes that were started on the stage.
     QStringList leftovers() const;
     /// The processes that were started on the stage and live, as their ids and command lines.
@@ -65,9 +68,7 @@ private:
     QString keepCore() const;
     QList<qint64> processIds() const;
 
-    QTemporaryDir folder;
-    quint16 serverPort = 0;
-    QString adbProgram;
+    AdbServer server;
     QProcess process;
     QString error;
 };

@@ -13,13 +13,11 @@ namespace varda::test {
 
 namespace {
 
-constexpr auto runTimeoutMilliseconds = 60'000;
-
 QString run(const QString &program, const QStringList &arguments, bool warn)
 {
     QProcess process;
     process.start(program, arguments);
-    const bool ended = process.waitForFinished(runTimeoutMilliseconds);
+    const bool ended = process.waitForFinished(guardMilliseconds);
     if (warn && (!ended || process.exitCode() != 0))
         qWarning() << program << arguments << process.errorString() << process.readAllStandardError();
     return QString::fromUtf8(process.readAllStandardOutput()).trimmed();

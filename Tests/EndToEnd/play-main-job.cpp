@@ -26,8 +26,6 @@ using namespace varda::test;
 
 namespace {
 
-constexpr auto endTimeoutMilliseconds = 60'000;
-
 /// The SHA-256 of what the last install in the phone's service log brought, empty where there was none.
 QString lastInstalledDigest(const QString &serviceLog)
 {
@@ -145,7 +143,7 @@ bool Play::compare()
 bool Play::quit()
 {
     varda.terminate();
-    const bool ended = varda.waitForFinished(endTimeoutMilliseconds);
+    const bool ended = varda.waitForFinished(varda::guardMilliseconds);
     return step(u"The program ends in order"_s,
                 ended && varda.exitStatus() == QProcess::NormalExit && varda.exitCode() == 0);
 }

@@ -3,6 +3,7 @@
 // end.
 #include "Support/Seeds.h"
 #include "Support/StandInTools.h"
+#include "Support/Wait.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -22,10 +23,9 @@ using namespace varda::test;
 
 namespace {
 
-constexpr int patience = 60000; // ms
 constexpr int lives = 30;
-constexpr int longestLife = 700; // ms
-constexpr int longestGap = 25;   // ms, between two signals
+constexpr int maxLife = 700; // ms
+constexpr int maxGap = 25;   // ms, between two signals
 
 /// A display that can be lost.
 class Display
@@ -34,7 +34,7 @@ public:
     Display()
     {
         m_server.start(u"Xvfb"_s, {u"-displayfd"_s, u"1"_s, u"-nolisten"_s, u"tcp"_s, u"-noreset"_s});
-        if (m_server.waitForReadyRead(patience))
+        if (m_server.waitForReadyRead(varda::guardMilliseconds))
             m_name = u':' + QString::fromLatin1(m_server.readAllStandardOutput()).trimmed();
     }
     ~Display() { lose(); }
@@ -46,7 +46,7 @@ public:
     void lose()
     {
         m_server.kill();
-        m_server.waitForFinished(patience);
+        m_server.waitForFinished(varda::guardMilliseconds);
     }
 
 private:
@@ -71,7 +71,10 @@ public:
         m_process.start(QCoreApplication::applicationDirPath() + u"/short-life"_s, {QString::number(seed)});
     }
 
-    bool comesUp() { return m_process.waitForReadyRead(patience) && m_process.readAllStandardOutput() == "up\n"; }
+    bool comesUp()
+    {
+        return m_process.waitForReadyRead(varda::guardMilliseconds) && m_process.readAllStandardOutput() == "up\n";
+    }
 
     /// Does nothing once the program has ended.
     void signal(int number) const
@@ -79,7 +82,10 @@ public:
         if (const qint64 pid = m_process.processId(); pid > 0)
             ::kill(static_cast<pid_t>(pid), number);
     }
-    bool ends() { return m_process.state() == QProcess::NotRunning || m_process.waitForFinished(patience); }
+    bool ends()
+    {
+        return m_process.state() == QProcess::NotRunning || m_process.waitForFinished(varda::guardMilliseconds);
+    }
 
     /// How it ended, for a comparison that shows it.
     QString ending()
@@ -139,12 +145,12 @@ void LifetimeTest::orderlyEndAtAnyMomentLeavesNothing()
     stage(std::chrono::milliseconds(random.bounded(120)));
     Life life(seed);
     QVERIFY(life.comesUp());
-    QTest::qWait(random.bounded(longestLife));
+    QTest::qWait(random.bounded(maxLife));
     static const QList<int> endings = {SIGTERM, SIGINT, SIGHUP};
     // Some of them come while it is ending already.
     for (int times = random.bounded(1, 5); times > 0; --times) {
         life.signal(endings[random.bounded(3)]);
-        QTest::qWait(random.bounded(longestGap));
+        QTest::qWait(random.bounded(maxGap));
     }
     QVERIFY(life.ends());
     QCOMPARE(life.ending(), u"exit 0 "_s);
@@ -165,7 +171,7 @@ void LifetimeTest::abruptEndLeavesTheFilesOfCommandsInFlightOnly()
         const QList<ToolCall> calls = m_tools->adb().calls();
         return std::count_if(calls.begin(), calls.end(), isInFlight);
     };
-    QTRY_VERIFY_WITH_TIMEOUT(inFlight() > 0, patience);
+    VERIFY_SOON(inFlight() > 0);
     life.signal(SIGKILL);
     QVERIFY(life.ends());
     const QStringList left = life.captureDirectories();
@@ -184,7 +190,7 @@ void LifetimeTest::lostDisplayEndsTheProgramAndLeavesNothing()
         const QList<ToolCall> calls = m_tools->scrcpy().calls();
         return !calls.isEmpty() && !calls.last().ended;
     };
-    QTRY_VERIFY_WITH_TIMEOUT(mirrored() && !life.captureDirectories().isEmpty(), patience);
+    VERIFY_SOON(mirrored() && !life.captureDirectories().isEmpty());
     display.lose();
     QVERIFY(life.ends());
     const QString ending = life.ending();

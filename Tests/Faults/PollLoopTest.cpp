@@ -101,10 +101,10 @@ void PollLoopTest::timerIsNotDestroyedInItsOwnEvent()
     model->start();
     ticks(1);
     model->stop(); // in the pause
-    turn();
+    settle();
     model->start();
     ticks(1, [this] { model->stop(); });
-    turn();
+    settle();
     QCOMPARE(application->timersDestroyed, 0);
 }
 

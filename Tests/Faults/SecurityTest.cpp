@@ -257,7 +257,7 @@ void SecurityTest::captureFilesArePrivate()
     ::umask(static_cast<mode_t>(mask));
     model->connect();
     // The stand-in makes files of its own, which the mask would keep from it: it shows itself as a child.
-    const bool launched = comesTrue([] { return !childProcesses().isEmpty(); });
+    const bool launched = eventually([] { return !childProcesses().isEmpty(); });
     ::umask(previous);
     QVERIFY(launched);
 

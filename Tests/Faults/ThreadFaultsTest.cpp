@@ -2,6 +2,7 @@
 // worker does the work of all.
 #include "Interposition.h"
 
+#include "Support/FailureOf.h"
 #include "Support/StandIn.h"
 #include "Support/Wait.h"
 #include "VardaCore/CommandRunner.h"
@@ -29,12 +30,7 @@ private Q_SLOTS:
     void commandWithoutAnyThreadFails()
     {
         injectFault(Call::CreateThread, EAGAIN, 0, 1000);
-        QString error;
-        try {
-            resultOf(start());
-        } catch (const std::exception &failure) {
-            error = describe(failure);
-        }
+        const QString error = failureOf(start());
         QCOMPARE(clearFault(), 2); // asked for once more to clean up
         QCOMPARE(error, u"Cannot start a thread: Resource temporarily unavailable"_s);
     }

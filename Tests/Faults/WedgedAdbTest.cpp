@@ -47,7 +47,7 @@ class WedgedAdbTest : public QObject
 private Q_SLOTS:
     void initTestCase() { qputenv("TMPDIR", QFile::encodeName(m_temporary.path())); }
     void init() { m_census.emplace(); }
-    void cleanup() { QTRY_COMPARE_WITH_TIMEOUT(m_census->newcomers(), QStringList(), 20000); }
+    void cleanup() { COMPARE_SOON(m_census->newcomers(), QStringList()); }
 
     void stuckToolEndsAtItsTimeoutAndTheLoopTurns_data()
     {
@@ -67,7 +67,7 @@ private Q_SLOTS:
         Ending ending;
         const LoopMonitor monitor;
         run(behaviour, 700ms, &ending);
-        QTRY_VERIFY_WITH_TIMEOUT(ending.ended, 60000);
+        VERIFY_SOON(ending.ended);
         QCOMPARE(ending.error, timeOut);
         // A loop that is held up while the command runs turns a handful of times in all.
         QVERIFY2(monitor.turns() >= 10, qPrintable(QString::number(monitor.turns())));
@@ -77,7 +77,7 @@ private Q_SLOTS:
     {
         Ending ending;
         run({u"leave-behind"_s, u"60"_s, u"/dev/null"_s}, 60s, &ending);
-        QTRY_VERIFY_WITH_TIMEOUT(ending.ended, 20000);
+        VERIFY_SOON(ending.ended);
         const pid_t left = ending.result->text().trimmed().toInt();
         QVERIFY(left > 0);
         QCOMPARE(::kill(left, 0), 0); // it outlived the command, and held nothing up
@@ -113,7 +113,7 @@ private:
         run({behaviour, QString::number(floodSize), u"output"_s, u"more"_s, u"error"_s, u"more"_s, u"create-file"_s,
              written, u"exit-on"_s, u"TERM"_s, u"0"_s, u"sleep"_s, u"60"_s},
             60s, ending);
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(written), 60000);
+        VERIFY_SOON(QFile::exists(written));
         QVERIFY(QFile::remove(written));
     }
 
@@ -122,7 +122,7 @@ private:
         const QStringList children = test::childProcesses();
         QCOMPARE(children.size(), 1);
         ::kill(children.first().toInt(), SIGTERM);
-        QTRY_VERIFY_WITH_TIMEOUT(ending->ended, 60000);
+        VERIFY_SOON(ending->ended);
     }
 
     QTemporaryDir m_temporary;

@@ -3,6 +3,7 @@
 // such a name, and a link to each.
 #include "Fuzz.h"
 
+#include "Support/FakeFileDialogs.h"
 #include "Varda/Model/LocalPath.h"
 #include "Varda/Model/VardaModel.h"
 #include "Varda/View/DropZone.h"
@@ -18,13 +19,6 @@ using namespace Qt::StringLiterals;
 namespace varda::fuzz {
 
 namespace {
-
-class NoDialogs final : public FileDialogs
-{
-public:
-    std::optional<QUrl> chooseBuild() override { return std::nullopt; }
-    std::optional<QString> saveLocation(SaveKind, const QString &) override { return std::nullopt; }
-};
 
 /// The folder that "@" stands for.
 QByteArray folder()
@@ -64,7 +58,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (!file)
         return 0;
     require(file->isValid() && varda::localPath(*file), "a drop is a local file or nothing");
-    const auto model = varda::VardaModel::create(std::make_unique<NoDialogs>());
+    const auto model = varda::VardaModel::create(std::make_unique<varda::test::FakeFileDialogs>());
     model->acceptAPK(*file);
     require(model->apk().has_value() != model->error().has_value(), "a file is accepted or refused");
     if (model->apk())

@@ -91,7 +91,7 @@ void ActionRunnerTest::showsTheWorkingTextAtOnceAndTheOutcomeAtTheEnd()
     model->appAction(false);
     QCOMPARE(writes->take(), QStringList({u"busy=true"_s, u"status="_s + stopping}));
     QVERIFY(called(adb(), forceStop));
-    turn();
+    settle();
     QCOMPARE(writes->take(), QStringList());
     tools->open(u"go"_s);
     COMPARE_SOON(model->busy(), false);
@@ -186,7 +186,7 @@ void ActionRunnerTest::secondRequestIsDroppedWithoutATrace()
     QCOMPARE(writes->take(), QStringList());
     tools->open(u"go"_s);
     COMPARE_SOON(model->busy(), false);
-    turn();
+    settle();
     QCOMPARE(adb().calls().size(), 1);
 }
 
@@ -214,7 +214,7 @@ void ActionRunnerTest::nothingElseStartsWhileBusy()
     QCOMPARE(dialogs->saveQuestions.size(), 0);
     tools->open(u"go"_s);
     COMPARE_SOON(model->busy(), false);
-    turn();
+    settle();
     QCOMPARE(adb().commandLines(), QList({forceStop}));
 }
 

@@ -83,7 +83,7 @@ void AppActionsTest::guardsHaveNoEffectAtAll()
     model->appAction(false);
     model->listApps();
     model->screenshot();
-    turn();
+    settle();
     QCOMPARE(writes->take(), QStringList());
     QCOMPARE(dialogs->saveQuestions.size(), 0);
     QCOMPARE(adb().calls().size(), 0);
@@ -110,7 +110,7 @@ void AppActionsTest::invalidPackageIsRefusedBeforeAnything()
         model->appAction(launch);
         QCOMPARE(writes->take(), QStringList({u"error=Enter an Android package ID such as com.example.myapp."_s}));
     }
-    turn();
+    settle();
     QCOMPARE(adb().calls().size(), 0);
 }
 

@@ -192,14 +192,14 @@ void BuildTest::chosenFileGoesThroughTheSameGate()
     QCOMPARE(writes->take(), QStringList({u"apk="_s + good.toString()}));
     model->chooseAPK();
     QCOMPARE(writes->take(), QStringList({u"error="_s + refusal}));
-    QCOMPARE(dialogs->buildQuestions, 2);
+    QCOMPARE(dialogs->questions, 2);
 }
 
 void BuildTest::cancelledChoiceChangesNothing()
 {
     accept();
     model->chooseAPK();
-    QCOMPARE(dialogs->buildQuestions, 1);
+    QCOMPARE(dialogs->questions, 1);
     QCOMPARE(writes->take(), QStringList());
 }
 
@@ -216,7 +216,7 @@ void BuildTest::guardsHaveNoEffectAtAll()
         accept();
     arrangeMissing(missing == u"build" ? u"nothing"_s : missing);
     model->install();
-    turn();
+    settle();
     QCOMPARE(writes->take(), QStringList());
     QCOMPARE(adb().calls().size(), 0);
     model->busy = false;

@@ -1,4 +1,4 @@
-// Several models and several pieces of work at once, and models that go away in the middle of it.
+// Several pieces of work at once, and a model that goes away in the middle of it.
 #include "Support/CommandLines.h"
 #include "Support/ModelTest.h"
 
@@ -6,7 +6,6 @@
 #include <QFile>
 
 #include <memory>
-#include <vector>
 
 using namespace Qt::StringLiterals;
 using namespace varda::test;
@@ -27,16 +26,10 @@ class InterleavingTest : public ModelTest
 {
     Q_OBJECT
 
-private:
-    std::shared_ptr<VardaModel> another(const QString &phone);
-
 private Q_SLOTS:
-    void modelsShareNothing();
-    void pollLoopsOfSeveralModelsDoNotHearEachOther();
-    void modelReleasedDuringAReadEndsWithTheRead();
-    void modelReleasedDuringARefreshEndsWithTheRefresh();
+    void modelReleasedDuringAReadOrARefreshEndsWithIt_data();
+    void modelReleasedDuringAReadOrARefreshEndsWithIt();
     void abandonedWorkStillLeavesNothing();
-    void actionsOfManyModelsRunAtOnce();
     void refreshDuringAnActionLeavesItsTextsAlone();
     void readDuringAnActionLeavesItsTextsAlone();
     void listingDuringAConnectionMayEndInAnyOrder();
@@ -44,75 +37,26 @@ private Q_SLOTS:
     void removingTheToolMidwayFailsOnlyTheNextStep();
 };
 
-std::shared_ptr<VardaModel> InterleavingTest::another(const QString &phone)
+void InterleavingTest::modelReleasedDuringAReadOrARefreshEndsWithIt_data()
 {
-    auto fresh = VardaModel::create(std::make_unique<FakeFileDialogs>(dialogs));
-    fresh->devices = {device(phone)};
-    fresh->selectedID = phone;
-    fresh->packageName = u"com.example.app"_s;
-    return fresh;
+    QTest::addColumn<QStringList>("command");
+    QTest::newRow("read") << logLine(serial);
+    QTest::newRow("refresh") << listing;
 }
 
-void InterleavingTest::modelsShareNothing()
+void InterleavingTest::modelReleasedDuringAReadOrARefreshEndsWithIt()
 {
-    const auto other = another(u"B"_s);
-    selectPhone(device(u"A"_s));
-    model->packageName = u"com.example.app"_s;
-    writes->take();
-    adb().on(forceStopOn(u"B"_s)).waitsFor(u"go"_s);
-    adb().on(forceStopOn(u"A"_s)).complains("no").exits(1);
-    other->appAction(false);
-    QVERIFY(called(adb(), forceStopOn(u"B"_s)));
-    QCOMPARE(writes->take(), QStringList());
-    perform([this] { model->appAction(false); });
-    QCOMPARE(model->error(), std::optional(u"no"_s));
-    QVERIFY(other->busy());
-    QCOMPARE(other->error(), std::nullopt);
-    tools->open(u"go"_s);
-    COMPARE_SOON(other->busy(), false);
-    QCOMPARE(other->status(), u"Stopped com.example.app on B."_s);
-}
-
-void InterleavingTest::pollLoopsOfSeveralModelsDoNotHearEachOther()
-{
-    adb().on(listing).prints("List of devices attached\nA\tdevice\n");
-    const auto other = VardaModel::create(std::make_unique<FakeFileDialogs>(dialogs));
-    model->start();
-    other->start();
-    COMPARE_SOON(model->devices().size(), 1);
-    COMPARE_SOON(other->devices().size(), 1);
-    other->stop();
-    QVERIFY(called(adb(), listing, 3));
-    turn();
-    QCOMPARE(adb().count(listing), 3);
-}
-
-void InterleavingTest::modelReleasedDuringAReadEndsWithTheRead()
-{
-    adb().on(logLine(u"B"_s)).waitsFor(u"go"_s).prints("line\n");
-    auto other = another(u"B"_s);
-    other->packageName = QString();
-    auto reading = other->readLogs();
-    QVERIFY(called(adb(), logLine(u"B"_s)));
-    const std::weak_ptr<VardaModel> watched = other;
-    other.reset();
+    QFETCH(QStringList, command);
+    selectPhone();
+    adb().on(command).waitsFor(u"go"_s).prints("List of devices attached\nA\tdevice\n");
+    auto working = command == listing ? model->refresh() : model->readLogs();
+    QVERIFY(called(adb(), command));
+    const std::weak_ptr<VardaModel> watched = model;
+    writes.reset();
+    model.reset();
     QVERIFY(!watched.expired());
     tools->open(u"go"_s);
-    QCoro::waitFor(reading);
-    VERIFY_SOON(watched.expired());
-}
-
-void InterleavingTest::modelReleasedDuringARefreshEndsWithTheRefresh()
-{
-    adb().on(listing).waitsFor(u"go"_s).prints("List of devices attached\nA\tdevice\n");
-    auto other = another(u"B"_s);
-    auto refreshing = other->refresh();
-    QVERIFY(called(adb(), listing));
-    const std::weak_ptr<VardaModel> watched = other;
-    other.reset();
-    QVERIFY(!watched.expired());
-    tools->open(u"go"_s);
-    QCoro::waitFor(refreshing);
+    QCoro::waitFor(working);
     VERIFY_SOON(watched.expired());
 }
 
@@ -120,36 +64,17 @@ void InterleavingTest::abandonedWorkStillLeavesNothing()
 {
     // The tasks are dropped as the poll loop of a program that ends would drop them.
     adb().on(listing).waitsFor(u"go"_s).complains("late").exits(1);
-    adb().on(logLine(u"B"_s)).waitsFor(u"go"_s).complains("late").exits(1);
-    const auto other = another(u"B"_s);
-    other->packageName = QString();
+    adb().on(logLine(serial)).waitsFor(u"go"_s).complains("late").exits(1);
+    selectPhone();
     {
-        const auto dropped = other->refresh();
-        const auto droppedToo = other->readLogs();
+        const auto dropped = model->refresh();
+        const auto droppedToo = model->readLogs();
     }
     QVERIFY(called(adb(), listing));
-    QVERIFY(called(adb(), logLine(u"B"_s)));
+    QVERIFY(called(adb(), logLine(serial)));
     tools->open(u"go"_s);
-    COMPARE_SOON(other->error(), std::optional(u"late"_s));
-    COMPARE_SOON(other->status(), u"late"_s);
-}
-
-void InterleavingTest::actionsOfManyModelsRunAtOnce()
-{
-    constexpr int count = 25;
-    std::vector<std::shared_ptr<VardaModel>> models;
-    for (int i = 0; i < count; ++i) {
-        const QString phone = u"phone-%1"_s.arg(i);
-        adb().on(forceStopOn(phone)).waitsFor(u"go"_s);
-        models.push_back(another(phone));
-        models.back()->appAction(false);
-    }
-    COMPARE_SOON(adb().calls().size(), count);
-    for (std::size_t i = 0; i < models.size(); i += 2)
-        models[i].reset();
-    tools->open(u"go"_s);
-    for (std::size_t i = 1; i < models.size(); i += 2)
-        COMPARE_SOON(models[i]->status(), u"Stopped com.example.app on phone-%1."_s.arg(i));
+    COMPARE_SOON(model->error(), std::optional(u"late"_s));
+    COMPARE_SOON(model->status(), u"late"_s);
 }
 
 void InterleavingTest::refreshDuringAnActionLeavesItsTextsAlone()

@@ -68,7 +68,7 @@ void LifecycleTest::newModelHasItsInitialValuesAndDoesNothing()
     QCOMPARE(model->connectEndpoint(), QString());
     QCOMPARE(model->pairingCode(), QString());
     QCOMPARE(model->error(), std::nullopt);
-    turn();
+    settle();
     QCOMPARE(writes->take(), QStringList());
     QCOMPARE(adb().calls().size(), 0);
 }
@@ -174,7 +174,7 @@ void LifecycleTest::startingTwicePollsOnce()
     model->start();
     QVERIFY(called(adb(), listing));
     model->start();
-    turn();
+    settle();
     QCOMPARE(adb().calls().size(), 1);
     tools->open(u"go"_s);
     COMPARE_SOON(model->devices().size(), 1);
@@ -184,7 +184,7 @@ void LifecycleTest::stoppingBeforeTheFirstTickEndsTheLoop()
 {
     model->start();
     model->stop();
-    turn();
+    settle();
     QCOMPARE(adb().calls().size(), 0);
 }
 
@@ -209,7 +209,7 @@ void LifecycleTest::stoppingDuringThePauseEndsTheLoopAtOnce()
     adb().on(listing).prints(listingOf("A\tdevice\n"));
     model->start();
     COMPARE_SOON(model->devices().size(), 1);
-    turn();
+    settle();
     QElapsedTimer sinceStop;
     sinceStop.start();
     model->stop();
@@ -224,7 +224,7 @@ void LifecycleTest::stoppingWithoutStartingChangesNothingVisible()
 {
     model->stop();
     model->stop();
-    turn();
+    settle();
     QCOMPARE(writes->take(), QStringList());
     QCOMPARE(adb().calls().size() + scrcpy().calls().size(), 0);
 }
@@ -261,7 +261,7 @@ void LifecycleTest::consoleIsReadAfterTheListAndOnlyFromTheNextTickOn()
     model->start();
     COMPARE_SOON(model->selectedID(), std::optional(serial));
     model->logging = true;
-    turn();
+    settle();
     QCOMPARE(adb().calls().size(), 1);
     QCOMPARE(model->logs(), QString());
     COMPARE_SOON(model->logs(), u"line\n"_s);
@@ -281,7 +281,7 @@ void LifecycleTest::tickIsSkippedWhileBusyAndTheNextOneCatchesUp()
     model->packageName = QString();
     model->start(); // its first tick finds the model busy
     QVERIFY(called(adb(), forceStop));
-    turnFor(std::chrono::milliseconds(shortestPause + 700)); // and so does the second
+    QTest::qWait(shortestPause + 700); // and so does the second
     QCOMPARE(adb().commandLines(), QList({forceStop}));
     QCOMPARE(model->logs(), QString());
     QVERIFY(model->logging());
@@ -333,7 +333,7 @@ void LifecycleTest::destructionWaitsForAStop()
     writes.reset();
     std::weak_ptr<varda::VardaModel> watched = model;
     model.reset();
-    turn();
+    settle();
     model = watched.lock();
     QVERIFY2(model, "the poll loop holds the model");
     model->stop();

@@ -128,11 +128,10 @@ void LostPhoneTest::unpluggingDuringAReadTurnsTheConsoleOffAtTheNextOne()
     QCoro::waitFor(model->readLogs());
     qInfo().noquote() << "logging:" << model->logging() << "error:" << model->error().value_or(u"absent"_s)
                       << "console:" << model->logs().size() << "characters";
-    for (int i = 0; i < 100 && model->selected() && model->selected()->ready(); ++i) {
-        turnFor(std::chrono::milliseconds(50));
+    QVERIFY(varda::eventually([this] {
         refresh();
-    }
-    QVERIFY(!model->selected() || !model->selected()->ready());
+        return !model->selected() || !model->selected()->ready();
+    }));
     QCOMPARE(model->selectedID(), std::optional(phone.serial()));
     QCoro::waitFor(model->readLogs());
     QVERIFY(!model->logging());

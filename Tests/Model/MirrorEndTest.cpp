@@ -52,7 +52,7 @@ void MirrorEndTest::closedWindowEndsItSilentlyAndKeepsTheStatus()
     writes->take();
     tools->open(u"close"_s);
     COMPARE_SOON(model->mirrorRunning(), false);
-    turn();
+    settle();
     QCOMPARE(writes->take(), QStringList({u"mirrorRunning=false"_s}));
     QCOMPARE(model->status(), liveText);
 }
@@ -126,7 +126,7 @@ void MirrorEndTest::stopRequestEndsItSilentlyWhateverTheStatus()
     QCOMPARE(writes->take(), QStringList());
     QVERIFY(model->mirrorRunning());
     COMPARE_SOON(model->mirrorRunning(), false);
-    turn();
+    settle();
     QCOMPARE(writes->take(), QStringList({u"mirrorRunning=false"_s}));
     QCOMPARE(scrcpy().calls().size(), 1);
 }
@@ -137,7 +137,7 @@ void MirrorEndTest::recordButtonStopsALiveMirror()
     dialogs->locations = {scratch(u"a.mp4"_s)};
     model->mirrorPhone(true);
     COMPARE_SOON(model->mirrorRunning(), false);
-    turn();
+    settle();
     QCOMPARE(dialogs->saveQuestions.size(), 0);
     QCOMPARE(scrcpy().calls().size(), 1);
     QCOMPARE(writes->take(), QStringList({u"mirrorRunning=false"_s}));
@@ -157,7 +157,7 @@ void MirrorEndTest::twoQuickStopRequestsAreTwoRequestsAndOneSilentEnd()
     QVERIFY(model->mirrorRunning());
     tools->open(u"finish"_s);
     COMPARE_SOON(model->mirrorRunning(), false);
-    turn();
+    settle();
     QCOMPARE(writes->take(), QStringList({u"mirrorRunning=false"_s}));
     QCOMPARE(scrcpy().calls().size(), 1);
 }
@@ -191,7 +191,7 @@ void MirrorEndTest::stopWithoutAMirrorSilencesTheNextOnesFailure()
     scrcpy().on(command()).exits(1);
     model->mirrorPhone(false);
     COMPARE_SOON(model->mirrorRunning(), false);
-    turn();
+    settle();
     QCOMPARE(model->error(), std::nullopt);
     model->mirrorPhone(false);
     COMPARE_SOON(model->error(), std::optional(stopped(1)));
@@ -212,7 +212,7 @@ void MirrorEndTest::itOutlivesChangesOfTheSelection()
     openMirror();
     model->devices = {device(u"other"_s)};
     model->selectedID = u"other"_s;
-    turn();
+    settle();
     QVERIFY(model->mirrorRunning());
     QVERIFY(!scrcpy().calls().first().ended);
 }
@@ -239,7 +239,7 @@ void MirrorEndTest::stopOfTheModelAsksItToEndSilently()
     model->stop();
     QVERIFY(model->mirrorRunning());
     COMPARE_SOON(model->mirrorRunning(), false);
-    turn();
+    settle();
     QCOMPARE(writes->take(), QStringList({u"mirrorRunning=false"_s}));
     QCOMPARE(scrcpy().calls().first().terminationRequests, 1);
 }
@@ -252,7 +252,7 @@ void MirrorEndTest::slowEndIsNeverForced()
     QVERIFY(called(scrcpy(), command()));
     model->stop();
     COMPARE_SOON(scrcpy().calls().first().terminationRequests, 1);
-    turnFor(std::chrono::milliseconds(800)); // longer than the runner gives a command before it kills it
+    QTest::qWait(800); // longer than the runner gives a command before it kills it
     QVERIFY(model->mirrorRunning());
     tools->open(u"written"_s);
     COMPARE_SOON(model->mirrorRunning(), false);
@@ -270,7 +270,7 @@ void MirrorEndTest::destroyedModelLeavesItRunning()
     writes.reset();
     model.reset();
     QVERIFY2(watched.expired(), "a mirror does not hold the model");
-    turn();
+    settle();
     const auto pid = static_cast<pid_t>(scrcpy().calls().first().pid);
     QCOMPARE(kill(pid, 0), 0);
     QCOMPARE(scrcpy().calls().first().terminationRequests, 0);
@@ -290,7 +290,7 @@ void MirrorEndTest::destroyedModelNoLongerHearsOfItsEnd()
         another->mirrorPhone(false);
         QTest::qSleep(i);
         another.reset();
-        turnFor(std::chrono::milliseconds(5));
+        QTest::qWait(5);
     }
 }
 

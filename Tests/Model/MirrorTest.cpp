@@ -57,7 +57,7 @@ void MirrorTest::guardsHaveNoEffectAtAll()
     arrangeMissing(missing);
     model->mirrorPhone(false);
     model->mirrorPhone(true);
-    turn();
+    settle();
     QCOMPARE(writes->take(), QStringList());
     QCOMPARE(dialogs->saveQuestions.size(), 0);
     QCOMPARE(scrcpy().calls().size(), 0);
@@ -162,7 +162,7 @@ void MirrorTest::cancelledRecordingChangesNothing()
 {
     selectPhone();
     model->mirrorPhone(true);
-    turn();
+    settle();
     QCOMPARE(dialogs->saveQuestions.size(), 1);
     QCOMPARE(writes->take(), QStringList());
     QCOMPARE(scrcpy().calls().size(), 0);
@@ -190,7 +190,7 @@ void MirrorTest::mirrorOpenedUnderTheRecordingDialogIsTheOnlyOne()
     dialogs->whileOpen = [this] { model->mirrorPhone(false); };
     model->mirrorPhone(true);
     QVERIFY(called(scrcpy(), command()));
-    turn();
+    settle();
     QCOMPARE(scrcpy().calls().size(), 1);
     QCOMPARE(writes->take(), opened());
 }

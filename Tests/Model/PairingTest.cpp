@@ -80,7 +80,7 @@ void PairingTest::badPairingInputIsRefusedAndKept()
     QFETCH(QString, typedCode);
     type(address, typedCode);
     model->pair();
-    turn();
+    settle();
     QCOMPARE(writes->take(), QStringList({u"error="_s + badInput}));
     QCOMPARE(model->pairingCode(), typedCode);
     QCOMPARE(adb().calls().size(), 0);
@@ -105,7 +105,7 @@ void PairingTest::codeIsClearedEvenWhenBusy()
     model->busy = true;
     writes->take();
     model->pair();
-    turn();
+    settle();
     QCOMPARE(writes->take(), QStringList({u"pairingCode="_s}));
     QCOMPARE(adb().calls().size(), 0);
     model->busy = false;
@@ -117,7 +117,7 @@ void PairingTest::codeGoesToStandardInputAndNowhereElse()
     adb().on(pairing).waitsFor(u"go"_s).prints("Enter pairing code: Successfully paired to 192.168.1.50:37123\n");
     model->pair();
     QVERIFY(called(adb(), pairing));
-    turn();
+    settle();
 
     const ToolCall call = adb().calls().first();
     QCOMPARE(call.input, code.toUtf8() + '\n');

@@ -511,7 +511,7 @@ void RandomGesturesTest::modelFollowsTheRules()
         if (oneIn(20))
             answerListing();
         if (oneIn(2))
-            turnFor(std::chrono::milliseconds(m_random.bounded(12)));
+            QTest::qWait(m_random.bounded(12));
         if (oneIn(8)) // or most gestures would find the model busy
             VERIFY_SOON(!model->busy());
         followUp();

@@ -25,7 +25,7 @@ QString digest(const QByteArray &bytes)
 /// The record of the one service of that name that has ended.
 QJsonObject ended(const VirtualPhone &phone, const QString &service)
 {
-    comesTrue([&] { return !phone.closed(service).isEmpty(); });
+    varda::eventually([&] { return !phone.closed(service).isEmpty(); });
     return phone.closed(service).value(0);
 }
 
@@ -106,14 +106,11 @@ void RealAdbTest::listsPhonesInTheirStatesAndPrefersAPhoneToAnEmulator()
     VirtualPhone &recovery = addPhone(options);
     adb({u"connect"_s, unauthorized.endpoint()});
     adb({u"connect"_s, recovery.endpoint()});
-    for (int i = 0; i < 100; ++i) {
+    QVERIFY(varda::eventually([&] {
         refresh();
         const auto first = listed(emulator.serial());
-        if (first && first->ready() && listed(recovery.serial()) && listed(unauthorized.serial()))
-            break;
-        turnFor(std::chrono::milliseconds(50));
-    }
-    QVERIFY(listed(emulator.serial()));
+        return first && first->ready() && listed(recovery.serial()) && listed(unauthorized.serial());
+    }));
     QCOMPARE(listed(emulator.serial())->transport(), u"Emulator"_s);
     QCOMPARE(listed(emulator.serial())->state, u"device"_s);
     QCOMPARE(listed(unauthorized.serial())->state, u"unauthorized"_s);

@@ -57,7 +57,7 @@ void ScreenshotTest::cancelledScreenshotRunsNothing()
 {
     selectPhone();
     model->screenshot();
-    turn();
+    settle();
     QCOMPARE(dialogs->saveQuestions.size(), 1);
     QCOMPARE(writes->take(), QStringList());
     QCOMPARE(adb().calls().size(), 0);
@@ -154,7 +154,7 @@ void ScreenshotTest::actionStartedUnderTheOpenDialogDropsTheScreenshot()
     QVERIFY(called(adb(), forceStop));
     tools->open(u"go"_s);
     COMPARE_SOON(model->busy(), false);
-    turn();
+    settle();
     QCOMPARE(writes->take(), success(u"Stopping app…"_s, u"Stopped com.example.myapp on R58M42ABCDE."_s));
     QCOMPARE(adb().commandLines(), QList({forceStop}));
 }

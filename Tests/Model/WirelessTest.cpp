@@ -109,7 +109,7 @@ void WirelessTest::badConnectionInputIsRefused()
     QFETCH(QString, typed);
     typeConnection(typed);
     model->connect();
-    turn();
+    settle();
     QCOMPARE(writes->take(), QStringList({u"error="_s + badEndpoint}));
     QCOMPARE(model->connectEndpoint(), typed);
     QCOMPARE(adb().calls().size(), 0);
@@ -121,7 +121,7 @@ void WirelessTest::connectingWhileBusyHasNoEffectAtAll()
     model->busy = true;
     writes->take();
     model->connect();
-    turn();
+    settle();
     QCOMPARE(writes->take(), QStringList());
     QCOMPARE(adb().calls().size(), 0);
     model->busy = false;
@@ -305,7 +305,7 @@ void WirelessTest::busyLastsAcrossTheRefresh()
     QVERIFY(called(adb(), listing));
     QVERIFY(model->busy());
     model->start(); // its tick finds the model busy
-    turn();
+    settle();
     QCOMPARE(adb().count(listing), 1);
     tools->open(u"go"_s);
     COMPARE_SOON(model->busy(), false);

@@ -29,23 +29,19 @@ struct DialogScript
     /// Runs while a dialog is open: what a nested event loop would let happen.
     std::function<void()> whileOpen;
 
-    int buildQuestions = 0;
+    int questions = 0; ///< of both kinds
     QList<SaveQuestion> saveQuestions;
 };
 
 class FakeFileDialogs final : public FileDialogs
 {
 public:
-    explicit FakeFileDialogs(std::shared_ptr<DialogScript> script)
+    explicit FakeFileDialogs(std::shared_ptr<DialogScript> script = std::make_shared<DialogScript>())
         : m_script(std::move(script))
     {
     }
 
-    std::optional<QUrl> chooseBuild() override
-    {
-        ++m_script->buildQuestions;
-        return answer(m_script->builds);
-    }
+    std::optional<QUrl> chooseBuild() override { return answer(m_script->builds); }
 
     std::optional<QString> saveLocation(SaveKind kind, const QString &name) override
     {
@@ -57,6 +53,7 @@ private:
     template <typename Answer>
     Answer answer(std::deque<Answer> &answers)
     {
+        ++m_script->questions;
         if (m_script->whileOpen)
             m_script->whileOpen();
         if (answers.empty())

@@ -1,25 +1,20 @@
 // ModelTest: sets the bench up before each test, and looks for what was left behind after it.
 #include "Support/ModelTest.h"
 
+#include "Support/StandIn.h"
+#include "VardaCore/CommandRunner.h"
+
 #include <QDir>
-#include <QEventLoop>
 #include <QFile>
-#include <QTimer>
 
 namespace varda::test {
 
 using namespace Qt::StringLiterals;
 
-void turnFor(std::chrono::milliseconds time)
+void settle()
 {
-    QEventLoop loop;
-    QTimer::singleShot(time, &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
-void turn()
-{
-    turnFor(std::chrono::milliseconds(60)); // a launch takes a few
+    for (int i = 0; i < 3; ++i)
+        resultOf(CommandRunner::run(standIn(), {}, std::nullopt, guardTime));
 }
 
 ModelTest::ModelTest()
@@ -97,12 +92,12 @@ void ModelTest::breakTool(const StandInTool &tool, const QString &trouble)
 void ModelTest::perform(const std::function<void()> &start)
 {
     start();
-    comesTrue([this] { return !model->busy(); });
+    eventually([this] { return !model->busy(); });
 }
 
 bool ModelTest::called(const StandInTool &tool, const QStringList &arguments, qsizetype times)
 {
-    return comesTrue([&] { return tool.count(arguments) >= times; });
+    return eventually([&] { return tool.count(arguments) >= times; });
 }
 
 QStringList ModelTest::failure(const QString &working, const QString &error)

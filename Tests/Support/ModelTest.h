@@ -4,6 +4,7 @@
 
 #include "Support/FakeFileDialogs.h"
 #include "Support/StandInTools.h"
+#include "Support/Wait.h"
 #include "Support/WriteRecorder.h"
 
 #include "Support/ProcessCensus.h"
@@ -13,27 +14,15 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
 
 namespace varda::test {
 
-/// How long to wait for something that is sure to come; long, for the machine may be busy.
-constexpr std::chrono::milliseconds patience{20000};
-
-/// Lets the event loop run until `condition` holds.
-inline bool comesTrue(const std::function<bool()> &condition)
-{
-    return QTest::qWaitFor(condition, static_cast<int>(patience.count()));
-}
-
-/// Lets the event loop run for `time`: to see that something does not happen.
-void turnFor(std::chrono::milliseconds time);
-
-/// Lets the event loop run for long enough that a command just asked for would have started: to see that none was.
-void turn();
+/// Has the event loop turn and a few commands come and go, one after the other: a command that was asked for before has
+/// been launched by then. To see that none was.
+void settle();
 
 class ModelTest : public QObject
 {
@@ -99,13 +88,3 @@ private:
 };
 
 } // namespace varda::test
-
-/// Like QVERIFY, for what becomes true soon.
-#define VERIFY_SOON(condition)                                                                                         \
-    QVERIFY2(varda::test::comesTrue([&] { return static_cast<bool>(condition); }), #condition)
-/// Like QCOMPARE, for what becomes equal soon.
-#define COMPARE_SOON(actual, expected)                                                                                 \
-    do {                                                                                                               \
-        varda::test::comesTrue([&] { return (actual) == (expected); });                                                \
-        QCOMPARE(actual, expected);                                                                                    \
-    } while (false)

@@ -1,22 +1,17 @@
 // Everything is read from /proc, so that nothing has to be told to the census.
 #include "Support/ProcessCensus.h"
 
+#include "Support/Wait.h"
+
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
-#include <QTimer>
-
-#include <chrono>
 
 using namespace Qt::StringLiterals;
 
 namespace varda {
 
 namespace {
-
-constexpr std::chrono::seconds patience{30};
-constexpr std::chrono::milliseconds lookInterval{5};
 
 /// The child processes of this one. A line of /proc/<pid>/stat: "1234 (adb) S 1200 …", the name may hold anything.
 QStringList children()
@@ -72,16 +67,12 @@ ProcessCensus::ProcessCensus()
 
 QStringList ProcessCensus::leftovers() const
 {
-    const QDeadlineTimer deadline(patience);
-    QTimer wakeUp;
-    wakeUp.start(lookInterval);
-    for (;;) {
-        const QStringList found = newcomers();
-        if (found.isEmpty() || deadline.hasExpired())
-            return found;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
+    QStringList found;
+    eventually([&] {
+        found = newcomers();
+        return found.isEmpty();
+    });
+    return found;
 }
 
 QStringList ProcessCensus::newcomers() const

@@ -17,7 +17,7 @@ class ProcessCensus
 public:
     ProcessCensus();
 
-    /// What this process has come to hold and does not give up within half a minute, while its event loop turns; one
+    /// What this process has come to hold and does not give up within the guard time, while its event loop turns; one
     /// readable line each. Returns as soon as there is nothing: an abandoned child, for one, is reaped a little later.
     QStringList leftovers() const;
 

@@ -5,10 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHostAddress>
-#include <QProcess>
 #include <QRandomGenerator>
-#include <QTcpServer>
 
 namespace varda::test {
 
@@ -23,19 +20,13 @@ void RealAdbModelTest::initTestCase()
     QDir(tools).removeRecursively();
     QVERIFY(QDir().mkpath(tools));
     QVERIFY(QFile::link(staged.absolutePath(), tools + u"/platform-tools"));
-    m_adb = tools + u"/platform-tools/adb";
-
-    QTcpServer freePort;
-    QVERIFY(freePort.listen(QHostAddress::LocalHost));
-    qputenv("ANDROID_ADB_SERVER_PORT", QByteArray::number(freePort.serverPort()));
-    qputenv("HOME", QFile::encodeName(m_home.path()));
-    qputenv("TMPDIR", QFile::encodeName(m_home.path()));
+    m_adb.emplace(staged.filePath());
+    m_adb->enterEnvironment();
 }
 
 void RealAdbModelTest::cleanupTestCase()
 {
-    if (!m_adb.isEmpty())
-        adb({u"kill-server"_s});
+    m_adb.reset();
 }
 
 void RealAdbModelTest::init()
@@ -60,9 +51,7 @@ void RealAdbModelTest::cleanup()
 
 void RealAdbModelTest::adb(const QStringList &arguments) const
 {
-    QProcess process;
-    process.start(m_adb, arguments, QIODevice::ReadOnly);
-    QVERIFY(process.waitForFinished(20000));
+    QVERIFY(m_adb->run(arguments).exitCode >= 0);
 }
 
 VirtualPhone &RealAdbModelTest::addPhone(const PhoneOptions &options)
@@ -87,11 +76,10 @@ void RealAdbModelTest::connectTo(const VirtualPhone &phone)
     QCOMPARE(model->error(), std::nullopt);
     QCOMPARE(model->selectedID(), std::optional(phone.serial()));
     // The phone is listed as offline for the moment between the connection and its banner.
-    for (int i = 0; i < 100 && !model->selected()->ready(); ++i) {
-        turnFor(std::chrono::milliseconds(50));
+    QVERIFY(eventually([this] {
         refresh();
-    }
-    QVERIFY(model->selected()->ready());
+        return model->selected()->ready();
+    }));
 }
 
 std::optional<AndroidDevice> RealAdbModelTest::listed(const QString &serial) const

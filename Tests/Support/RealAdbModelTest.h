@@ -1,6 +1,7 @@
 // RealAdbModelTest: the bench of the tests of the model with the real adb client and simulated phones.
 #pragma once
 
+#include "Support/AdbServer.h"
 #include "Support/FakeFileDialogs.h"
 #include "Support/ModelTest.h"
 
@@ -53,8 +54,7 @@ private Q_SLOTS:
     void cleanup();
 
 private:
-    QTemporaryDir m_home;
-    QString m_adb;
+    std::optional<AdbServer> m_adb;
     std::optional<QTemporaryDir> m_files;
     std::optional<ProcessCensus> m_census;
 };

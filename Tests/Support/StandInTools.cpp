@@ -173,7 +173,10 @@ StandInTool::StandInTool(QString path, bool readsInput)
     // A link where the file system allows one: a copy just made cannot be run while another thread's fork still holds
     // it open for writing.
     const QByteArray program = STAND_IN_TOOL;
-    std::filesystem::create_hard_link(program.toStdString(), m_path.toStdString());
+    std::error_code cannotLink;
+    std::filesystem::create_hard_link(program.toStdString(), m_path.toStdString(), cannotLink);
+    if (cannotLink && !QFile::copy(QString::fromUtf8(program), m_path))
+        qFatal("Cannot stage %s", qUtf8Printable(m_path));
     if (readsInput)
         put(script() + u"/reads-input", {});
 }

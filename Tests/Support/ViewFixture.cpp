@@ -8,9 +8,7 @@ namespace varda {
 ViewFixture::ViewFixture()
 {
     prepareAppearance();
-    auto scripted = std::make_unique<ScriptedDialogs>();
-    dialogs = scripted.get();
-    model = VardaModel::create(std::move(scripted));
+    model = VardaModel::create(std::make_unique<test::FakeFileDialogs>(dialogs));
     view = std::make_unique<VardaView>(model);
 }
 

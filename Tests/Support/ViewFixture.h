@@ -1,6 +1,7 @@
 // ViewFixture: a real window on a real model that was never started, whose properties a test writes.
 #pragma once
 
+#include "Support/FakeFileDialogs.h"
 #include "Varda/Model/VardaModel.h"
 #include "Varda/View/VardaView.h"
 
@@ -8,29 +9,8 @@
 #include <QWidget>
 
 #include <memory>
-#include <optional>
 
 namespace varda {
-
-/// Answers every question as the test has said beforehand, and counts the questions.
-class ScriptedDialogs final : public FileDialogs
-{
-public:
-    std::optional<QUrl> chooseBuild() override
-    {
-        ++questions;
-        return build;
-    }
-    std::optional<QString> saveLocation(SaveKind, const QString &) override
-    {
-        ++questions;
-        return location;
-    }
-
-    std::optional<QUrl> build;
-    std::optional<QString> location;
-    int questions = 0;
-};
 
 /// A window with its model. Nothing polls: what the window shows is what the test published.
 class ViewFixture
@@ -57,7 +37,7 @@ public:
     /// Lets the window render what was published.
     static void settle();
 
-    ScriptedDialogs *dialogs; ///< owned by the model
+    const std::shared_ptr<test::DialogScript> dialogs = std::make_shared<test::DialogScript>();
     std::shared_ptr<VardaModel> model;
     std::unique_ptr<VardaView> view;
 };

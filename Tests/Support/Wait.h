@@ -1,20 +1,41 @@
-// Waiting for asynchronous work in a test, with a guard time.
+// The one way in which a test waits, and the one time limit.
 #pragma once
 
 #include <QCoreApplication>
 #include <QCoroTask>
 #include <QDeadlineTimer>
 #include <QElapsedTimer>
+#include <QTest>
 #include <QTimer>
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <stdexcept>
 
 namespace varda {
 
-/// No test waits for anything longer than this.
+/// No test waits for anything longer than this; long, for the machine may be busy.
 constexpr std::chrono::seconds guardTime{60};
+/// The same in milliseconds, as QProcess takes it.
+constexpr int guardMilliseconds = 60'000;
+
+/// Lets the event loop turn until `condition` holds. False when it does not hold within `guard`, and at once when the
+/// test fails meanwhile. A look that takes long, such as one at another program's window, is taken less often.
+inline bool eventually(const std::function<bool()> &condition, std::chrono::milliseconds guard = guardTime)
+{
+    const QDeadlineTimer deadline(guard);
+    const bool failedBefore = QTest::currentTestFailed();
+    for (;;) {
+        QElapsedTimer look;
+        look.start();
+        if (condition())
+            return true;
+        if (deadline.hasExpired() || (!failedBefore && QTest::currentTestFailed()))
+            return false;
+        QTest::qWait(static_cast<int>(std::clamp<qint64>(4 * look.elapsed(), 10, 100)));
+    }
+}
 
 /// Turns the event loop until `task` has finished; gives its result or throws what it threw. Throws std::runtime_error,
 /// which fails the test, when the guard time passes first.
@@ -61,3 +82,12 @@ private:
 };
 
 } // namespace varda
+
+/// Like QVERIFY, for what becomes true soon.
+#define VERIFY_SOON(condition) QVERIFY2(varda::eventually([&] { return static_cast<bool>(condition); }), #condition)
+/// Like QCOMPARE, for what becomes equal soon.
+#define COMPARE_SOON(actual, expected)                                                                                 \
+    do {                                                                                                               \
+        varda::eventually([&] { return (actual) == (expected); });                                                     \
+        QCOMPARE(actual, expected);                                                                                    \
+    } while (false)

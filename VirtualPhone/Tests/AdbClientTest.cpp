@@ -1,5 +1,5 @@
 // The real adb client against the simulated phone.
-#include "AdbSandbox.h"
+#include "Support/AdbServer.h"
 #include "VirtualPhone.h"
 
 #include <QCryptographicHash>
@@ -14,6 +14,7 @@
 using namespace Qt::StringLiterals;
 using varda::PhoneOptions;
 using varda::VirtualPhone;
+using varda::test::AdbServer;
 
 namespace {
 
@@ -30,11 +31,11 @@ class AdbClientTest : public QObject
 
 private:
     /// Runs adb on the connected phone.
-    AdbSandbox::Result adb(const QStringList &arguments)
+    AdbServer::Result adb(const QStringList &arguments)
     {
         return m_adb->run(QStringList{u"-s"_s, m_phone->serial()} + arguments);
     }
-    AdbSandbox::Result shell(const QString &command) { return adb({u"shell"_s, command}); }
+    AdbServer::Result shell(const QString &command) { return adb({u"shell"_s, command}); }
     QByteArray devices() { return m_adb->run({u"devices"_s, u"-l"_s}).output; }
 
     void startPhone(const PhoneOptions &options = {})
@@ -56,9 +57,9 @@ private:
         return file.fileName();
     }
 
-    std::optional<AdbSandbox> m_adb;
+    std::optional<AdbServer> m_adb;
     std::optional<VirtualPhone> m_phone;
-    AdbSandbox::Result m_connect;
+    AdbServer::Result m_connect;
     QString m_digest;
 
 private Q_SLOTS:
@@ -128,7 +129,7 @@ private Q_SLOTS:
         const QByteArray serial = "emulator-" + QByteArray::number(m_phone->port() - 1);
         QCOMPARE(m_phone->serial().toUtf8(), serial);
         QCOMPARE(m_adb->run({u"start-server"_s}).exitCode, 0);
-        QCOMPARE(m_phone->command(u"announce %1"_s.arg(m_adb->serverPort())), u"ok"_s);
+        QCOMPARE(m_phone->command(u"announce %1"_s.arg(m_adb->port())), u"ok"_s);
         QTRY_VERIFY(devices().contains(serial));
         QTRY_VERIFY(devices().contains(" device product:"));
     }
@@ -136,7 +137,7 @@ private Q_SLOTS:
     void installedBytesAreTheFiles()
     {
         startPhone();
-        const AdbSandbox::Result result = adb({u"install"_s, u"-r"_s, packageFile(5'000'000)});
+        const AdbServer::Result result = adb({u"install"_s, u"-r"_s, packageFile(5'000'000)});
         QCOMPARE(result.exitCode, 0);
         QVERIFY(result.output.contains("Success"));
         QTRY_COMPARE(m_phone->closed(u"package 'install'"_s).size(), 1);
@@ -151,7 +152,7 @@ private Q_SLOTS:
         startPhone();
         const QString failure = u"Failure [INSTALL_FAILED_VERSION_DOWNGRADE: Größe]"_s;
         QCOMPARE(m_phone->command(u"on 'package install' output '%1\\n'"_s.arg(failure)), u"ok"_s);
-        const AdbSandbox::Result result = adb({u"install"_s, u"-r"_s, packageFile(100'000)});
+        const AdbServer::Result result = adb({u"install"_s, u"-r"_s, packageFile(100'000)});
         QCOMPARE(result.exitCode, 1);
         QVERIFY2(result.error.contains(failure.toUtf8()), result.error.constData());
         QTRY_COMPARE(m_phone->closed(u"install"_s).value(0).value(u"sha256"_s), QJsonValue(m_digest));
@@ -161,7 +162,7 @@ private Q_SLOTS:
     {
         startPhone();
         QCOMPARE(m_phone->command(u"on 'package install' drop 1000000"_s), u"ok"_s);
-        const AdbSandbox::Result result = adb({u"install"_s, u"-r"_s, packageFile(5'000'000)});
+        const AdbServer::Result result = adb({u"install"_s, u"-r"_s, packageFile(5'000'000)});
         QVERIFY(result.exitCode > 0);
         QVERIFY(!result.output.contains("Success"));
         QTRY_COMPARE(m_phone->closed(u"install"_s).value(0).value(u"outcome"_s), QJsonValue(u"incomplete"_s));
@@ -170,12 +171,12 @@ private Q_SLOTS:
     void launchesAndStopsAnApp()
     {
         startPhone();
-        const AdbSandbox::Result resolved =
+        const AdbServer::Result resolved =
             shell(u"cmd package resolve-activity --brief -a android.intent.action.MAIN -c "
                   "android.intent.category.LAUNCHER -p com.example.app"_s);
         QCOMPARE(resolved.output.trimmed().split('\n').last(), QByteArray("com.example.app/.MainActivity"));
         QCOMPARE(shell(u"pidof com.example.app"_s).exitCode, 1);
-        const AdbSandbox::Result started = shell(u"am start -W -n com.example.app/.MainActivity"_s);
+        const AdbServer::Result started = shell(u"am start -W -n com.example.app/.MainActivity"_s);
         QCOMPARE(started.exitCode, 0);
         QVERIFY(started.output.contains("Status: ok\n"));
         QVERIFY(!started.output.contains("Error"));
@@ -183,7 +184,7 @@ private Q_SLOTS:
         QVERIFY(pid.toLongLong() > 0);
         QVERIFY(shell(u"am start -W -n com.example.app/.MainActivity"_s).output.contains("brought to the front"));
         QCOMPARE(shell(u"pidof com.example.app"_s).output.trimmed(), pid);
-        const AdbSandbox::Result stopped = shell(u"am force-stop com.example.app"_s);
+        const AdbServer::Result stopped = shell(u"am force-stop com.example.app"_s);
         QCOMPARE(stopped.exitCode, 0);
         QCOMPARE(stopped.output, QByteArray());
         QCOMPARE(shell(u"pidof com.example.app"_s).exitCode, 1);
@@ -192,7 +193,7 @@ private Q_SLOTS:
     void missingActivityIsAnErrorInWordsOnly()
     {
         startPhone();
-        const AdbSandbox::Result result = shell(u"am start -W -n com.example.none/.Main"_s);
+        const AdbServer::Result result = shell(u"am start -W -n com.example.none/.Main"_s);
         QCOMPARE(result.exitCode, 0);
         QVERIFY(
             result.output.contains("Error: Activity class {com.example.none/com.example.none.Main} does not exist.\n"));
@@ -212,13 +213,13 @@ private Q_SLOTS:
     void shellReportsStatusAndErrorApart()
     {
         startPhone();
-        const AdbSandbox::Result result = shell(u"nonsense"_s);
+        const AdbServer::Result result = shell(u"nonsense"_s);
         QCOMPARE(result.exitCode, 127);
         QCOMPARE(result.output, QByteArray());
         QCOMPARE(result.error, QByteArray("/system/bin/sh: nonsense: inaccessible or not found\n"));
         QCOMPARE(m_phone->command(u"on pidof error 'bad\\n'"_s), u"ok"_s);
         QCOMPARE(m_phone->command(u"on pidof exit 3"_s), u"ok"_s);
-        const AdbSandbox::Result scripted = shell(u"pidof x"_s);
+        const AdbServer::Result scripted = shell(u"pidof x"_s);
         QCOMPARE(scripted.exitCode, 3);
         QCOMPARE(scripted.error, QByteArray("bad\n"));
     }
@@ -255,7 +256,7 @@ private Q_SLOTS:
     void screenshotArrivesByteForByte()
     {
         startPhone();
-        const AdbSandbox::Result result = adb({u"exec-out"_s, u"screencap"_s, u"-p"_s});
+        const AdbServer::Result result = adb({u"exec-out"_s, u"screencap"_s, u"-p"_s});
         QCOMPARE(result.exitCode, 0);
         QTRY_COMPARE(m_phone->closed(u"screencap"_s).size(), 1);
         QCOMPARE(m_phone->closed(u"screencap"_s).first().value(u"outputSha256"_s), QJsonValue(sha256(result.output)));
@@ -270,7 +271,7 @@ private Q_SLOTS:
     {
         startPhone();
         QCOMPARE(m_phone->command(u"on screencap flood 33554433"_s), u"ok"_s);
-        const AdbSandbox::Result result = adb({u"exec-out"_s, u"screencap"_s, u"-p"_s});
+        const AdbServer::Result result = adb({u"exec-out"_s, u"screencap"_s, u"-p"_s});
         QCOMPARE(result.output.size(), 33'554'433);
         QTRY_COMPARE(m_phone->closed(u"screencap"_s).value(0).value(u"outputSha256"_s),
                      QJsonValue(sha256(result.output)));

@@ -1,5 +1,5 @@
 // The real scrcpy client against the simulated phone, on a virtual display: what it shows, sends and records.
-#include "AdbSandbox.h"
+#include "Support/AdbServer.h"
 #include "VirtualPhone.h"
 
 #include <QElapsedTimer>
@@ -16,6 +16,7 @@
 using namespace Qt::StringLiterals;
 using varda::PhoneOptions;
 using varda::VirtualPhone;
+using varda::test::AdbServer;
 
 namespace {
 
@@ -43,6 +44,7 @@ private:
     {
         m_mirror = std::make_unique<QProcess>();
         QProcessEnvironment environment = m_adb->environment();
+        environment.insert(u"ADB"_s, QStringLiteral(ADB_PROGRAM));
         environment.insert(u"SCRCPY_SERVER_PATH"_s, m_server);
         m_mirror->setProcessEnvironment(environment);
         m_mirror->setProcessChannelMode(QProcess::MergedChannels);
@@ -114,7 +116,7 @@ private:
             qInfo("%s", QJsonDocument(record).toJson(QJsonDocument::Compact).constData());
     }
 
-    std::optional<AdbSandbox> m_adb;
+    std::optional<AdbServer> m_adb;
     std::optional<VirtualPhone> m_phone;
     std::unique_ptr<QProcess> m_mirror;
     QString m_server;

@@ -1,7 +1,7 @@
 // Wireless debugging: the real adb client pairs and connects; hosts that do not play by the rules get nowhere.
-#include "AdbSandbox.h"
 #include "Device/Device.h"
 #include "Device/Screen.h"
+#include "Support/AdbServer.h"
 #include "VirtualPhone.h"
 #include "WireHost.h"
 
@@ -20,6 +20,7 @@ using namespace Qt::StringLiterals;
 using namespace varda::phone;
 using varda::PhoneOptions;
 using varda::VirtualPhone;
+using varda::test::AdbServer;
 
 namespace {
 
@@ -58,10 +59,7 @@ class WirelessTest : public QObject
     Q_OBJECT
 
 private:
-    AdbSandbox::Result pair(const QByteArray &typed)
-    {
-        return m_adb->run({u"pair"_s, m_pairing}, 20'000, typed + '\n');
-    }
+    AdbServer::Result pair(const QByteArray &typed) { return m_adb->run({u"pair"_s, m_pairing}, typed + '\n'); }
     QByteArray connectOver(const QString &address) { return m_adb->run({u"connect"_s, address}).output; }
     void showCode()
     {
@@ -78,7 +76,7 @@ private:
     bool isPairing() { return !status(u"pairing"_s).toString().isEmpty(); }
     void checkThatPairingAndConnectingWork();
 
-    std::optional<AdbSandbox> m_adb;
+    std::optional<AdbServer> m_adb;
     std::optional<VirtualPhone> m_phone;
     QString m_connection;
     QString m_pairing;
@@ -128,7 +126,7 @@ void WirelessTest::cleanup()
 
 void WirelessTest::checkThatPairingAndConnectingWork()
 {
-    const AdbSandbox::Result paired = pair(m_code);
+    const AdbServer::Result paired = pair(m_code);
     QVERIFY2(paired.output.contains("Successfully paired to "), paired.error.constData());
     QCOMPARE(connectOver(m_connection).trimmed(), "connected to " + m_connection.toLatin1());
     // adb lists the phone as offline for a moment.

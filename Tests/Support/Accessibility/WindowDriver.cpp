@@ -1,22 +1,16 @@
 // WindowDriver: looking, waiting and acting, on top of Accessible.
 #include "Accessibility/WindowDriver.h"
 
-#include <QDeadlineTimer>
 #include <QDebug>
-#include <QTest>
 
 #include <cerrno>
 #include <csignal>
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace varda::test {
 
 namespace {
-
-// A walk over the tree keeps the other program busy for some milliseconds; it shall have time for its own work.
-constexpr auto pause = 100ms;
 
 const auto buttonRole = u"push button"_s;
 
@@ -26,17 +20,6 @@ bool runs(qint64 pid)
 }
 
 } // namespace
-
-bool eventually(const std::function<bool()> &condition, std::chrono::milliseconds guard)
-{
-    const QDeadlineTimer deadline{guard};
-    while (!condition()) {
-        if (deadline.hasExpired() || QTest::currentTestFailed())
-            return false;
-        QTest::qWait(static_cast<int>(pause.count()));
-    }
-    return true;
-}
 
 WindowDriver::WindowDriver(qint64 process)
     : pid{process}

@@ -6,20 +6,13 @@
 #pragma once
 
 #include "Accessibility/Accessible.h"
+#include "Support/Wait.h"
 
 #include <QString>
 
-#include <chrono>
 #include <functional>
 
 namespace varda::test {
-
-/// Long enough for a loaded machine; a test that passes never waits for it.
-constexpr auto guardTime = std::chrono::seconds{90};
-
-/// Asks `condition` until it holds, a few times a second and with the event loop turning in between.
-/// False where it does not hold within `guard`, and at once where the test under way has failed in the meantime.
-bool eventually(const std::function<bool()> &condition, std::chrono::milliseconds guard = guardTime);
 
 /// Drives the process `pid`, which may not have opened a window yet. Main thread only.
 class WindowDriver

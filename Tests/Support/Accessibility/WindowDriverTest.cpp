@@ -39,7 +39,7 @@ void WindowDriverTest::cleanup()
 {
     window.reset();
     process.terminate();
-    QTRY_COMPARE_WITH_TIMEOUT(process.state(), QProcess::NotRunning, 60'000);
+    COMPARE_SOON(process.state(), QProcess::NotRunning);
 }
 
 void WindowDriverTest::pressesWhatIsEnabledAndReadsWhatFollows()
@@ -61,7 +61,7 @@ void WindowDriverTest::readsEditableAndMaskedText()
     QVERIFY(window->fill(u"Code"_s, u"123456"_s));
     QVERIFY(!window->showing(u"123456"_s));
     QVERIFY(window->press(u"Copy"_s));
-    QTRY_COMPARE_WITH_TIMEOUT(window->look(u"text"_s, u"Console"_s).text(), u"one and a code of 6"_s, 60'000);
+    COMPARE_SOON(window->look(u"text"_s, u"Console"_s).text(), u"one and a code of 6"_s);
 }
 
 void WindowDriverTest::tellsRolesNamesAndStates()
@@ -82,7 +82,7 @@ void WindowDriverTest::answersForAProgramThatHasEnded()
 {
     const Accessible button = window->await(u"push button"_s, u"Copy"_s);
     process.kill();
-    QTRY_COMPARE_WITH_TIMEOUT(process.state(), QProcess::NotRunning, 60'000);
+    COMPARE_SOON(process.state(), QProcess::NotRunning);
     QCOMPARE(button.name(), QString{});
     QCOMPARE(button.states(), QStringList{u"defunct"_s});
     QVERIFY(!button.act(u"Press"_s));

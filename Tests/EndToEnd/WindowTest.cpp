@@ -1,5 +1,6 @@
 // The shell and the whole window as the window manager, the keyboard and a screen reader meet them.
 #include "Stage.h"
+#include "Support/StandInTools.h"
 #include "VardaWindow.h"
 #include "X11Input.h"
 
@@ -22,15 +23,9 @@ namespace {
 // More presses than the window has stops, several times over.
 constexpr auto mostTabs = 60;
 
-QByteArray contents(const QString &path)
-{
-    QFile file{path};
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray{};
-}
-
 } // namespace
 
-class ShellTest : public QObject
+class WindowTest : public QObject
 {
     Q_OBJECT
 
@@ -43,7 +38,6 @@ private Q_SLOTS:
     void endsInOrderAndStopsTheMirror_data();
     void endsInOrderAndStopsTheMirror();
     void showsItsProductInformation();
-    void namesWhatItShows();
     void reachesEveryControlByTab();
     void worksByItsShortcuts();
     void keepsThePairingCodeToItself();
@@ -59,16 +53,18 @@ private:
     QString focus() const;
 
     std::unique_ptr<Stage> stage;
+    std::unique_ptr<StandInTool> scrcpy;
     std::unique_ptr<VirtualPhone> phone;
     std::unique_ptr<VardaWindow> window;
 };
 
-void ShellTest::init()
+void WindowTest::init()
 {
-    stage = std::make_unique<Stage>(Programs{.varda = QStringLiteral(VARDA_PROGRAM),
-                                             .adb = QStringLiteral(STAGED_ADB),
-                                             .scrcpy = QStringLiteral(STAND_IN_SCRCPY)});
+    stage = std::make_unique<Stage>(
+        Programs{.varda = QStringLiteral(VARDA_PROGRAM), .adb = QStringLiteral(STAGED_ADB), .scrcpy = {}});
     QVERIFY2(stage->errorString().isEmpty(), qUtf8Printable(stage->errorString()));
+    scrcpy = std::make_unique<StandInTool>(stage->scrcpyPath(), false);
+    scrcpy->onAnything().hangs().exitsOnTermination(0);
     phone = std::make_unique<VirtualPhone>();
     QVERIFY2(phone->errorString().isEmpty(), qUtf8Printable(phone->errorString()));
     QVERIFY(stage->startVarda());
@@ -77,7 +73,7 @@ void ShellTest::init()
     QVERIFY(eventually([this] { return !mainWindow().isEmpty(); }));
 }
 
-void ShellTest::cleanup()
+void WindowTest::cleanup()
 {
     window.reset();
     stage.reset();
@@ -85,18 +81,18 @@ void ShellTest::cleanup()
 }
 
 /// Repeated, for where this adb and the window's first one start the server at the same moment, one of them fails.
-bool ShellTest::attachPhone()
+bool WindowTest::attachPhone()
 {
     const auto connected = [this] { return stage->adb({u"connect"_s, phone->endpoint()}).contains(u"connected to"_s); };
     return eventually(connected) && window->lists({phone->serial()}) && window->shows(u"Ready for testing"_s);
 }
 
-QString ShellTest::mainWindow() const
+QString WindowTest::mainWindow() const
 {
     return visibleWindows(stage->varda().processId(), u"Varda"_s).value(0);
 }
 
-bool ShellTest::pressUntil(const QString &keys, const QString &title, const std::function<bool()> &done) const
+bool WindowTest::pressUntil(const QString &keys, const QString &title, const std::function<bool()> &done) const
 {
     return eventually([&] {
         const QString id = visibleWindows(stage->varda().processId(), title).value(0);
@@ -106,7 +102,7 @@ bool ShellTest::pressUntil(const QString &keys, const QString &title, const std:
     });
 }
 
-QString ShellTest::focus() const
+QString WindowTest::focus() const
 {
     const Accessible focused =
         Accessible::application(stage->varda().processId()).find([](const Accessible &candidate) {
@@ -115,18 +111,18 @@ QString ShellTest::focus() const
     return focused ? focused.role() + u": " + focused.name() : QString{};
 }
 
-void ShellTest::opensAtItsFirstSizeAndKeepsItsMinimum()
+void WindowTest::opensAtItsFirstSizeAndKeepsItsMinimum()
 {
     const QString id = mainWindow();
-    QTRY_COMPARE_WITH_TIMEOUT(windowGeometry(id).size(), QSize(1180, 820), 90'000);
+    COMPARE_SOON(windowGeometry(id).size(), QSize(1180, 820));
     xdotool({u"windowsize"_s, id, u"400"_s, u"300"_s});
-    QTRY_COMPARE_WITH_TIMEOUT(windowGeometry(id).size(), QSize(980, 700), 90'000);
+    COMPARE_SOON(windowGeometry(id).size(), QSize(980, 700));
     xdotool({u"windowsize"_s, id, u"1300"_s, u"900"_s});
-    QTRY_COMPARE_WITH_TIMEOUT(windowGeometry(id).size(), QSize(1300, 900), 90'000);
+    COMPARE_SOON(windowGeometry(id).size(), QSize(1300, 900));
 }
 
 /// Run on a laptop's screen, too.
-void ShellTest::opensWithinTheScreen()
+void WindowTest::opensWithinTheScreen()
 {
     QVERIFY(eventually([this] { return !sizeWithFrame(mainWindow()).isEmpty(); }));
     const QSize size = sizeWithFrame(mainWindow());
@@ -136,7 +132,7 @@ void ShellTest::opensWithinTheScreen()
     QVERIFY(size.height() <= screen.height());
 }
 
-void ShellTest::endsInOrderAndStopsTheMirror_data()
+void WindowTest::endsInOrderAndStopsTheMirror_data()
 {
     QTest::addColumn<int>("signal");
     QTest::addColumn<QString>("keys");
@@ -147,13 +143,13 @@ void ShellTest::endsInOrderAndStopsTheMirror_data()
     QTest::newRow("SIGHUP") << SIGHUP << QString{};
 }
 
-void ShellTest::endsInOrderAndStopsTheMirror()
+void WindowTest::endsInOrderAndStopsTheMirror()
 {
     QFETCH(int, signal);
     QFETCH(QString, keys);
     QVERIFY(attachPhone());
     QVERIFY(window->press(u"Open live phone"_s));
-    QVERIFY(eventually([this] { return QFile::exists(stage->home(u"scrcpy-arguments"_s)); }));
+    COMPARE_SOON(scrcpy->calls().size(), 1);
     const auto ended = [this] { return stage->varda().state() == QProcess::NotRunning; };
     if (keys.isEmpty()) {
         kill(static_cast<pid_t>(stage->varda().processId()), signal);
@@ -163,14 +159,14 @@ void ShellTest::endsInOrderAndStopsTheMirror()
     }
     QCOMPARE(stage->varda().exitStatus(), QProcess::NormalExit);
     QCOMPARE(stage->varda().exitCode(), 0);
-    QVERIFY(eventually([this] { return !contents(stage->home(u"scrcpy-end"_s)).isEmpty(); }));
-    QCOMPARE(contents(stage->home(u"scrcpy-end"_s)), QByteArray::number(SIGTERM));
+    VERIFY_SOON(scrcpy->calls().first().ended);
+    QCOMPARE(scrcpy->calls().first().terminationRequests, 1);
     stage->killServer();
     eventually([this] { return stage->leftovers().isEmpty(); });
     QCOMPARE(stage->leftovers(), QStringList{});
 }
 
-void ShellTest::showsItsProductInformation()
+void WindowTest::showsItsProductInformation()
 {
     QVERIFY(activate(mainWindow()));
     pressKeys({u"F1"_s});
@@ -192,78 +188,7 @@ void ShellTest::showsItsProductInformation()
     QVERIFY(window->shows(texts.first()));
 }
 
-void ShellTest::namesWhatItShows()
-{
-    QVERIFY(attachPhone());
-    const QList<std::pair<QString, QString>> expected{
-        {u"label"_s, u"Varda"_s},
-        {u"label"_s, u"HALVEX / ANDROID WORKSPACE"_s},
-        {u"label"_s, u"DEVICES"_s},
-        {u"push button"_s, u"Refresh devices"_s},
-        {u"push button"_s, u"Connect over Wi-Fi"_s},
-        {u"label"_s, u"Real hardware. Real results."_s},
-        {u"label"_s,
-         u"USB first. Authorize this Mac on your phone, then install and test your own development APKs."_s},
-        {u"label"_s, u"LOCAL BUILD / 0.1"_s},
-        {u"label"_s, u"Your Android. On your Mac."_s},
-        {u"label"_s, u"Deploy. Control. Inspect. Repeat."_s},
-        {u"label"_s, u"Pixel 8"_s},
-        {u"label"_s, u"Wi-Fi"_s},
-        {u"label"_s, u"Ready for testing"_s},
-        {u"label"_s, u"01 / DEPLOY A BUILD"_s},
-        {u"label"_s, u"Drop your APK here"_s},
-        {u"label"_s, u"Install an Android development build on the selected device. Updates keep the app’s existing "
-                     u"data."_s},
-        {u"push button"_s, u"Choose APK"_s},
-        {u"push button"_s, u"Install on device"_s},
-        {u"label"_s, u"02 / LIVE PHONE"_s},
-        {u"label"_s, u"Control the real screen."_s},
-        {u"label"_s, u"Opens a real scrcpy window. Use your Mac’s mouse and keyboard, or save a recording of your test "
-                     u"session."_s},
-        {u"push button"_s, u"Open live phone"_s},
-        {u"push button"_s, u"Record test"_s},
-        {u"label"_s, u"03 / TEST YOUR APPLICATION"_s},
-        {u"text"_s, u"Package ID"_s},
-        {u"push button"_s, u"Launch"_s},
-        {u"push button"_s, u"Stop app"_s},
-        {u"push button"_s, u"List apps"_s},
-        {u"push button"_s, u"Screenshot"_s},
-        {u"label"_s, u"DEVICE CONSOLE"_s},
-        {u"push button"_s, u"Start logs"_s},
-        {u"push button"_s, u"Export"_s},
-        {u"text"_s, u"Device console"_s},
-        {u"label"_s, u"Latest 350 lines · refreshes every 2.5s"_s},
-        {u"label"_s, u"USB setup: Android Settings → About phone → tap Build number 7 times → Developer options → USB "
-                     u"debugging. Use a data cable, unlock the phone and allow this computer. An emulator is shown "
-                     u"separately and is never presented as a real phone test."_s},
-    };
-    const QString tree = window->tree();
-    qInfo().noquote() << u"The tree:\n"_s + tree;
-    for (const auto &[role, name] : expected)
-        QVERIFY2(tree.contains(role + u" \"" + name + u'"'), qUtf8Printable(role + u" \"" + name + u"\" in\n" + tree));
-    for (const QString &fact : {u"Pixel 8"_s, u"Wi-Fi"_s, phone->serial(), u"device"_s})
-        QVERIFY2(window->lists({fact}), qUtf8Printable(fact));
-    QCOMPARE(window->look(u"text"_s, u"Device console"_s).text(),
-             u"Device output will appear here. Enter a package ID to limit logs to your running app."_s);
-
-    QVERIFY(window->press(u"Connect over Wi-Fi"_s));
-    for (const auto &[role, name] : QList<std::pair<QString, QString>>{
-             {u"label"_s, u"Go wireless."_s},
-             {u"push button"_s, u"Done"_s},
-             {u"label"_s, u"Android 11+ · same Wi-Fi network. On the phone, open Developer options → Wireless "
-                          u"debugging. Pairing and connection use different ports."_s},
-             {u"label"_s, u"1. Pair with pairing code"_s},
-             {u"text"_s, u"Pairing address"_s},
-             {u"password text"_s, u"Pairing code"_s},
-             {u"push button"_s, u"Pair this Mac"_s},
-             {u"label"_s, u"2. Connect using the main screen’s address"_s},
-             {u"text"_s, u"Connection address"_s},
-             {u"push button"_s, u"Connect phone"_s},
-         })
-        QVERIFY2(window->await(role, name), qUtf8Printable(name));
-}
-
-void ShellTest::reachesEveryControlByTab()
+void WindowTest::reachesEveryControlByTab()
 {
     QVERIFY(attachPhone());
     // Everything is enabled once a build is chosen and the console holds something.
@@ -299,7 +224,7 @@ void ShellTest::reachesEveryControlByTab()
     QVERIFY2(missing.isEmpty(), qUtf8Printable(QStringList{missing.values()}.join(u", "_s)));
 }
 
-void ShellTest::worksByItsShortcuts()
+void WindowTest::worksByItsShortcuts()
 {
     QVERIFY(attachPhone());
     QVERIFY(activate(mainWindow()));
@@ -320,7 +245,7 @@ void ShellTest::worksByItsShortcuts()
     QCOMPARE(stage->varda().state(), QProcess::Running);
 }
 
-void ShellTest::keepsThePairingCodeToItself()
+void WindowTest::keepsThePairingCodeToItself()
 {
     const auto code = u"407182"_s;
     QVERIFY(activate(mainWindow()));
@@ -345,5 +270,5 @@ void ShellTest::keepsThePairingCodeToItself()
 
 } // namespace varda::test
 
-QTEST_GUILESS_MAIN(varda::test::ShellTest)
-#include "ShellTest.moc"
+QTEST_GUILESS_MAIN(varda::test::WindowTest)
+#include "WindowTest.moc"

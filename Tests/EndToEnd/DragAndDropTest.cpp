@@ -24,7 +24,7 @@ constexpr auto movesOverRefusal = 12;
 
 } // namespace
 
-class DropTest : public QObject
+class DragAndDropTest : public QObject
 {
     Q_OBJECT
 
@@ -55,7 +55,7 @@ private:
     QStringList said;
 };
 
-void DropTest::init()
+void DragAndDropTest::init()
 {
     stage = std::make_unique<Stage>(
         Programs{.varda = QStringLiteral(VARDA_PROGRAM), .adb = QStringLiteral(STAGED_ADB), .scrcpy = {}});
@@ -71,7 +71,7 @@ void DropTest::init()
     xdotool({u"windowmove"_s, windows.first(), u"0"_s, u"0"_s});
 }
 
-void DropTest::cleanup()
+void DragAndDropTest::cleanup()
 {
     xdotool({u"mouseup"_s, u"1"_s});
     endSource();
@@ -79,7 +79,7 @@ void DropTest::cleanup()
     stage.reset();
 }
 
-QString DropTest::makeFile(const QString &name)
+QString DragAndDropTest::makeFile(const QString &name)
 {
     QFile file{stage->home(name)};
     if (!file.open(QIODevice::WriteOnly) || file.write("PK\x03\x04") != 4)
@@ -87,7 +87,7 @@ QString DropTest::makeFile(const QString &name)
     return file.fileName();
 }
 
-void DropTest::endSource()
+void DragAndDropTest::endSource()
 {
     said.clear();
     if (!source)
@@ -97,7 +97,7 @@ void DropTest::endSource()
     source.reset();
 }
 
-bool DropTest::startSource(const QString &type, const QString &content)
+bool DragAndDropTest::startSource(const QString &type, const QString &content)
 {
     endSource();
     source = std::make_unique<QProcess>();
@@ -118,7 +118,7 @@ bool DropTest::startSource(const QString &type, const QString &content)
     });
 }
 
-bool DropTest::sourceSays(const QString &word, std::chrono::milliseconds guard)
+bool DragAndDropTest::sourceSays(const QString &word, std::chrono::milliseconds guard)
 {
     return eventually(
         [&] {
@@ -129,7 +129,7 @@ bool DropTest::sourceSays(const QString &word, std::chrono::milliseconds guard)
         guard);
 }
 
-bool DropTest::dragOntoZone(bool expectTaken)
+bool DragAndDropTest::dragOntoZone(bool expectTaken)
 {
     const QRect zone = window->await(u"label"_s, u"Drop your APK here"_s).extents();
     if (zone.isEmpty())
@@ -153,7 +153,7 @@ bool DropTest::dragOntoZone(bool expectTaken)
     return said.contains(u"dropped"_s);
 }
 
-void DropTest::takesADroppedBuild_data()
+void DragAndDropTest::takesADroppedBuild_data()
 {
     QTest::addColumn<QString>("name");
     QTest::newRow("plain name") << u"demo-debug.apk"_s;
@@ -161,7 +161,7 @@ void DropTest::takesADroppedBuild_data()
     QTest::newRow("name that looks like a part of an address") << u"build#2?x=1.APK"_s;
 }
 
-void DropTest::takesADroppedBuild()
+void DragAndDropTest::takesADroppedBuild()
 {
     QFETCH(QString, name);
     QVERIFY(startSource(u"text/uri-list"_s, uri(makeFile(name)) + u"\\n"));
@@ -170,7 +170,7 @@ void DropTest::takesADroppedBuild()
     QVERIFY(!window->look(u"alert"_s, u"Varda"_s));
 }
 
-void DropTest::takesOnlyTheFirstOfSeveral()
+void DragAndDropTest::takesOnlyTheFirstOfSeveral()
 {
     const QString first = makeFile(u"first.apk"_s);
     const QString second = makeFile(u"second.apk"_s);
@@ -180,7 +180,7 @@ void DropTest::takesOnlyTheFirstOfSeveral()
     QVERIFY(!window->showing(u"second.apk"_s));
 }
 
-void DropTest::refusesAFirstFileThatIsNoBuild()
+void DragAndDropTest::refusesAFirstFileThatIsNoBuild()
 {
     const QString first = makeFile(u"notes.txt"_s);
     const QString second = makeFile(u"second.apk"_s);
@@ -190,7 +190,7 @@ void DropTest::refusesAFirstFileThatIsNoBuild()
     QVERIFY(!window->showing(u"second.apk"_s));
 }
 
-void DropTest::ignoresWhatIsNoFile_data()
+void DragAndDropTest::ignoresWhatIsNoFile_data()
 {
     QTest::addColumn<QString>("type");
     QTest::addColumn<QString>("content");
@@ -199,7 +199,7 @@ void DropTest::ignoresWhatIsNoFile_data()
     QTest::newRow("no address") << u"text/uri-list"_s << u"demo.apk\\n"_s;
 }
 
-void DropTest::ignoresWhatIsNoFile()
+void DragAndDropTest::ignoresWhatIsNoFile()
 {
     QFETCH(QString, type);
     QFETCH(QString, content);
@@ -215,5 +215,5 @@ void DropTest::ignoresWhatIsNoFile()
 
 } // namespace varda::test
 
-QTEST_GUILESS_MAIN(varda::test::DropTest)
-#include "DropTest.moc"
+QTEST_GUILESS_MAIN(varda::test::DragAndDropTest)
+#include "DragAndDropTest.moc"

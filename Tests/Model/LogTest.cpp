@@ -23,7 +23,7 @@ QStringList logOf(const QString &pid)
 
 } // namespace
 
-class ConsoleTest : public ModelTest
+class LogTest : public ModelTest
 {
     Q_OBJECT
 
@@ -58,7 +58,7 @@ private Q_SLOTS:
     void leavesBusyAndStatusAlone();
 };
 
-void ConsoleTest::turnOn(const QString &typed)
+void LogTest::turnOn(const QString &typed)
 {
     model->packageName = typed;
     selectPhone();
@@ -67,7 +67,7 @@ void ConsoleTest::turnOn(const QString &typed)
     writes->take();
 }
 
-void ConsoleTest::withoutAReadyPhoneItTurnsOffSilently_data()
+void LogTest::withoutAReadyPhoneItTurnsOffSilently_data()
 {
     QTest::addColumn<QString>("state");
     for (const QString &each : {u"none"_s, u"unplugged"_s, u"unauthorized"_s, u"offline"_s, u"no permissions"_s,
@@ -75,7 +75,7 @@ void ConsoleTest::withoutAReadyPhoneItTurnsOffSilently_data()
         QTest::newRow(qUtf8Printable(each)) << each;
 }
 
-void ConsoleTest::withoutAReadyPhoneItTurnsOffSilently()
+void LogTest::withoutAReadyPhoneItTurnsOffSilently()
 {
     QFETCH(QString, state);
     turnOn(u"not a package"_s);
@@ -93,7 +93,7 @@ void ConsoleTest::withoutAReadyPhoneItTurnsOffSilently()
     QCOMPARE(adb().calls().size(), 0);
 }
 
-void ConsoleTest::readsTheDeviceWideLog()
+void LogTest::readsTheDeviceWideLog()
 {
     turnOn();
     adb().on(deviceLog).prints("line\n").complains("- waiting for nothing -\n");
@@ -102,7 +102,7 @@ void ConsoleTest::readsTheDeviceWideLog()
     QVERIFY(model->logging());
 }
 
-void ConsoleTest::blankPackageReadsTheDeviceWideLog_data()
+void LogTest::blankPackageReadsTheDeviceWideLog_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::newRow("blanks") << u"   "_s;
@@ -110,7 +110,7 @@ void ConsoleTest::blankPackageReadsTheDeviceWideLog_data()
     QTest::newRow("no-break and other spaces") << u"\u00a0\u2003\u2028"_s;
 }
 
-void ConsoleTest::blankPackageReadsTheDeviceWideLog()
+void LogTest::blankPackageReadsTheDeviceWideLog()
 {
     QFETCH(QString, typed);
     turnOn(typed);
@@ -120,7 +120,7 @@ void ConsoleTest::blankPackageReadsTheDeviceWideLog()
     QCOMPARE(model->logs(), u"line\n"_s);
 }
 
-void ConsoleTest::snapshotIsShownAsItIs_data()
+void LogTest::snapshotIsShownAsItIs_data()
 {
     QTest::addColumn<QByteArray>("output");
     QTest::addColumn<QString>("console");
@@ -138,7 +138,7 @@ void ConsoleTest::snapshotIsShownAsItIs_data()
     QTest::newRow("more lines than asked for") << QByteArray("x\n").repeated(5000) << QString(u"x\n"_s).repeated(5000);
 }
 
-void ConsoleTest::snapshotIsShownAsItIs()
+void LogTest::snapshotIsShownAsItIs()
 {
     QFETCH(QByteArray, output);
     turnOn();
@@ -147,7 +147,7 @@ void ConsoleTest::snapshotIsShownAsItIs()
     QTEST(model->logs(), "console");
 }
 
-void ConsoleTest::snapshotReplacesTheOneBefore()
+void LogTest::snapshotReplacesTheOneBefore()
 {
     turnOn();
     adb().on(deviceLog).prints("two\n");
@@ -157,7 +157,7 @@ void ConsoleTest::snapshotReplacesTheOneBefore()
     QCOMPARE(writes->take(), QStringList({u"logs=one\n"_s, u"logs=two\n"_s}));
 }
 
-void ConsoleTest::packageIsUsedWithoutSurroundingWhiteSpace()
+void LogTest::packageIsUsedWithoutSurroundingWhiteSpace()
 {
     const QString typed = u"  com.example.myapp \n"_s;
     turnOn(typed);
@@ -168,7 +168,7 @@ void ConsoleTest::packageIsUsedWithoutSurroundingWhiteSpace()
     QCOMPARE(model->packageName(), typed);
 }
 
-void ConsoleTest::invalidPackageTurnsItOff_data()
+void LogTest::invalidPackageTurnsItOff_data()
 {
     QTest::addColumn<QString>("typed");
     for (const QString &typed : {u"single"_s, u"com.example;reboot"_s, u"com.example myapp"_s, u"-s"_s,
@@ -176,7 +176,7 @@ void ConsoleTest::invalidPackageTurnsItOff_data()
         QTest::newRow(qUtf8Printable(typed)) << typed;
 }
 
-void ConsoleTest::invalidPackageTurnsItOff()
+void LogTest::invalidPackageTurnsItOff()
 {
     QFETCH(QString, typed);
     turnOn(typed);
@@ -187,7 +187,7 @@ void ConsoleTest::invalidPackageTurnsItOff()
     QCOMPARE(adb().calls().size(), 0);
 }
 
-void ConsoleTest::filtersByTheFirstProcess_data()
+void LogTest::filtersByTheFirstProcess_data()
 {
     QTest::addColumn<QByteArray>("output");
     QTest::addColumn<int>("exitCode");
@@ -201,7 +201,7 @@ void ConsoleTest::filtersByTheFirstProcess_data()
     QTest::newRow("before a word") << QByteArray("4711 gone\n") << 0 << u"4711"_s;
 }
 
-void ConsoleTest::filtersByTheFirstProcess()
+void LogTest::filtersByTheFirstProcess()
 {
     QFETCH(QByteArray, output);
     QFETCH(int, exitCode);
@@ -214,7 +214,7 @@ void ConsoleTest::filtersByTheFirstProcess()
     QCOMPARE(adb().commandLines(), QList({pidof, logOf(pid)}));
 }
 
-void ConsoleTest::appThatDoesNotRunIsSaidSoAndItStaysOn_data()
+void LogTest::appThatDoesNotRunIsSaidSoAndItStaysOn_data()
 {
     QTest::addColumn<QByteArray>("output");
     QTest::addColumn<QByteArray>("complaint");
@@ -231,7 +231,7 @@ void ConsoleTest::appThatDoesNotRunIsSaidSoAndItStaysOn_data()
     QTest::newRow("ill-formed bytes") << QByteArray("\xff\n") << QByteArray() << 0;
 }
 
-void ConsoleTest::appThatDoesNotRunIsSaidSoAndItStaysOn()
+void LogTest::appThatDoesNotRunIsSaidSoAndItStaysOn()
 {
     QFETCH(QByteArray, output);
     QFETCH(QByteArray, complaint);
@@ -244,7 +244,7 @@ void ConsoleTest::appThatDoesNotRunIsSaidSoAndItStaysOn()
     QCOMPARE(adb().commandLines(), QList({pidof}));
 }
 
-void ConsoleTest::appLaunchedLaterIsFollowedByTheNextRead()
+void LogTest::appLaunchedLaterIsFollowedByTheNextRead()
 {
     turnOn(package);
     adb().on(pidof).prints("99\n");
@@ -258,14 +258,14 @@ void ConsoleTest::appLaunchedLaterIsFollowedByTheNextRead()
     QCOMPARE(writes->take(), QStringList({u"logs="_s + notRunning, u"logs=first run\n"_s, u"logs=second run\n"_s}));
 }
 
-void ConsoleTest::unlaunchableToolTurnsItOff_data()
+void LogTest::unlaunchableToolTurnsItOff_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::newRow("at the log") << QString();
     QTest::newRow("at the process ID") << package;
 }
 
-void ConsoleTest::unlaunchableToolTurnsItOff()
+void LogTest::unlaunchableToolTurnsItOff()
 {
     QFETCH(QString, typed);
     turnOn(typed);
@@ -275,7 +275,7 @@ void ConsoleTest::unlaunchableToolTurnsItOff()
              QStringList({u"logging=false"_s, u"error="_s + adb().path() + u": No such file or directory"_s}));
 }
 
-void ConsoleTest::failedLogTurnsItOffAndKeepsTheSnapshot_data()
+void LogTest::failedLogTurnsItOffAndKeepsTheSnapshot_data()
 {
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QByteArray>("output");
@@ -289,7 +289,7 @@ void ConsoleTest::failedLogTurnsItOffAndKeepsTheSnapshot_data()
     QTest::newRow("without words") << QString() << QByteArray() << QByteArray() << QString();
 }
 
-void ConsoleTest::failedLogTurnsItOffAndKeepsTheSnapshot()
+void LogTest::failedLogTurnsItOffAndKeepsTheSnapshot()
 {
     QFETCH(QString, typed);
     QFETCH(QByteArray, output);
@@ -303,7 +303,7 @@ void ConsoleTest::failedLogTurnsItOffAndKeepsTheSnapshot()
     QCOMPARE(model->logs(), u"before"_s);
 }
 
-void ConsoleTest::hangingLogTimesOutAfterEightSeconds()
+void LogTest::hangingLogTimesOutAfterEightSeconds()
 {
     turnOn();
     adb().on(deviceLog).prints("partial\n").hangs().ignoresTermination();
@@ -312,7 +312,7 @@ void ConsoleTest::hangingLogTimesOutAfterEightSeconds()
     QCOMPARE(adb().calls().first().terminationRequests, 1);
 }
 
-void ConsoleTest::tooMuchOutputTurnsItOff()
+void LogTest::tooMuchOutputTurnsItOff()
 {
     turnOn();
     adb().on(deviceLog).prints(QByteArray(33'554'433, 'x'));
@@ -321,7 +321,7 @@ void ConsoleTest::tooMuchOutputTurnsItOff()
              QStringList({u"logging=false"_s, u"error=Command output was too large to display safely."_s}));
 }
 
-void ConsoleTest::leavesBusyAndStatusAlone()
+void LogTest::leavesBusyAndStatusAlone()
 {
     turnOn();
     model->busy = true;
@@ -333,5 +333,5 @@ void ConsoleTest::leavesBusyAndStatusAlone()
     model->busy = false;
 }
 
-QTEST_GUILESS_MAIN(ConsoleTest)
-#include "ConsoleTest.moc"
+QTEST_GUILESS_MAIN(LogTest)
+#include "LogTest.moc"

@@ -243,15 +243,20 @@ void FindTest::showsAMatchFarToTheRight()
 
 void FindTest::keepsPlaceAndMatchThroughSnapshots_data()
 {
+    QTest::addColumn<QString>("head");
     QTest::addColumn<QString>("lineEnd");
-    QTest::newRow("LF") << u"\n"_s;
-    QTest::newRow("CR LF") << u"\r\n"_s;
+    QTest::newRow("LF") << QString() << u"\n"_s;
+    QTest::newRow("CR LF") << QString() << u"\r\n"_s;
+    QTest::newRow("below a divider") << u"--------- beginning of main\n"_s << u"\n"_s;
 }
 
 void FindTest::keepsPlaceAndMatchThroughSnapshots()
 {
+    QFETCH(QString, head);
     QFETCH(QString, lineEnd);
-    const auto snapshot = [&](int first, int last) { return lines(first, last).replace(u"\n"_s, lineEnd); };
+    const auto snapshot = [&](int first, int last) -> QString {
+        return head + lines(first, last).replace(u"\n"_s, lineEnd);
+    };
     show(snapshot(1, 350));
     find(u"error"_s);
     QCOMPARE(count(), u"34 of 35"_s); // in sight of the end, which goes on

@@ -77,7 +77,7 @@ void RoundTest::startsEachActionByItsKey()
     ViewFixture fixture;
     fixture.model->apk = QUrl(u"file:///tmp/demo.apk"_s);
     fixture.model->packageName = u"com.example.app"_s;
-    fixture.dialogs->location = u"/tmp/unused.png"_s;
+    fixture.dialogs->locations = {u"/tmp/unused.png"_s, u"/tmp/unused.png"_s};
     fixture.settle();
     fixture.show();
     fixture.view->activateWindow();

@@ -123,9 +123,9 @@ void ConsoleText::replace(const QString &text)
     // Whatever comes into view has its lines laid out at once. With updates off only the place where this ends does,
     // not the start of the text on the way there.
     viewport()->setUpdatesEnabled(false);
-    const std::optional<int> dropped = advance(text);
+    std::optional<int> dropped = advance(text);
     if (!dropped)
-        setPlainText(text);
+        dropped = replaceAll(text);
     m_text = text;
     if (!m_words.isEmpty())
         findMatches();
@@ -152,6 +152,32 @@ std::optional<int> ConsoleText::advance(const QString &text)
     edit.movePosition(QTextCursor::End);
     edit.insertText(next.sliced(former.size() - *start));
     return dropped;
+}
+
+/// Shows `text` anew, with the selection on the line where it was if that line still stands; answers how many lines
+/// went before it. A log that goes on is no continuation if a divider ("--------- beginning of main") stays at its
+/// start.
+std::optional<int> ConsoleText::replaceAll(const QString &text)
+{
+    const QTextCursor former = textCursor();
+    const QTextBlock start = document()->findBlock(former.selectionStart());
+    const QString line = start.text();
+    const int number = start.blockNumber();
+    const int column = former.selectionStart() - start.position();
+    const int length = former.selectionEnd() - former.selectionStart();
+    setPlainText(text);
+    if (length == 0 || column + length > line.size())
+        return std::nullopt;
+    for (QTextBlock block = document()->firstBlock(); block.isValid(); block = block.next()) {
+        if (block.text() != line)
+            continue;
+        QTextCursor again(block);
+        again.setPosition(block.position() + column);
+        again.setPosition(block.position() + column + length, QTextCursor::KeepAnchor);
+        setTextCursor(again);
+        return number - block.blockNumber();
+    }
+    return std::nullopt;
 }
 
 void ConsoleText::mark(const QString &words)

@@ -52,6 +52,7 @@ private:
     void noticeScrolling();
     void place(int row);
     std::optional<int> advance(const QString &text);
+    std::optional<int> replaceAll(const QString &text);
     void findMatches();
     void select(qsizetype match);
     QTextCursor placeInSight(bool fromTop) const;

@@ -47,7 +47,7 @@ inline constexpr QColor accentPressed{48, 178, 170};
 inline constexpr QColor rowFill = white(0.03);
 inline constexpr QColor rowHover = white(0.07);
 inline const QColor matchFill = faded(attention, 0.20);
-inline const QColor matchLine = faded(attention, 0.60); // 4.0 : 1 on the console
+inline const QColor matchLine = faded(attention, 0.60); // 4.1 : 1 on the console
 inline const QColor hintFill = faded(accent, 0.10);
 inline const QColor hintLine = faded(accent, 0.28);
 inline const QColor rowSelected = faded(accent, 0.15);

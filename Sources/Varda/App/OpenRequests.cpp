@@ -21,7 +21,7 @@ const QString applicationInterface = u"org.freedesktop.Application"_s;
 const QString tokenKey = u"activation-token"_s;
 constexpr auto tokenVariable = "XDG_ACTIVATION_TOKEN";
 
-/// The methods as the Desktop Entry Specification names them.
+/// The methods as freedesktop.org names them for desktop entries.
 class ApplicationInterface final : public QDBusAbstractAdaptor
 {
     Q_OBJECT

@@ -7,8 +7,8 @@
 namespace varda {
 
 /// Takes files from later starts, under the name "local.halvex.varda" on the session bus and through the interface
-/// org.freedesktop.Application of the Desktop Entry Specification. Without a session bus, or if another Varda has the
-/// name already, nothing is ever requested. Main thread.
+/// org.freedesktop.Application (D-Bus activation of desktop entries). Without a session bus, or if another Varda has
+/// the name already, nothing is ever requested. Main thread.
 class OpenRequests final : public QObject
 {
     Q_OBJECT

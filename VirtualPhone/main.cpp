@@ -62,7 +62,8 @@ void addOptions(QCommandLineParser &parser)
     const PhoneOptions defaults;
     parser.setApplicationDescription(u"A simulated Android phone for adb and scrcpy, on the loopback address only.\n\n"
                                      "It prints \"ready 127.0.0.1:PORT\" when it listens, then reads control commands\n"
-                                     "from standard input, one per line, and answers each with one line:\n\n"_s +
+                                     "from standard input, one per line with words quoted as in a shell, and\n"
+                                     "answers each with one line:\n\n"_s +
                                      varda::phone::controlHelp());
     parser.addHelpOption();
     parser.addOptions({

@@ -29,6 +29,11 @@ function(varda_add_test name)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${home}/bin")
     file(MAKE_DIRECTORY "${home}/lib/varda/Tools")
     target_link_libraries(${name} PRIVATE Varda::Options VardaTestMacros Qt6::Test ${arg_LIBRARIES})
+    if("ViewSupport" IN_LIST arg_LIBRARIES)
+        target_precompile_headers(${name} REUSE_FROM VardaView)
+    else()
+        target_precompile_headers(${name} REUSE_FROM VardaCore)
+    endif()
     add_test(NAME ${name} COMMAND ${arg_LAUNCHER} $<TARGET_FILE:${name}>)
     # In the C locale, a fresh system's, newer versions of Qt complain on standard error.
     set_tests_properties(${name} PROPERTIES

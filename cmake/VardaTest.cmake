@@ -15,9 +15,9 @@ endif()
 set(VARDA_SANITIZED_LABELS core model faults security lifetime view)
 option(VARDA_SANITIZED_TESTS "Build the tests that run under the address sanitizer by default" ON)
 
-# The seconds of the longest tests, so that a system that has not run them yet starts them first, too.
+# About the seconds of the longest tests: a system that has not run them yet starts them first, too.
 set(cost_of_ModelFaultsTest 69)
-set(cost_of_RealWirelessTest 64) # adb drops a phone that is gone after 60 s
+set(cost_of_RealWirelessTest 64) # waits for a pairing's time-out, 40 s, and for adb's, 10 s
 set(cost_of_LivePhoneTest 39)
 set(cost_of_PhoneScrcpyClientTest 29)
 set(cost_of_RandomGesturesTest 23)

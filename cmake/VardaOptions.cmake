@@ -6,7 +6,9 @@ target_compile_options(VardaOptions INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wnon-virtual-dtor
     -Woverloaded-virtual -Wnull-dereference -Wimplicit-fallthrough -Wformat=2
     # GCC 12 mistakes coroutine parameters and Qt's implicitly shared types for dangling ones when it inlines.
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-null-dereference>)
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-null-dereference>
+    # A file that is compiled together with others is a header to GCC, where an anonymous namespace would be a mistake.
+    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:${CMAKE_UNITY_BUILD}>>:-Wno-subobject-linkage>)
 
 # No accidental conversion between bytes and text, no Qt keywords that look like the language's.
 target_compile_definitions(VardaOptions INTERFACE

@@ -29,9 +29,8 @@ public:
         : m_previous(::umask(mask))
     {
     }
-    Umask(const Umask &) = delete;
-    Umask &operator=(const Umask &) = delete;
     ~Umask() { ::umask(m_previous); }
+    Q_DISABLE_COPY_MOVE(Umask)
 
 private:
     mode_t m_previous;

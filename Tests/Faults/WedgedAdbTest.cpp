@@ -73,17 +73,6 @@ private Q_SLOTS:
         QVERIFY2(monitor.turns() >= 10, qPrintable(QString::number(monitor.turns())));
     }
 
-    void toolThatLeavesAProcessWithItsStreamsIsDone()
-    {
-        Ending ending;
-        run({u"leave-behind"_s, u"60"_s, u"/dev/null"_s}, 60s, &ending);
-        VERIFY_SOON(ending.ended);
-        const pid_t left = ending.result->text().trimmed().toInt();
-        QVERIFY(left > 0);
-        QCOMPARE(::kill(left, 0), 0); // it outlived the command, and held nothing up
-        ::kill(left, SIGKILL);
-    }
-
     void floodOfOutputIsRefusedOnceItEnds()
     {
         Ending ending;

@@ -2,11 +2,9 @@
 #include "Support/CommandLines.h"
 #include "Support/ModelTest.h"
 
-#include <QDir>
 #include <QFile>
 #include <QTimer>
 
-#include <csignal>
 #include <functional>
 #include <map>
 #include <memory>
@@ -34,9 +32,7 @@ private:
 
 private Q_SLOTS:
     void showsTheWorkingTextAtOnceAndTheOutcomeAtTheEnd();
-    void failureWritesErrorThenStatusThenBusy();
     void successKeepsAnEarlierError();
-    void failureReplacesAnEarlierError();
     void failureWithoutWordsIsStillAnError();
     void failureInsideAFailureLeavesTheModelFree_data();
     void failureInsideAFailureLeavesTheModelFree();
@@ -46,15 +42,9 @@ private Q_SLOTS:
     void nothingElseStartsWhileBusy();
     void everyActionShowsItsOwnTexts_data();
     void everyActionShowsItsOwnTexts();
-    void missingToolFailsWithTheLaunchError_data();
-    void missingToolFailsWithTheLaunchError();
-    void unlaunchableToolFailsInOneSentence_data();
-    void unlaunchableToolFailsInOneSentence();
     void garbageIsNeverTakenForSuccess_data();
     void garbageIsNeverTakenForSuccess();
-    void toolKilledByASignalFailsTheAction();
     void longComplaintIsCutToThreeThousandCharacters();
-    void tooMuchOutputFailsTheAction();
     void loopKeepsTurningWhileAnActionRuns();
     void stopLeavesTheActionRunning();
     void modelOutlivesItsOwnersUntilTheActionEnds();
@@ -98,14 +88,6 @@ void ActionRunnerTest::showsTheWorkingTextAtOnceAndTheOutcomeAtTheEnd()
     QCOMPARE(writes->take(), QStringList({u"status=Stopped com.example.app on R58M42ABCDE."_s, u"busy=false"_s}));
 }
 
-void ActionRunnerTest::failureWritesErrorThenStatusThenBusy()
-{
-    selectPhoneAndApp();
-    adb().on(forceStop).complains("error: device offline\n").exits(1);
-    perform([this] { model->appAction(false); });
-    QCOMPARE(writes->take(), failure(stopping, u"error: device offline\n"_s));
-}
-
 void ActionRunnerTest::successKeepsAnEarlierError()
 {
     selectPhoneAndApp();
@@ -116,15 +98,6 @@ void ActionRunnerTest::successKeepsAnEarlierError()
     perform([this] { model->appAction(false); });
     QCOMPARE(writes->take(), success(stopping, u"Stopped com.example.app on R58M42ABCDE."_s));
     QCOMPARE(model->error(), std::optional(u"no"_s));
-}
-
-void ActionRunnerTest::failureReplacesAnEarlierError()
-{
-    selectPhoneAndApp();
-    model->error = u"earlier"_s;
-    adb().on(forceStop).complains("later").exits(1);
-    perform([this] { model->appAction(false); });
-    QCOMPARE(model->error(), std::optional(u"later"_s));
 }
 
 void ActionRunnerTest::failureWithoutWordsIsStillAnError()
@@ -229,49 +202,14 @@ void ActionRunnerTest::everyActionShowsItsOwnTexts()
 {
     QFETCH(QString, working);
     selectPhoneAndApp();
+    model->error = u"an earlier failure"_s;
+    writes->take();
     adb().onAnything().complains("words of the tool\n").exits(7);
     perform(actions().at(working));
     QStringList expected = failure(working, u"words of the tool\n"_s);
     if (working.startsWith(u"Pairing"))
         expected.prepend(u"pairingCode="_s);
     QCOMPARE(writes->take(), expected);
-}
-
-void ActionRunnerTest::missingToolFailsWithTheLaunchError_data()
-{
-    everyActionShowsItsOwnTexts_data();
-}
-
-void ActionRunnerTest::missingToolFailsWithTheLaunchError()
-{
-    QFETCH(QString, working);
-    selectPhoneAndApp();
-    QVERIFY(QFile::remove(adb().path()));
-    perform(actions().at(working));
-    QStringList expected = failure(working, adb().path() + u": No such file or directory"_s);
-    if (working.startsWith(u"Pairing"))
-        expected.prepend(u"pairingCode="_s);
-    QCOMPARE(writes->take(), expected);
-}
-
-void ActionRunnerTest::unlaunchableToolFailsInOneSentence_data()
-{
-    addBrokenToolRows();
-    QTest::newRow("the tree is gone") << u"tree"_s << u"No such file or directory"_s;
-}
-
-void ActionRunnerTest::unlaunchableToolFailsInOneSentence()
-{
-    QFETCH(QString, trouble);
-    QFETCH(QString, reason);
-    selectPhoneAndApp();
-    const QString tool = adb().path();
-    if (trouble == u"tree")
-        QVERIFY(QDir(StandInTools::directory()).removeRecursively());
-    else
-        breakTool(adb(), trouble);
-    perform([this] { model->appAction(false); });
-    QCOMPARE(writes->take(), failure(stopping, tool + u": " + reason));
 }
 
 void ActionRunnerTest::garbageIsNeverTakenForSuccess_data()
@@ -299,28 +237,12 @@ void ActionRunnerTest::garbageIsNeverTakenForSuccess()
     QVERIFY(!QFile::exists(scratch(u"shot.png"_s)));
 }
 
-void ActionRunnerTest::toolKilledByASignalFailsTheAction()
-{
-    selectPhoneAndApp();
-    adb().on(forceStop).prints("half an ans").diesBy(SIGSEGV);
-    perform([this] { model->appAction(false); });
-    QCOMPARE(writes->take(), failure(stopping, u"half an ans"_s));
-}
-
 void ActionRunnerTest::longComplaintIsCutToThreeThousandCharacters()
 {
     selectPhoneAndApp();
     adb().on(forceStop).complains(QByteArray("é").repeated(3001)).exits(1);
     perform([this] { model->appAction(false); });
     QCOMPARE(model->error(), std::optional(QString(u"é"_s).repeated(3000)));
-}
-
-void ActionRunnerTest::tooMuchOutputFailsTheAction()
-{
-    selectPhoneAndApp();
-    adb().on(forceStop).prints(QByteArray(33'554'433, 'x'));
-    perform([this] { model->appAction(false); });
-    QCOMPARE(writes->take(), failure(stopping, u"Command output was too large to display safely."_s));
 }
 
 void ActionRunnerTest::loopKeepsTurningWhileAnActionRuns()

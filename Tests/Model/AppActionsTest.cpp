@@ -46,15 +46,10 @@ private Q_SLOTS:
     void launchesTheResolvedComponent();
     void withoutALaunchableActivityNothingIsStarted_data();
     void withoutALaunchableActivityNothingIsStarted();
-    void failedResolutionShowsTheToolsWords();
-    void failedStartShowsTheToolsWords();
     void reportedErrorOfAStartIsAFailureWithExitZero_data();
     void reportedErrorOfAStartIsAFailureWithExitZero();
     void reportedErrorIsTheOutputWithoutStandardError();
-    void phoneThatVanishesBetweenTheStepsShowsTheToolsWords();
     void stopsTheApp();
-    void failedStopShowsTheToolsWords();
-    void reportedErrorOfAStopIsAFailureWithExitZero();
     void launchInputsAreThoseOfTheClick();
 
     void listsPackagesIntoTheConsoleAndTurnsItOff_data();
@@ -185,24 +180,6 @@ void AppActionsTest::withoutALaunchableActivityNothingIsStarted()
     QCOMPARE(adb().commandLines(), QList({resolve}));
 }
 
-void AppActionsTest::failedResolutionShowsTheToolsWords()
-{
-    selectPhoneAndApp();
-    adb().on(resolve).prints("com.example.myapp/.Main\n").complains("error: closed\n").exits(1);
-    perform([this] { model->appAction(true); });
-    QCOMPARE(writes->take(), failure(launching, u"error: closed\n"_s));
-    QCOMPARE(adb().commandLines(), QList({resolve}));
-}
-
-void AppActionsTest::failedStartShowsTheToolsWords()
-{
-    selectPhoneAndApp();
-    adb().on(resolve).prints("com.example.myapp/.Main\n");
-    adb().on(start(u"com.example.myapp/.Main"_s)).prints("output\n").exits(255);
-    perform([this] { model->appAction(true); });
-    QCOMPARE(writes->take(), failure(launching, u"output\n"_s));
-}
-
 void AppActionsTest::reportedErrorOfAStartIsAFailureWithExitZero_data()
 {
     QTest::addColumn<QByteArray>("output");
@@ -237,20 +214,6 @@ void AppActionsTest::reportedErrorIsTheOutputWithoutStandardError()
     QCOMPARE(model->status(), u"Stopped com.example.myapp on R58M42ABCDE."_s);
 }
 
-void AppActionsTest::phoneThatVanishesBetweenTheStepsShowsTheToolsWords()
-{
-    selectPhoneAndApp();
-    adb().on(resolve).waitsFor(u"go"_s).prints("com.example.myapp/.Main\n");
-    adb().on(start(u"com.example.myapp/.Main"_s)).complains("adb: device 'R58M42ABCDE' not found\n").exits(1);
-    model->appAction(true);
-    QVERIFY(called(adb(), resolve));
-    model->devices = {};
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
-    QCOMPARE(model->error(), std::optional(u"adb: device 'R58M42ABCDE' not found\n"_s));
-    QCOMPARE(model->status(), launching + u" failed.");
-}
-
 void AppActionsTest::stopsTheApp()
 {
     selectPhoneAndApp(u" com.example.myapp\n"_s);
@@ -258,22 +221,6 @@ void AppActionsTest::stopsTheApp()
     perform([this] { model->appAction(false); });
     QCOMPARE(writes->take(), success(stopping, u"Stopped com.example.myapp on R58M42ABCDE."_s));
     QCOMPARE(adb().commandLines(), QList({forceStop}));
-}
-
-void AppActionsTest::failedStopShowsTheToolsWords()
-{
-    selectPhoneAndApp();
-    adb().on(forceStop).complains("error: device offline").exits(1);
-    perform([this] { model->appAction(false); });
-    QCOMPARE(writes->take(), failure(stopping, u"error: device offline"_s));
-}
-
-void AppActionsTest::reportedErrorOfAStopIsAFailureWithExitZero()
-{
-    selectPhoneAndApp();
-    adb().on(forceStop).prints("Error: unknown command\n");
-    perform([this] { model->appAction(false); });
-    QCOMPARE(writes->take(), failure(stopping, u"Error: unknown command\n"_s));
 }
 
 void AppActionsTest::launchInputsAreThoseOfTheClick()

@@ -1,16 +1,13 @@
 // Every command line of adb and scrcpy, argument by argument, as it arrives at the child, and its time-out.
+#include "Support/CommandLines.h"
 #include "Support/ModelTest.h"
 
 #include "Varda/Model/Adb.h"
 
 #include <QCoroTask>
-#include <QDir>
 
-#include <csignal>
 #include <functional>
 #include <map>
-
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace varda::test;
@@ -22,41 +19,9 @@ const QString S = u"R58M42ABCDE"_s;
 const QString P = u"com.example.myapp"_s;
 const QString component = u"com.example.myapp/.MainActivity"_s;
 
-const QStringList resolveArguments{u"-s"_s,
-                                   S,
-                                   u"shell"_s,
-                                   u"cmd"_s,
-                                   u"package"_s,
-                                   u"resolve-activity"_s,
-                                   u"--brief"_s,
-                                   u"-a"_s,
-                                   u"android.intent.action.MAIN"_s,
-                                   u"-c"_s,
-                                   u"android.intent.category.LAUNCHER"_s,
-                                   u"-p"_s,
-                                   P};
-const QStringList logArguments{u"-s"_s, S, u"logcat"_s, u"-d"_s, u"-t"_s, u"350"_s, u"-v"_s, u"threadtime"_s};
+const QStringList resolveArguments = resolveLine(S, P);
+const QStringList logArguments = logLine(S);
 const QStringList pidofArguments{u"-s"_s, S, u"shell"_s, u"pidof"_s, P};
-
-/// The environment of this process as a child would inherit it.
-QHash<QByteArray, QByteArray> ownEnvironment()
-{
-    QHash<QByteArray, QByteArray> all;
-    for (char **entry = environ; *entry; ++entry) {
-        const QByteArray text(*entry);
-        all.insert(text.left(text.indexOf('=')), text.mid(text.indexOf('=') + 1));
-    }
-    return all;
-}
-
-QString statusField(const varda::test::ToolCall &call, const QString &name)
-{
-    for (const QString &line : call.status.split(u'\n')) {
-        if (line.startsWith(name + u':'))
-            return line.section(u'\t', 1).trimmed();
-    }
-    return {};
-}
 
 } // namespace
 
@@ -72,9 +37,6 @@ private Q_SLOTS:
     void haveTheseTimeOuts();
     void arriveAtTheChildAsTheyAre_data();
     void arriveAtTheChildAsTheyAre();
-    void childOfACommandInheritsOnlyItsThreeStreams();
-    void childOfACommandInheritsTheEnvironmentAndTheDirectoryUnchanged();
-    void childOfACommandStartsWithNoSignalBlockedAndPipeErrorsFatal();
 };
 
 void CommandLinesTest::haveTheseTimeOuts()
@@ -103,7 +65,7 @@ void CommandLinesTest::arriveAtTheChildAsTheyAre_data()
     row(u"refresh"_s, {{u"devices"_s, u"-l"_s}});
     row(u"install"_s, {{u"-s"_s, S, u"install"_s, u"-r"_s, scratch(u"demo a b.apk"_s)}});
     row(u"launch"_s, {resolveArguments, {u"-s"_s, S, u"shell"_s, u"am"_s, u"start"_s, u"-W"_s, u"-n"_s, component}});
-    row(u"stop"_s, {{u"-s"_s, S, u"shell"_s, u"am"_s, u"force-stop"_s, P}});
+    row(u"stop"_s, {forceStopLine(S, P)});
     row(u"list"_s, {{u"-s"_s, S, u"shell"_s, u"pm"_s, u"list"_s, u"packages"_s, u"-3"_s}});
     row(u"screenshot"_s, {{u"-s"_s, S, u"exec-out"_s, u"screencap"_s, u"-p"_s}});
     row(u"log"_s, {logArguments});
@@ -153,42 +115,6 @@ void CommandLinesTest::arriveAtTheChildAsTheyAre()
         QCOMPARE(QString::fromUtf8(call.argv.first()), adb().path());
         QCOMPARE(call.input, gesture == u"pair" ? QByteArray("123456\n") : QByteArray());
     }
-}
-
-void CommandLinesTest::childOfACommandInheritsOnlyItsThreeStreams()
-{
-    for (const QString &gesture : {u"refresh"_s, u"pair"_s}) {
-        adb().forgetCalls();
-        perform(gesture);
-        const QStringList held = adb().calls().first().descriptors;
-        QCOMPARE(held.size(), 3);
-        if (gesture == u"pair")
-            QVERIFY2(held[0].startsWith(u"0 pipe:"), qUtf8Printable(held[0]));
-        else
-            QCOMPARE(held[0], u"0 /dev/null"_s);
-        const QString capture = u" "_s + QDir::tempPath() + u"/varda-"_s;
-        QVERIFY2(held[1].startsWith(u'1' + capture) && held[1].endsWith(u"/stdout"), qUtf8Printable(held[1]));
-        QVERIFY2(held[2].startsWith(u'2' + capture) && held[2].endsWith(u"/stderr"), qUtf8Printable(held[2]));
-    }
-}
-
-void CommandLinesTest::childOfACommandInheritsTheEnvironmentAndTheDirectoryUnchanged()
-{
-    qputenv("VARDA_TEST_VARIABLE", "with = sign, 'quotes' and ümlauts");
-    perform(u"refresh"_s);
-    const ToolCall call = adb().calls().first();
-    QCOMPARE(call.environment, ownEnvironment());
-    QCOMPARE(call.workingDirectory, QDir::currentPath());
-    qunsetenv("VARDA_TEST_VARIABLE");
-}
-
-void CommandLinesTest::childOfACommandStartsWithNoSignalBlockedAndPipeErrorsFatal()
-{
-    perform(u"refresh"_s);
-    const ToolCall call = adb().calls().first();
-    QCOMPARE(statusField(call, u"SigBlk"_s), u"0000000000000000"_s);
-    const quint64 ignored = statusField(call, u"SigIgn"_s).toULongLong(nullptr, 16);
-    QCOMPARE(ignored & (1U << (SIGPIPE - 1)), 0U);
 }
 
 QTEST_GUILESS_MAIN(CommandLinesTest)

@@ -13,7 +13,6 @@ private Q_SLOTS:
     void exportsTheShownTextAsUtf8_data();
     void exportsTheShownTextAsUtf8();
     void cancelledExportChangesNothing();
-    void exportReplacesAnExistingFile();
     void unwritableExportIsAnErrorAndNothingElse();
     void exportsWhatIsShownWhenTheDialogCloses();
     void exportsWhileBusy();
@@ -53,14 +52,6 @@ void ConsoleExportTest::cancelledExportChangesNothing()
     model->exportLogs();
     QCOMPARE(dialogs->saveQuestions.size(), 1);
     QCOMPARE(writes->take(), QStringList());
-}
-
-void ConsoleExportTest::exportReplacesAnExistingFile()
-{
-    model->logs = u"new"_s;
-    dialogs->locations = {makeFile(u"log.txt"_s, QByteArray(1000, 'o'))};
-    model->exportLogs();
-    QCOMPARE(contents(scratch(u"log.txt"_s)), QByteArray("new"));
 }
 
 void ConsoleExportTest::unwritableExportIsAnErrorAndNothingElse()

@@ -70,11 +70,8 @@ public:
         QDir().mkpath(folder);
         m_mounted = mount("none", m_folder.constData(), "tmpfs", 0, "size=64k") == 0;
     }
-    SmallDisk(const SmallDisk &) = delete;
-    SmallDisk(SmallDisk &&) = delete;
-    SmallDisk &operator=(const SmallDisk &) = delete;
-    SmallDisk &operator=(SmallDisk &&) = delete;
     ~SmallDisk() { umount2(m_folder.constData(), MNT_DETACH); }
+    Q_DISABLE_COPY_MOVE(SmallDisk)
 
     bool mounted() const { return m_mounted; }
     bool makeReadOnly() const

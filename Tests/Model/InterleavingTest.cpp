@@ -34,7 +34,6 @@ private Q_SLOTS:
     void readDuringAnActionLeavesItsTextsAlone();
     void listingDuringAConnectionMayEndInAnyOrder();
     void readsThatOverlapEachPublishTheirOwn();
-    void removingTheToolMidwayFailsOnlyTheNextStep();
 };
 
 void InterleavingTest::modelReleasedDuringAReadOrARefreshEndsWithIt_data()
@@ -147,21 +146,6 @@ void InterleavingTest::readsThatOverlapEachPublishTheirOwn()
     tools->open(u"first"_s);
     QCoro::waitFor(first);
     QCOMPARE(model->logs(), u"first\n"_s);
-}
-
-void InterleavingTest::removingTheToolMidwayFailsOnlyTheNextStep()
-{
-    const QStringList resolve = resolveLine(serial, u"com.example.app"_s);
-    selectPhone();
-    model->packageName = u"com.example.app"_s;
-    adb().on(resolve).waitsFor(u"go"_s).prints("com.example.app/.Main\n");
-    model->appAction(true);
-    QVERIFY(called(adb(), resolve));
-    QVERIFY(QFile::rename(adb().path(), adb().path() + u".away"));
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
-    QCOMPARE(model->error(), std::optional(adb().path() + u": No such file or directory"));
-    QCOMPARE(model->status(), u"Launching app… failed."_s);
 }
 
 QTEST_GUILESS_MAIN(InterleavingTest)

@@ -35,7 +35,6 @@ private Q_SLOTS:
     void stopWithoutAMirrorSilencesTheNextOnesFailure();
     void otherActionsWorkWhileItRuns();
     void itOutlivesChangesOfTheSelection();
-    void revokedPhoneEndsItWithTheExitMessage();
     void stopOfTheModelAsksItToEndSilently();
     void slowEndIsNeverForced();
     void destroyedModelLeavesItRunning();
@@ -45,11 +44,8 @@ private Q_SLOTS:
 
 void MirrorEndTest::closedWindowEndsItSilentlyAndKeepsTheStatus()
 {
-    selectPhone();
     scrcpy().on(command()).waitsFor(u"close"_s);
-    model->mirrorPhone(false);
-    QVERIFY(called(scrcpy(), command()));
-    writes->take();
+    startMirror();
     tools->open(u"close"_s);
     COMPARE_SOON(model->mirrorRunning(), false);
     settle();
@@ -73,11 +69,8 @@ void MirrorEndTest::failureIsReportedWithItsStatus()
 {
     QFETCH(int, exitCode);
     QFETCH(int, signal);
-    selectPhone();
     scrcpy().on(command()).waitsFor(u"end"_s).exits(exitCode).diesBy(signal);
-    model->mirrorPhone(false);
-    QVERIFY(called(scrcpy(), command()));
-    writes->take();
+    startMirror();
     tools->open(u"end"_s);
     COMPARE_SOON(model->mirrorRunning(), false);
     COMPARE_SOON(model->error().has_value(), true);
@@ -93,7 +86,9 @@ void MirrorEndTest::endingBeforeTheLaunchCallReturnsIsReportedAfterIt()
         model->error = std::nullopt;
         writes->take();
         model->mirrorPhone(false);
-        QTest::qSleep(20); // the child has ended before the event loop turns
+        // The child has ended before the event loop turns.
+        while (scrcpy().calls().size() <= i || !scrcpy().calls().last().ended)
+            QTest::qSleep(1);
         QVERIFY(model->mirrorRunning());
         COMPARE_SOON(model->error(), std::optional(stopped(1)));
         QStringList all = writes->take();
@@ -114,14 +109,11 @@ void MirrorEndTest::stopRequestEndsItSilentlyWhateverTheStatus_data()
 void MirrorEndTest::stopRequestEndsItSilentlyWhateverTheStatus()
 {
     QFETCH(int, exitCode);
-    selectPhone();
     if (exitCode < 0)
         scrcpy().on(command()).hangs();
     else
         scrcpy().on(command()).hangs().exitsOnTermination(exitCode);
-    model->mirrorPhone(false);
-    QVERIFY(called(scrcpy(), command()));
-    writes->take();
+    startMirror();
     model->mirrorPhone(false);
     QCOMPARE(writes->take(), QStringList());
     QVERIFY(model->mirrorRunning());
@@ -145,11 +137,8 @@ void MirrorEndTest::recordButtonStopsALiveMirror()
 
 void MirrorEndTest::twoQuickStopRequestsAreTwoRequestsAndOneSilentEnd()
 {
-    selectPhone();
     scrcpy().on(command()).hangs().exitsOnTermination(1, u"finish"_s);
-    model->mirrorPhone(false);
-    QVERIFY(called(scrcpy(), command()));
-    writes->take();
+    startMirror();
     model->mirrorPhone(false);
     COMPARE_SOON(scrcpy().calls().first().terminationRequests, 1);
     model->mirrorPhone(true);
@@ -217,25 +206,10 @@ void MirrorEndTest::itOutlivesChangesOfTheSelection()
     QVERIFY(!scrcpy().calls().first().ended);
 }
 
-void MirrorEndTest::revokedPhoneEndsItWithTheExitMessage()
-{
-    selectPhone();
-    scrcpy().on(command()).waitsFor(u"revoked"_s).exits(1);
-    model->mirrorPhone(false);
-    QVERIFY(called(scrcpy(), command()));
-    model->devices = {device(serial, u"unauthorized"_s)};
-    tools->open(u"revoked"_s);
-    COMPARE_SOON(model->error(), std::optional(stopped(1)));
-    QVERIFY(!model->mirrorRunning());
-}
-
 void MirrorEndTest::stopOfTheModelAsksItToEndSilently()
 {
-    selectPhone();
     scrcpy().on(command()).hangs().exitsOnTermination(1);
-    model->mirrorPhone(false);
-    QVERIFY(called(scrcpy(), command()));
-    writes->take();
+    startMirror();
     model->stop();
     QVERIFY(model->mirrorRunning());
     COMPARE_SOON(model->mirrorRunning(), false);
@@ -246,10 +220,8 @@ void MirrorEndTest::stopOfTheModelAsksItToEndSilently()
 
 void MirrorEndTest::slowEndIsNeverForced()
 {
-    selectPhone();
     scrcpy().on(command()).hangs().exitsOnTermination(0, u"written"_s);
-    model->mirrorPhone(false);
-    QVERIFY(called(scrcpy(), command()));
+    startMirror();
     model->stop();
     COMPARE_SOON(scrcpy().calls().first().terminationRequests, 1);
     QTest::qWait(800); // longer than the runner gives a command before it kills it
@@ -262,10 +234,8 @@ void MirrorEndTest::slowEndIsNeverForced()
 
 void MirrorEndTest::destroyedModelLeavesItRunning()
 {
-    selectPhone();
     scrcpy().on(command()).staysUntil(u"end"_s).exitsOnTermination(0);
-    model->mirrorPhone(false);
-    QVERIFY(called(scrcpy(), command()));
+    startMirror();
     const std::weak_ptr<varda::VardaModel> watched = model;
     writes.reset();
     model.reset();
@@ -288,10 +258,10 @@ void MirrorEndTest::destroyedModelNoLongerHearsOfItsEnd()
         another->devices = {device(serial)};
         another->selectedID = serial;
         another->mirrorPhone(false);
-        QTest::qSleep(i);
+        QTest::qSleep(i); // at another moment of the child's life each time
         another.reset();
-        QTest::qWait(5);
     }
+    settle();
 }
 
 void MirrorEndTest::reopensAgainAndAgain()

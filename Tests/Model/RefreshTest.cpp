@@ -32,7 +32,6 @@ private:
 private Q_SLOTS:
     void publishesTheListInTheToolsOrder();
     void republishesAnUnchangedList();
-    void runsOnAnIdleEventLoop();
     void startedOneNeedsNobodyToAwaitIt();
     void choosesFirst_data();
     void choosesFirst();
@@ -51,7 +50,6 @@ private Q_SLOTS:
     void unlaunchableToolIsReportedInStatus();
     void hangingToolTimesOutAfterEightSecondsAndThePreviousListStays();
     void laterFinisherOfTwoWins();
-    void manyAtOnceAllEnd();
     void leavesBusyAndErrorAlone();
 };
 
@@ -82,23 +80,6 @@ void RefreshTest::republishesAnUnchangedList()
     writes->take();
     refresh();
     QCOMPARE(writes->take(), QStringList({u"same"_s}));
-}
-
-void RefreshTest::runsOnAnIdleEventLoop()
-{
-    adb().on(listing).waitsFor(u"go"_s).prints(listingOf("A\tdevice\n"));
-    auto listed = model->refresh();
-    QVERIFY(called(adb(), listing));
-    int turns = 0;
-    QTimer clock;
-    QObject::connect(&clock, &QTimer::timeout, this, [&] {
-        if (++turns == 5)
-            tools->open(u"go"_s);
-    });
-    clock.start(1);
-    QCoro::waitFor(listed);
-    QVERIFY(turns >= 5);
-    QCOMPARE(serials(), QStringList({u"A"_s}));
 }
 
 void RefreshTest::startedOneNeedsNobodyToAwaitIt()
@@ -328,18 +309,6 @@ void RefreshTest::laterFinisherOfTwoWins()
     QCoro::waitFor(first);
     QCOMPARE(serials(), QStringList({u"A"_s}));
     QCOMPARE(model->selectedID(), std::optional(u"B"_s));
-}
-
-void RefreshTest::manyAtOnceAllEnd()
-{
-    adb().on(listing).prints(listingOf("A\tdevice\n"));
-    std::list<QCoro::Task<>> inFlight;
-    for (int i = 0; i < 30; ++i)
-        inFlight.push_back(model->refresh());
-    for (QCoro::Task<> &each : inFlight)
-        QCoro::waitFor(each);
-    QCOMPARE(adb().count(listing), 30);
-    QCOMPARE(serials(), QStringList({u"A"_s}));
 }
 
 void RefreshTest::leavesBusyAndErrorAlone()

@@ -27,11 +27,9 @@ private Q_SLOTS:
     void cancelledScreenshotRunsNothing();
     void screenshotIsSavedByteForByte_data();
     void screenshotIsSavedByteForByte();
-    void screenshotReplacesAnExistingFile();
     void outputThatIsNoPngIsNotSaved_data();
     void outputThatIsNoPngIsNotSaved();
     void failedCaptureKeepsAnExistingFile();
-    void unwritableScreenshotIsAFailure();
     void actionStartedUnderTheOpenDialogDropsTheScreenshot();
     void screenshotIsTakenFromThePhoneOfTheClick();
 };
@@ -88,16 +86,6 @@ void ScreenshotTest::screenshotIsSavedByteForByte()
     QCOMPARE(contents(scratch(name)), image);
 }
 
-void ScreenshotTest::screenshotReplacesAnExistingFile()
-{
-    selectPhone();
-    dialogs->locations = {makeFile(u"shot.png"_s, QByteArray(100, 'o'))};
-    adb().on(capture).prints(pngSignature);
-    perform([this] { model->screenshot(); });
-    QCOMPARE(contents(scratch(u"shot.png"_s)), pngSignature);
-    QCOMPARE(QDir(scratch({})).entryList(QDir::Files), QStringList({u"shot.png"_s}));
-}
-
 void ScreenshotTest::outputThatIsNoPngIsNotSaved_data()
 {
     QTest::addColumn<QByteArray>("output");
@@ -127,19 +115,6 @@ void ScreenshotTest::failedCaptureKeepsAnExistingFile()
     perform([this] { model->screenshot(); });
     QCOMPARE(writes->take(), failure(capturing, u"error: closed"_s));
     QCOMPARE(contents(scratch(u"shot.png"_s)), QByteArray("old"));
-}
-
-void ScreenshotTest::unwritableScreenshotIsAFailure()
-{
-    selectPhone();
-    const QString path = scratch(u"no such folder/shot.png"_s);
-    dialogs->locations = {path};
-    adb().on(capture).prints(pngSignature);
-    perform([this] { model->screenshot(); });
-    const QStringList all = writes->take();
-    QCOMPARE(all, failure(capturing, model->error().value_or(QString())));
-    QVERIFY2(model->error()->contains(path) && model->error()->contains(u"No such file or directory"),
-             qUtf8Printable(*model->error()));
 }
 
 void ScreenshotTest::actionStartedUnderTheOpenDialogDropsTheScreenshot()

@@ -25,6 +25,8 @@ class WirelessTest : public ModelTest
 private:
     void typePairing(const QString &address = pairEndpoint);
     void typeConnection(const QString &address = endpoint);
+    /// Connects to the endpoint; adb answers, and then lists these devices.
+    void connectAndList(const QByteArray &rows, const QByteArray &answer = "connected to 192.168.1.50:41111\n");
 
 private Q_SLOTS:
     void addressesAreTrimmedAndKeptAsTyped();
@@ -32,7 +34,6 @@ private Q_SLOTS:
 
     void badConnectionInputIsRefused_data();
     void badConnectionInputIsRefused();
-    void connectingWhileBusyHasNoEffectAtAll();
     void badConnectionInputIsReportedEvenWhileBusy();
     void answerOfTheToolIsTheStatus_data();
     void answerOfTheToolIsTheStatus();
@@ -63,6 +64,14 @@ void WirelessTest::typeConnection(const QString &address)
 {
     model->connectEndpoint = address;
     writes->take();
+}
+
+void WirelessTest::connectAndList(const QByteArray &rows, const QByteArray &answer)
+{
+    typeConnection();
+    adb().on(connecting).prints(answer);
+    adb().on(listing).prints(listingOf(rows));
+    perform([this] { model->connect(); });
 }
 
 void WirelessTest::addressesAreTrimmedAndKeptAsTyped()
@@ -115,18 +124,6 @@ void WirelessTest::badConnectionInputIsRefused()
     QCOMPARE(adb().calls().size(), 0);
 }
 
-void WirelessTest::connectingWhileBusyHasNoEffectAtAll()
-{
-    typeConnection();
-    model->busy = true;
-    writes->take();
-    model->connect();
-    settle();
-    QCOMPARE(writes->take(), QStringList());
-    QCOMPARE(adb().calls().size(), 0);
-    model->busy = false;
-}
-
 void WirelessTest::badConnectionInputIsReportedEvenWhileBusy()
 {
     model->busy = true;
@@ -152,10 +149,7 @@ void WirelessTest::answerOfTheToolIsTheStatus()
 {
     QFETCH(QByteArray, output);
     QFETCH(QString, status);
-    typeConnection();
-    adb().on(connecting).prints(output);
-    adb().on(listing).prints("List of devices attached\n192.168.1.50:41111\tdevice\n");
-    perform([this] { model->connect(); });
+    connectAndList("192.168.1.50:41111\tdevice\n", output);
     QCOMPARE(model->status(), status);
     QCOMPARE(model->error(), std::nullopt);
 }
@@ -205,11 +199,7 @@ void WirelessTest::connectedPhoneBecomesTheSelectionAndTheConsoleIsEmptied()
     selectPhone();
     model->logging = true;
     model->logs = u"of the other phone"_s;
-    typeConnection();
-    adb().on(connecting).prints("connected to 192.168.1.50:41111\n");
-    adb().on(listing).prints("List of devices attached\n" + serial.toUtf8() +
-                             "\tdevice\n192.168.1.50:41111\tdevice model:Pixel_8\n");
-    perform([this] { model->connect(); });
+    connectAndList(serial.toUtf8() + "\tdevice\n192.168.1.50:41111\tdevice model:Pixel_8\n");
     QCOMPARE(writes->take(), QStringList({u"busy=true"_s, u"status="_s + connectingText,
                                           u"devices=[R58M42ABCDE:device 192.168.1.50:41111:device]"_s,
                                           u"selectedID=192.168.1.50:41111"_s, u"logging=false"_s, u"logs="_s,
@@ -221,11 +211,7 @@ void WirelessTest::phoneListedUnderAnotherNameLeavesTheSelectionAndTheConsole()
     selectPhone();
     model->logging = true;
     model->logs = u"lines"_s;
-    typeConnection();
-    adb().on(connecting).prints("connected to 192.168.1.50:41111\n");
-    adb().on(listing).prints("List of devices attached\n" + serial.toUtf8() +
-                             "\tdevice\nadb-R5-x._adb-tls-connect._tcp\tdevice\n192.168.1.50:4111\tdevice\n");
-    perform([this] { model->connect(); });
+    connectAndList(serial.toUtf8() + "\tdevice\nadb-R5-x._adb-tls-connect._tcp\tdevice\n192.168.1.50:4111\tdevice\n");
     QCOMPARE(model->selectedID(), std::optional(serial));
     QVERIFY(model->logging());
     QCOMPARE(model->logs(), u"lines"_s);
@@ -237,10 +223,7 @@ void WirelessTest::phoneSelectedAlreadyLeavesTheConsole()
     selectPhone(device(endpoint));
     model->logging = true;
     model->logs = u"lines"_s;
-    typeConnection();
-    adb().on(connecting).prints("already connected to 192.168.1.50:41111\n");
-    adb().on(listing).prints("List of devices attached\n192.168.1.50:41111\tdevice model:Pixel_7\n");
-    perform([this] { model->connect(); });
+    connectAndList("192.168.1.50:41111\tdevice model:Pixel_7\n", "already connected to 192.168.1.50:41111\n");
     QCOMPARE(writes->take(), QStringList({u"busy=true"_s, u"status="_s + connectingText, u"same"_s, u"same"_s,
                                           u"status=already connected to 192.168.1.50:41111"_s, u"busy=false"_s}));
     QVERIFY(model->logging());
@@ -248,20 +231,14 @@ void WirelessTest::phoneSelectedAlreadyLeavesTheConsole()
 
 void WirelessTest::firstConnectionEverSelectsThePhone()
 {
-    typeConnection();
-    adb().on(connecting).prints("connected to 192.168.1.50:41111\n");
-    adb().on(listing).prints("List of devices attached\nR5\tdevice\n192.168.1.50:41111\toffline\n");
-    perform([this] { model->connect(); });
+    connectAndList("R5\tdevice\n192.168.1.50:41111\toffline\n");
     QCOMPARE(model->selectedID(), std::optional(endpoint));
     QCOMPARE(model->selected()->state, u"offline"_s);
 }
 
 void WirelessTest::connectionTakesWhatTheRefreshChoseWhereItIsNotListed()
 {
-    typeConnection();
-    adb().on(connecting).prints("connected to 192.168.1.50:41111\n");
-    adb().on(listing).prints("List of devices attached\nR5\tdevice\n");
-    perform([this] { model->connect(); });
+    connectAndList("R5\tdevice\n");
     QCOMPARE(model->selectedID(), std::optional(u"R5"_s));
     adb().on(listing).prints("List of devices attached\n");
     model->selectedID = std::nullopt;

@@ -49,12 +49,6 @@ protected:
     /// in flight ("idle"), all there ("nothing"), or the phone in that state. These writes are not recorded.
     void arrangeMissing(const QString &missing);
 
-    /// The rows of a test of tools that cannot be launched: what is the "trouble" with the tool, and the "reason" that
-    /// the user is told.
-    static void addBrokenToolRows();
-    /// Arranges what a row of these says.
-    static void breakTool(const StandInTool &tool, const QString &trouble);
-
     /// Calls `start` and waits for the end of the action that it starts.
     void perform(const std::function<void()> &start);
     /// Waits until the tool has been called `times` times with these arguments.

@@ -1,6 +1,5 @@
 // What a user types stays what it is: the pairing code reaches adb and nothing else, no typed text becomes an option,
 // and no text reaches a shell.
-#include "Children.h"
 #include "Support/ModelTest.h"
 
 #include <QDir>
@@ -106,8 +105,7 @@ void SecurityTest::searchFindsTheCodeWhereItIs()
     QVERIFY(found.contains(file.fileName()));
     QVERIFY(found.contains(u"/proc/%1/environ"_s.arg(adb().calls().first().pid)));
     QVERIFY(file.remove());
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+    letGo();
 }
 
 void SecurityTest::pairingCodeReachesAdbAndNothingElse_data()
@@ -136,8 +134,7 @@ void SecurityTest::pairingCodeReachesAdbAndNothingElse()
     const QStringList during = placesHolding(secretCode, places());
     QCOMPARE(model->pairingCode(), QString());
     const QByteArray input = adb().calls().first().input;
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+    letGo();
 
     model->pairingCode = secretCode;
     adb().onAnything().prints(output).exits(exitCode);

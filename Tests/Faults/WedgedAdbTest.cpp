@@ -1,6 +1,4 @@
 // An adb that is stuck or gone wild: the event loop keeps turning, and the command ends as it should.
-#include "Children.h"
-
 #include "Support/ProcessCensus.h"
 #include "Support/StandIn.h"
 #include "Support/Wait.h"
@@ -108,7 +106,7 @@ private:
 
     void endFlood(const Ending *ending)
     {
-        const QStringList children = test::childProcesses();
+        const QStringList children = childProcesses();
         QCOMPARE(children.size(), 1);
         ::kill(children.first().toInt(), SIGTERM);
         VERIFY_SOON(ending->ended);

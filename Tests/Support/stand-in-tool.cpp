@@ -1,4 +1,5 @@
-// stand-in-tool: plays adb or scrcpy as a test has scripted it, and keeps a record of how it was called.
+// stand-in-tool: plays adb or scrcpy as a test has scripted it, and keeps a record of how it was called. Its arguments
+// are the product's, so unlike stand-in it takes its orders from files.
 //
 // A test stages it under the name of the tool. What it does stands in the directory "<itself>.script":
 //   rules/<number>-<key>/   answers the arguments with this key (see `keyOf`), "any": whatever the arguments

@@ -27,7 +27,7 @@ QString lines(const QString &name, int count)
 
 } // namespace
 
-class ConsoleTest final : public QObject
+class ConsoleTest final : public ViewTest
 {
     Q_OBJECT
 
@@ -54,7 +54,6 @@ private:
     QScrollBar *page() const { return fixture->find<QScrollArea>("mainColumn")->verticalScrollBar(); }
 
     std::optional<test::StandInTools> tools;
-    std::optional<ViewFixture> fixture;
     ConsoleText *text = nullptr;
 };
 
@@ -62,7 +61,7 @@ void ConsoleTest::init()
 {
     tools.emplace();
     tools->adb().on(listing).waitsFor(u"go"_s).prints(lines(u"package:org.example.app"_s, 60).toUtf8());
-    fixture.emplace();
+    ViewTest::init();
     fixture->view->resize(980, 700);
     fixture->attach(readyPhone);
     fixture->show();
@@ -71,7 +70,7 @@ void ConsoleTest::init()
 
 void ConsoleTest::cleanup()
 {
-    fixture.reset();
+    ViewTest::cleanup();
     tools.reset();
 }
 

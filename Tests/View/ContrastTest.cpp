@@ -65,7 +65,7 @@ QImage filled(const QImage &like, const QColor &colour)
 
 } // namespace
 
-class ContrastTest final : public QObject
+class ContrastTest final : public ViewTest
 {
     Q_OBJECT
 
@@ -123,15 +123,13 @@ void ContrastTest::outlinesWhatCanBeUsed_data()
 void ContrastTest::outlinesWhatCanBeUsed()
 {
     QFETCH(QByteArray, name);
-    ViewFixture fixture;
-    fixture.attach(readyPhone);
-    fixture.model->wireless = name == "doneButton" || name == "pairingEndpointField";
-    fixture.settle();
-    fixture.show();
-    const QWidget *widget = fixture.find(name.constData());
+    fixture->attach(readyPhone);
+    fixture->model->wireless = name == "doneButton" || name == "pairingEndpointField";
+    fixture->show();
+    const QWidget *widget = fixture->find(name.constData());
     QTRY_VERIFY(widget->isVisible());
-    bringIntoSight(fixture, widget);
-    fixture.find(fixture.model->wireless() ? "pairingCodeField" : "mainColumn")->setFocus();
+    bringIntoSight(*fixture, widget);
+    fixture->find(fixture->model->wireless() ? "pairingCodeField" : "mainColumn")->setFocus();
     const QImage picture = widget->window()->grab().toImage();
     const QRect place(widget->mapTo(widget->window(), QPoint(0, 0)), widget->size());
     // The upper edge, clear of its round corners, and the ground above it; inside the drop zone the ground is the same.
@@ -151,17 +149,15 @@ void ContrastTest::showsTheScrollThumb_data()
 void ContrastTest::showsTheScrollThumb()
 {
     QFETCH(QByteArray, name);
-    ViewFixture fixture;
-    fixture.model->devices = QList<AndroidDevice>(11, readyPhone);
-    fixture.model->logs = u"a line\n"_s.repeated(350);
-    fixture.settle();
-    fixture.show();
-    auto *area = fixture.find<QAbstractScrollArea>(name.constData());
-    bringIntoSight(fixture, area);
+    fixture->model->devices = QList<AndroidDevice>(11, readyPhone);
+    fixture->model->logs = u"a line\n"_s.repeated(350);
+    fixture->show();
+    auto *area = fixture->find<QAbstractScrollArea>(name.constData());
+    bringIntoSight(*fixture, area);
     const auto *bar = area->verticalScrollBar();
     QVERIFY(bar->isVisible() && bar->maximum() > 0);
-    const QImage picture = fixture.view->grab().toImage();
-    const QRect place(bar->mapTo(fixture.view.get(), QPoint(0, 0)), bar->size());
+    const QImage picture = fixture->view->grab().toImage();
+    const QRect place(bar->mapTo(fixture->view.get(), QPoint(0, 0)), bar->size());
     const QColor ground = picture.pixelColor(place.left(), place.center().y());
     const double ratio = greatestContrast(picture, filled(picture, ground), place);
     QVERIFY2(ratio >= 3, qPrintable(u"contrast is %1"_s.arg(ratio)));
@@ -169,10 +165,9 @@ void ContrastTest::showsTheScrollThumb()
 
 void ContrastTest::tellsTheSelectedRow()
 {
-    ViewFixture fixture;
-    fixture.attach(readyPhone);
-    fixture.show();
-    auto *row = fixture.find<DeviceRow>("deviceRow");
+    fixture->attach(readyPhone);
+    fixture->show();
+    auto *row = fixture->find<DeviceRow>("deviceRow");
     const QImage selected = row->grab().toImage();
     row->setDevice(readyPhone, false);
     const double ratio = greatestContrast(selected, row->grab().toImage(), row->rect());

@@ -5,6 +5,7 @@
 #include <QAbstractButton>
 #include <QAbstractScrollArea>
 #include <QAction>
+#include <QInputMethodEvent>
 #include <QLineEdit>
 #include <QMenu>
 #include <QScrollArea>
@@ -34,7 +35,7 @@ constexpr std::array controls{"refreshButton", "wirelessButton", "chooseButton",
 
 Q_DECLARE_METATYPE(Situation)
 
-class ControlsTest final : public QObject
+class ControlsTest final : public ViewTest
 {
     Q_OBJECT
 
@@ -43,6 +44,7 @@ private Q_SLOTS:
     void disablesWhatCannotWork();
     void bindsFieldsBothWays_data();
     void bindsFieldsBothWays();
+    void codeInUseStaysGoneWhateverIsCommittedLate();
     void invertsLogging();
     void opensTheSheet();
     void asksForABuildAndForAnExport();
@@ -96,31 +98,32 @@ void ControlsTest::disablesWhatCannotWork()
 {
     QFETCH(Situation, situation);
     QFETCH(QStringList, disabled);
-    ViewFixture fixture;
     if (situation.selected)
-        fixture.attach(*situation.selected);
-    fixture.model->busy = situation.busy;
+        fixture->attach(*situation.selected);
+    fixture->model->busy = situation.busy;
     if (situation.build)
-        fixture.model->apk = QUrl(u"file:///tmp/demo.apk"_s);
-    fixture.model->mirrorRunning = situation.mirror;
-    fixture.model->logs = situation.logs ? u"a line"_s : QString();
-    fixture.settle();
+        fixture->model->apk = QUrl(u"file:///tmp/demo.apk"_s);
+    fixture->model->mirrorRunning = situation.mirror;
+    fixture->model->logs = situation.logs ? u"a line"_s : QString();
+    fixture->settle();
 
     QStringList found;
     for (const char *name : controls) {
-        if (!fixture.find(name)->isEnabled())
+        if (!fixture->find(name)->isEnabled())
             found << QString::fromLatin1(name);
     }
     found.sort();
     disabled.sort();
     QCOMPARE(found, disabled);
 
-    const auto action = [&](const char *name) { return fixture.view->findChild<QAction *>(QString::fromLatin1(name)); };
+    const auto action = [&](const char *name) {
+        return fixture->view->findChild<QAction *>(QString::fromLatin1(name));
+    };
     for (const QString &name : {u"refresh"_s, u"wireless"_s, u"export"_s, u"install"_s, u"record"_s, u"launch"_s,
                                 u"stop"_s, u"list"_s, u"screenshot"_s, u"logs"_s})
-        QCOMPARE(fixture.view->findChild<QAction *>(name + u"Action")->isEnabled(),
-                 fixture.view->findChild<QAbstractButton *>(name + u"Button")->isEnabled());
-    QCOMPARE(action("livePhoneAction")->isEnabled(), fixture.find("mirrorButton")->isEnabled());
+        QCOMPARE(fixture->view->findChild<QAction *>(name + u"Action")->isEnabled(),
+                 fixture->view->findChild<QAbstractButton *>(name + u"Button")->isEnabled());
+    QCOMPARE(action("livePhoneAction")->isEnabled(), fixture->find("mirrorButton")->isEnabled());
     QVERIFY(action("chooseAction")->isEnabled());
 }
 
@@ -136,111 +139,119 @@ void ControlsTest::bindsFieldsBothWays_data()
 void ControlsTest::bindsFieldsBothWays()
 {
     QFETCH(int, property);
-    ViewFixture fixture;
-    const std::array<Published<QString> *, 4> properties{&fixture.model->packageName, &fixture.model->pairingEndpoint,
-                                                         &fixture.model->pairingCode, &fixture.model->connectEndpoint};
+    const std::array<Published<QString> *, 4> properties{&fixture->model->packageName, &fixture->model->pairingEndpoint,
+                                                         &fixture->model->pairingCode,
+                                                         &fixture->model->connectEndpoint};
     Published<QString> &value = *properties.at(static_cast<std::size_t>(property));
-    auto *field = fixture.find<QLineEdit>(QTest::currentDataTag());
+    auto *field = fixture->find<QLineEdit>(QTest::currentDataTag());
 
     QTest::keyClicks(field, u" 12 "_s);
     QCOMPARE(value(), u" 12 "_s); // untrimmed: trimming is the model's
     value = u"from the model"_s;
     QCOMPARE(field->text(), u" 12 "_s); // not before the next turn
-    fixture.settle();
+    fixture->settle();
     QCOMPARE(field->text(), u"from the model"_s);
 
     field->setCursorPosition(4);
     value = u"from the model"_s;
-    fixture.settle();
+    fixture->settle();
     QCOMPARE(field->cursorPosition(), 4);
     field->clear();
     QCOMPARE(value(), QString());
 }
 
+void ControlsTest::codeInUseStaysGoneWhateverIsCommittedLate()
+{
+    fixture->model->pairingEndpoint = u"192.168.1.50:37123"_s;
+    auto *code = fixture->find<QLineEdit>("pairingCodeField");
+    QTest::keyClicks(code, u"482913"_s);
+    fixture->model->pair();
+    QInputMethodEvent late;
+    late.setCommitString(u"7"_s);
+    QCoreApplication::sendEvent(code, &late);
+    QCOMPARE(fixture->model->pairingCode(), QString());
+    fixture->settle();
+    QCOMPARE(fixture->model->pairingCode(), QString());
+    QCOMPARE(code->text(), QString());
+
+    QTest::keyClicks(code, u"551203"_s);
+    QCOMPARE(fixture->model->pairingCode(), u"551203"_s);
+}
+
 void ControlsTest::invertsLogging()
 {
-    ViewFixture fixture;
-    fixture.attach(readyPhone);
-    auto *button = fixture.find<QAbstractButton>("logsButton");
+    fixture->attach(readyPhone);
+    auto *button = fixture->find<QAbstractButton>("logsButton");
     button->click();
-    QVERIFY(fixture.model->logging());
-    fixture.settle();
+    QVERIFY(fixture->model->logging());
+    fixture->settle();
     button->click();
-    QVERIFY(!fixture.model->logging());
+    QVERIFY(!fixture->model->logging());
 }
 
 void ControlsTest::opensTheSheet()
 {
-    ViewFixture fixture;
-    fixture.find<QAbstractButton>("wirelessButton")->click();
-    QVERIFY(fixture.model->wireless());
+    fixture->find<QAbstractButton>("wirelessButton")->click();
+    QVERIFY(fixture->model->wireless());
 }
 
 void ControlsTest::asksForABuildAndForAnExport()
 {
-    ViewFixture fixture;
-    fixture.find<QAbstractButton>("chooseButton")->click();
-    QCOMPARE(fixture.dialogs->questions, 1);
-    fixture.model->logs = u"a line"_s;
-    fixture.settle();
-    fixture.find<QAbstractButton>("exportButton")->click();
-    QCOMPARE(fixture.dialogs->questions, 2);
+    fixture->find<QAbstractButton>("chooseButton")->click();
+    QCOMPARE(fixture->dialogs->questions, 1);
+    fixture->model->logs = u"a line"_s;
+    fixture->settle();
+    fixture->find<QAbstractButton>("exportButton")->click();
+    QCOMPARE(fixture->dialogs->questions, 2);
 }
 
 void ControlsTest::refreshesOnTheNextTurn()
 {
-    ViewFixture fixture;
-    const QString before = fixture.model->status();
-    fixture.find<QAbstractButton>("refreshButton")->click();
-    QCOMPARE(fixture.model->status(), before);
+    const QString before = fixture->model->status();
+    fixture->find<QAbstractButton>("refreshButton")->click();
+    QCOMPARE(fixture->model->status(), before);
     // This test has no tools beside it, which is what a refresh then reports.
-    QTRY_COMPARE(fixture.model->status(), u"Android tools are missing from this build."_s);
+    QTRY_COMPARE(fixture->model->status(), u"Android tools are missing from this build."_s);
 }
 
 void ControlsTest::followsTheKeys()
 {
-    ViewFixture fixture;
-    fixture.model->logs = u"a line"_s;
-    fixture.settle();
-    fixture.show();
-    fixture.view->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(fixture.view.get()));
+    fixture->model->logs = u"a line"_s;
+    fixture->activate();
 
-    QTest::keyClick(fixture.view.get(), Qt::Key_O, Qt::ControlModifier);
-    QCOMPARE(fixture.dialogs->questions, 1);
+    QTest::keyClick(fixture->view.get(), Qt::Key_O, Qt::ControlModifier);
+    QCOMPARE(fixture->dialogs->questions, 1);
     for (const auto key : {Qt::Key_S, Qt::Key_E})
-        QTest::keyClick(fixture.view.get(), key, Qt::ControlModifier);
-    QCOMPARE(fixture.dialogs->questions, 3);
-    QTest::keyClick(fixture.view.get(), Qt::Key_F5);
-    QTRY_COMPARE(fixture.model->status(), u"Android tools are missing from this build."_s);
-    fixture.model->status = QString();
-    QTest::keyClick(fixture.view.get(), Qt::Key_R, Qt::ControlModifier);
-    QTRY_COMPARE(fixture.model->status(), u"Android tools are missing from this build."_s);
+        QTest::keyClick(fixture->view.get(), key, Qt::ControlModifier);
+    QCOMPARE(fixture->dialogs->questions, 3);
+    QTest::keyClick(fixture->view.get(), Qt::Key_F5);
+    QTRY_COMPARE(fixture->model->status(), u"Android tools are missing from this build."_s);
+    fixture->model->status = QString();
+    QTest::keyClick(fixture->view.get(), Qt::Key_R, Qt::ControlModifier);
+    QTRY_COMPARE(fixture->model->status(), u"Android tools are missing from this build."_s);
 
-    fixture.model->busy = true;
-    fixture.settle();
-    QTest::keyClick(fixture.view.get(), Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
-    QVERIFY(!fixture.model->wireless());
-    fixture.model->busy = false;
-    fixture.settle();
-    QTest::keyClick(fixture.view.get(), Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
-    QVERIFY(fixture.model->wireless());
+    fixture->model->busy = true;
+    fixture->settle();
+    QTest::keyClick(fixture->view.get(), Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
+    QVERIFY(!fixture->model->wireless());
+    fixture->model->busy = false;
+    fixture->settle();
+    QTest::keyClick(fixture->view.get(), Qt::Key_W, Qt::ControlModifier | Qt::ShiftModifier);
+    QVERIFY(fixture->model->wireless());
 }
 
 void ControlsTest::namesTheKeysInTooltips()
 {
-    const ViewFixture fixture;
-    QVERIFY(fixture.find("chooseButton")->toolTip().contains(u"(Ctrl+O)"));
-    QVERIFY(fixture.find("refreshButton")->toolTip().contains(u"(F5)"));
-    QVERIFY(fixture.find("exportButton")->toolTip().contains(u"(Ctrl+S)"));
-    QVERIFY(fixture.find("wirelessButton")->toolTip().contains(u"(Ctrl+Shift+W)"));
+    QVERIFY(fixture->find("chooseButton")->toolTip().contains(u"(Ctrl+O)"));
+    QVERIFY(fixture->find("refreshButton")->toolTip().contains(u"(F5)"));
+    QVERIFY(fixture->find("exportButton")->toolTip().contains(u"(Ctrl+S)"));
+    QVERIFY(fixture->find("wirelessButton")->toolTip().contains(u"(Ctrl+Shift+W)"));
 }
 
 void ControlsTest::listsTheKeysInTheMenu()
 {
-    const ViewFixture fixture;
     QStringList keys;
-    for (const QAction *action : fixture.view->applicationMenu()->actions()) {
+    for (const QAction *action : fixture->view->applicationMenu()->actions()) {
         if (!action->isSeparator())
             keys << action->text() + u": "_s + action->shortcut().toString();
     }
@@ -254,57 +265,50 @@ void ControlsTest::listsTheKeysInTheMenu()
 
 void ControlsTest::pressesTheFocusedButtonOnReturn()
 {
-    ViewFixture fixture;
-    fixture.show();
+    fixture->show();
     for (const auto key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space})
-        QTest::keyClick(fixture.find("chooseButton"), key);
-    QCOMPARE(fixture.dialogs->questions, 3);
+        QTest::keyClick(fixture->find("chooseButton"), key);
+    QCOMPARE(fixture->dialogs->questions, 3);
 }
 
 void ControlsTest::givesTheFocusBack()
 {
-    ViewFixture fixture;
-    fixture.attach(readyPhone);
-    fixture.show();
-    QWidget *launch = fixture.find("launchButton");
+    fixture->attach(readyPhone);
+    fixture->show();
+    QWidget *launch = fixture->find("launchButton");
     launch->setFocus();
-    fixture.model->busy = true;
-    fixture.settle();
+    fixture->model->busy = true;
+    fixture->settle();
     // On nothing that a key would press.
-    QVERIFY(!qobject_cast<QAbstractButton *>(fixture.view->focusWidget()));
-    fixture.model->busy = false;
-    fixture.settle();
-    QCOMPARE(fixture.view->focusWidget(), launch);
+    QVERIFY(!qobject_cast<QAbstractButton *>(fixture->view->focusWidget()));
+    fixture->model->busy = false;
+    fixture->settle();
+    QCOMPARE(fixture->view->focusWidget(), launch);
 
-    fixture.model->busy = true;
-    fixture.settle();
-    QWidget *package = fixture.find("packageField");
+    fixture->model->busy = true;
+    fixture->settle();
+    QWidget *package = fixture->find("packageField");
     package->setFocus(); // the user went elsewhere
-    fixture.model->busy = false;
-    fixture.settle();
-    QCOMPARE(fixture.view->focusWidget(), package);
+    fixture->model->busy = false;
+    fixture->settle();
+    QCOMPARE(fixture->view->focusWidget(), package);
 }
 
 void ControlsTest::reachesEveryControlByTab()
 {
-    ViewFixture fixture;
-    fixture.model->devices = QList<AndroidDevice>{readyPhone, shyPhone};
-    fixture.model->selectedID = readyPhone.id;
-    fixture.model->apk = QUrl(u"file:///tmp/demo.apk"_s);
-    fixture.model->logs = u"a line"_s;
-    fixture.settle();
-    fixture.show();
-    fixture.view->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(fixture.view.get()));
+    fixture->list({readyPhone, shyPhone}, readyPhone.id);
+    fixture->model->apk = QUrl(u"file:///tmp/demo.apk"_s);
+    fixture->model->logs = u"a line"_s;
+    fixture->activate();
 
-    fixture.find("menuButton")->setFocus();
+    fixture->find("menuButton")->setFocus();
     QStringList order;
     for (int i = 0; i < 40; ++i) {
-        const QString name = fixture.view->focusWidget()->objectName();
+        const QString name = fixture->view->focusWidget()->objectName();
         if (i > 0 && name == u"menuButton")
             break;
         order << name;
-        QTest::keyClick(fixture.view->focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(fixture->view->focusWidget(), Qt::Key_Tab);
     }
     QCOMPARE(order,
              QStringList({u"menuButton"_s, u"refreshButton"_s, u"deviceRow"_s, u"wirelessButton"_s, u"chooseButton"_s,
@@ -315,23 +319,19 @@ void ControlsTest::reachesEveryControlByTab()
 
 void ControlsTest::showsWhatHasTheFocus()
 {
-    ViewFixture fixture;
-    fixture.view->resize(980, 700);
-    fixture.attach(readyPhone);
-    fixture.model->logs = u"a line"_s;
-    fixture.settle();
-    fixture.show();
-    fixture.view->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(fixture.view.get()));
-    const QWidget *status = fixture.find("statusLine");
-    fixture.find("menuButton")->setFocus();
-    QTest::keyClick(fixture.view->focusWidget(), Qt::Key_Tab);
-    fixture.find("chooseButton")->setFocus();
-    for (int i = 0; i < 12 && fixture.view->focusWidget()->objectName() != u"statusText"; ++i) {
-        const QWidget *focused = fixture.view->focusWidget();
-        const QRect place(focused->mapTo(fixture.view.get(), QPoint(0, 0)), focused->size());
-        const QRect floating(status->mapTo(fixture.view.get(), QPoint(0, 0)), status->size());
-        QVERIFY2(fixture.view->rect().contains(place), qPrintable(focused->objectName()));
+    fixture->view->resize(980, 700);
+    fixture->attach(readyPhone);
+    fixture->model->logs = u"a line"_s;
+    fixture->activate();
+    const QWidget *status = fixture->find("statusLine");
+    fixture->find("menuButton")->setFocus();
+    QTest::keyClick(fixture->view->focusWidget(), Qt::Key_Tab);
+    fixture->find("chooseButton")->setFocus();
+    for (int i = 0; i < 12 && fixture->view->focusWidget()->objectName() != u"statusText"; ++i) {
+        const QWidget *focused = fixture->view->focusWidget();
+        const QRect place(focused->mapTo(fixture->view.get(), QPoint(0, 0)), focused->size());
+        const QRect floating(status->mapTo(fixture->view.get(), QPoint(0, 0)), status->size());
+        QVERIFY2(fixture->view->rect().contains(place), qPrintable(focused->objectName()));
         QVERIFY2(!floating.intersects(place), qPrintable(focused->objectName()));
         const QImage without = [&] {
             auto *widget = const_cast<QWidget *>(focused);
@@ -341,9 +341,9 @@ void ControlsTest::showsWhatHasTheFocus()
             return image;
         }();
         QVERIFY2(const_cast<QWidget *>(focused)->grab().toImage() != without, qPrintable(focused->objectName()));
-        QTest::keyClick(fixture.view->focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(fixture->view->focusWidget(), Qt::Key_Tab);
     }
-    QCOMPARE(fixture.view->focusWidget()->objectName(), u"statusText"_s);
+    QCOMPARE(fixture->view->focusWidget()->objectName(), u"statusText"_s);
 }
 
 void ControlsTest::ringsTheFocusAfterAKeyOnly_data()
@@ -356,56 +356,49 @@ void ControlsTest::ringsTheFocusAfterAKeyOnly_data()
 void ControlsTest::ringsTheFocusAfterAKeyOnly()
 {
     QFETCH(QByteArray, name);
-    ViewFixture fixture;
-    fixture.attach(readyPhone);
-    fixture.show();
-    fixture.view->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(fixture.view.get()));
-    auto *widget = fixture.find(name.constData());
+    fixture->attach(readyPhone);
+    fixture->activate();
+    auto *widget = fixture->find(name.constData());
     const auto *area = qobject_cast<const QAbstractScrollArea *>(widget);
     const auto ringed = [widget] {
         return widget->grab().toImage().pixelColor(0, widget->height() / 2) == theme::accent;
     };
     QTest::mouseClick(area ? area->viewport() : widget, Qt::LeftButton, {}, QPoint(1, 1));
-    fixture.settle();
+    fixture->settle();
     if (QWidget *popup = QApplication::activePopupWidget())
         popup->close();
-    QCOMPARE(fixture.view->focusWidget(), widget);
+    QCOMPARE(fixture->view->focusWidget(), widget);
     QVERIFY(!ringed());
     QTest::keyClick(widget, Qt::Key_Shift); // any key that the widget itself has no use for
     QVERIFY(ringed());
-    QTest::mouseClick(fixture.find("productLabel"), Qt::LeftButton); // which takes no focus away
-    QCOMPARE(fixture.view->focusWidget(), widget);
+    QTest::mouseClick(fixture->find("productLabel"), Qt::LeftButton); // which takes no focus away
+    QCOMPARE(fixture->view->focusWidget(), widget);
     QVERIFY(!ringed());
 }
 
 void ControlsTest::keepsItsPlaceBesideAChangingLabel()
 {
-    ViewFixture fixture;
-    fixture.attach(readyPhone);
-    fixture.show();
-    const QWidget *record = fixture.find("recordButton");
+    fixture->attach(readyPhone);
+    fixture->show();
+    const QWidget *record = fixture->find("recordButton");
     const QRect place = record->geometry();
-    fixture.model->mirrorRunning = true;
-    fixture.settle();
-    QCOMPARE(fixture.find<QAbstractButton>("mirrorButton")->text(), u"Stop live phone"_s);
+    fixture->model->mirrorRunning = true;
+    fixture->settle();
+    QCOMPARE(fixture->find<QAbstractButton>("mirrorButton")->text(), u"Stop live phone"_s);
     QCOMPARE(record->geometry(), place);
 }
 
 void ControlsTest::showsWhatTabLeadsToFromTheSide()
 {
-    ViewFixture fixture;
-    fixture.show();
-    fixture.view->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(fixture.view.get()));
-    auto *page = fixture.find<QScrollArea>("mainColumn")->verticalScrollBar();
+    fixture->activate();
+    auto *page = fixture->find<QScrollArea>("mainColumn")->verticalScrollBar();
     page->setValue(page->maximum());
-    QWidget *choose = fixture.find("chooseButton");
-    QVERIFY(choose->mapTo(fixture.view.get(), QPoint(0, 0)).y() < 0);
-    fixture.find("wirelessButton")->setFocus();
-    QTest::keyClick(fixture.view->focusWidget(), Qt::Key_Tab);
-    QCOMPARE(fixture.view->focusWidget(), choose);
-    QVERIFY(choose->mapTo(fixture.view.get(), QPoint(0, 0)).y() >= 0);
+    QWidget *choose = fixture->find("chooseButton");
+    QVERIFY(choose->mapTo(fixture->view.get(), QPoint(0, 0)).y() < 0);
+    fixture->find("wirelessButton")->setFocus();
+    QTest::keyClick(fixture->view->focusWidget(), Qt::Key_Tab);
+    QCOMPARE(fixture->view->focusWidget(), choose);
+    QVERIFY(choose->mapTo(fixture->view.get(), QPoint(0, 0)).y() >= 0);
 }
 
 void ControlsTest::leavesThePageUnderAPress_data()
@@ -418,21 +411,17 @@ void ControlsTest::leavesThePageUnderAPress_data()
 void ControlsTest::leavesThePageUnderAPress()
 {
     QFETCH(QSize, size);
-    ViewFixture fixture;
-    fixture.view->resize(size);
-    fixture.attach(readyPhone);
-    fixture.model->apk = QUrl(u"file:///tmp/demo.apk"_s);
-    fixture.model->packageName = u"com.example.app"_s;
-    fixture.model->logs = u"a line"_s;
-    fixture.settle();
-    fixture.show();
-    fixture.view->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(fixture.view.get()));
-    const auto *page = fixture.find<QScrollArea>("mainColumn")->verticalScrollBar();
-    QWidget *button = fixture.find(QTest::currentDataTag());
+    fixture->view->resize(size);
+    fixture->attach(readyPhone);
+    fixture->model->apk = QUrl(u"file:///tmp/demo.apk"_s);
+    fixture->model->packageName = u"com.example.app"_s;
+    fixture->model->logs = u"a line"_s;
+    fixture->activate();
+    const auto *page = fixture->find<QScrollArea>("mainColumn")->verticalScrollBar();
+    QWidget *button = fixture->find(QTest::currentDataTag());
     QTest::mouseClick(button, Qt::LeftButton);
-    fixture.settle(); // disabled, and enabled again: there is no adb beside this test
-    QTRY_VERIFY(fixture.model->error() && !fixture.model->busy());
+    fixture->settle(); // disabled, and enabled again: there is no adb beside this test
+    QTRY_VERIFY(fixture->model->error() && !fixture->model->busy());
     QCOMPARE(page->value(), 0);
 }
 

@@ -22,7 +22,7 @@ QList<DeviceRow *> rowsOf(const ViewFixture &fixture)
 
 } // namespace
 
-class DevicesTest final : public QObject
+class DevicesTest final : public ViewTest
 {
     Q_OBJECT
 
@@ -51,11 +51,9 @@ void DevicesTest::showsTheIconOfItsKind()
 {
     QFETCH(AndroidDevice, device);
     QFETCH(Icon, icon);
-    ViewFixture fixture;
-    fixture.model->devices = QList<AndroidDevice>{device};
-    fixture.settle();
-    fixture.show();
-    const QImage row = rowsOf(fixture).first()->grab().toImage();
+    fixture->model->devices = QList<AndroidDevice>{device};
+    fixture->show();
+    const QImage row = rowsOf(*fixture).first()->grab().toImage();
     QImage expected(row.size(), row.format());
     expected.fill(row.pixelColor(8, row.height() / 2));
     constexpr int size = 22;
@@ -68,12 +66,10 @@ void DevicesTest::showsTheIconOfItsKind()
 
 void DevicesTest::showsWhatTellsSerialsApart()
 {
-    ViewFixture fixture;
-    fixture.view->resize(980, 700);
-    fixture.model->devices = QList<AndroidDevice>(11, discoveredPhone); // so many that the list has a scroll bar
-    fixture.settle();
-    fixture.show();
-    DeviceRow *row = rowsOf(fixture).first();
+    fixture->view->resize(980, 700);
+    fixture->model->devices = QList<AndroidDevice>(11, discoveredPhone); // so many that the list has a scroll bar
+    fixture->show();
+    DeviceRow *row = rowsOf(*fixture).first();
     const QImage picture = row->grab().toImage();
     for (qsizetype i = 4; i < discoveredPhone.id.indexOf(u'.'); ++i) {
         if (discoveredPhone.id.at(i) == u'-')
@@ -87,34 +83,29 @@ void DevicesTest::showsWhatTellsSerialsApart()
 
 void DevicesTest::selectsTheDeviceOfAClickedRow()
 {
-    ViewFixture fixture;
-    fixture.model->devices = QList<AndroidDevice>{readyPhone, shyPhone, anEmulator};
-    fixture.settle();
-    fixture.show();
-    const auto rows = rowsOf(fixture);
+    fixture->model->devices = QList<AndroidDevice>{readyPhone, shyPhone, anEmulator};
+    fixture->show();
+    const auto rows = rowsOf(*fixture);
     QCOMPARE(rows.size(), 3);
     for (const DeviceRow *row : rows)
         QVERIFY(!row->isChecked());
     QTest::mouseClick(rows.at(2), Qt::LeftButton);
-    QCOMPARE(fixture.model->selectedID(), anEmulator.id);
+    QCOMPARE(fixture->model->selectedID(), anEmulator.id);
     QTRY_VERIFY(rows.at(2)->isChecked());
     QTest::mouseClick(rows.at(2), Qt::LeftButton); // again: stays selected
-    fixture.settle();
+    fixture->settle();
     QVERIFY(rows.at(2)->isChecked());
-    fixture.model->selectedID = std::nullopt;
-    fixture.settle();
+    fixture->model->selectedID = std::nullopt;
+    fixture->settle();
     QVERIFY(!rows.at(2)->isChecked());
 }
 
 void DevicesTest::keepsTwoRowsOfOneSerialApart()
 {
-    ViewFixture fixture;
     AndroidDevice twin = readyPhone;
     twin.name = u"Twin"_s;
-    fixture.model->devices = QList<AndroidDevice>{readyPhone, twin};
-    fixture.model->selectedID = readyPhone.id;
-    fixture.settle();
-    const auto rows = rowsOf(fixture);
+    fixture->list({readyPhone, twin}, readyPhone.id);
+    const auto rows = rowsOf(*fixture);
     QCOMPARE(rows.size(), 2);
     QCOMPARE(rows.at(0)->device().name, readyPhone.name);
     QCOMPARE(rows.at(1)->device().name, u"Twin"_s);
@@ -123,20 +114,17 @@ void DevicesTest::keepsTwoRowsOfOneSerialApart()
 
 void DevicesTest::selectsWithArrows()
 {
-    ViewFixture fixture;
-    fixture.model->devices = QList<AndroidDevice>{readyPhone, shyPhone, anEmulator};
-    fixture.model->selectedID = readyPhone.id;
-    fixture.settle();
-    fixture.show();
-    rowsOf(fixture).first()->setFocus();
+    fixture->list({readyPhone, shyPhone, anEmulator}, readyPhone.id);
+    fixture->show();
+    rowsOf(*fixture).first()->setFocus();
     const QList<std::pair<Qt::Key, AndroidDevice>> steps{{Qt::Key_Down, shyPhone},   {Qt::Key_Right, anEmulator},
                                                          {Qt::Key_Down, anEmulator}, {Qt::Key_Up, shyPhone},
                                                          {Qt::Key_Left, readyPhone}, {Qt::Key_Up, readyPhone}};
     for (const auto &[key, device] : steps) {
-        QTest::keyClick(fixture.view->focusWidget(), key);
-        fixture.settle();
-        QCOMPARE(fixture.model->selectedID(), device.id);
-        const auto *focused = qobject_cast<const DeviceRow *>(fixture.view->focusWidget());
+        QTest::keyClick(fixture->view->focusWidget(), key);
+        fixture->settle();
+        QCOMPARE(fixture->model->selectedID(), device.id);
+        const auto *focused = qobject_cast<const DeviceRow *>(fixture->view->focusWidget());
         QVERIFY(focused && focused->isChecked());
         QCOMPARE(focused->device(), device);
     }
@@ -144,45 +132,38 @@ void DevicesTest::selectsWithArrows()
 
 void DevicesTest::isOneStopForTab()
 {
-    ViewFixture fixture;
-    fixture.model->devices = QList<AndroidDevice>{readyPhone, shyPhone, anEmulator};
-    fixture.settle();
-    fixture.show();
-    const auto rows = rowsOf(fixture);
+    fixture->model->devices = QList<AndroidDevice>{readyPhone, shyPhone, anEmulator};
+    fixture->show();
+    const auto rows = rowsOf(*fixture);
     const auto expectStop = [&](DeviceRow *stop) {
-        fixture.find("refreshButton")->setFocus();
-        QTest::keyClick(fixture.view->focusWidget(), Qt::Key_Tab);
-        QCOMPARE(fixture.view->focusWidget(), stop);
+        fixture->find("refreshButton")->setFocus();
+        QTest::keyClick(fixture->view->focusWidget(), Qt::Key_Tab);
+        QCOMPARE(fixture->view->focusWidget(), stop);
         QTest::keyClick(stop, Qt::Key_Tab);
-        QCOMPARE(fixture.view->focusWidget(), fixture.find("wirelessButton"));
-        QTest::keyClick(fixture.view->focusWidget(), Qt::Key_Backtab);
-        QCOMPARE(fixture.view->focusWidget(), stop);
+        QCOMPARE(fixture->view->focusWidget(), fixture->find("wirelessButton"));
+        QTest::keyClick(fixture->view->focusWidget(), Qt::Key_Backtab);
+        QCOMPARE(fixture->view->focusWidget(), stop);
     };
     expectStop(rows.at(0)); // nothing is selected, and looking selects nothing
-    QVERIFY(!fixture.model->selectedID());
+    QVERIFY(!fixture->model->selectedID());
     for (const auto key : {Qt::Key_Space, Qt::Key_Return}) {
-        fixture.model->selectedID = std::nullopt;
+        fixture->model->selectedID = std::nullopt;
         QTest::keyClick(rows.at(0), key);
-        QCOMPARE(fixture.model->selectedID(), readyPhone.id);
+        QCOMPARE(fixture->model->selectedID(), readyPhone.id);
     }
-    fixture.model->selectedID = anEmulator.id;
-    fixture.settle();
+    fixture->model->selectedID = anEmulator.id;
+    fixture->settle();
     expectStop(rows.at(2));
 }
 
 void DevicesTest::keepsTheFocusWhenItsDeviceGoes()
 {
-    ViewFixture fixture;
-    fixture.model->devices = QList<AndroidDevice>{readyPhone, shyPhone, anEmulator};
-    fixture.model->selectedID = readyPhone.id;
-    fixture.settle();
-    fixture.show();
-    const auto rows = rowsOf(fixture);
+    fixture->list({readyPhone, shyPhone, anEmulator}, readyPhone.id);
+    fixture->show();
+    const auto rows = rowsOf(*fixture);
     rows.at(0)->setFocus();
-    fixture.model->devices = QList<AndroidDevice>{shyPhone, anEmulator};
-    fixture.model->selectedID = anEmulator.id;
-    fixture.settle();
-    QCOMPARE(fixture.view->focusWidget(), rows.at(2));
+    fixture->list({shyPhone, anEmulator}, anEmulator.id);
+    QCOMPARE(fixture->view->focusWidget(), rows.at(2));
 }
 
 QTEST_MAIN(DevicesTest)

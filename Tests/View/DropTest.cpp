@@ -30,7 +30,7 @@ std::pair<bool, bool> drop(QWidget *zone, const QMimeData &data)
 
 } // namespace
 
-class DropTest final : public QObject
+class DropTest final : public ViewTest
 {
     Q_OBJECT
 
@@ -83,26 +83,24 @@ void DropTest::acceptsABuildOnTheNextTurn()
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.close();
-    ViewFixture fixture;
     QMimeData data;
     data.setUrls({QUrl::fromLocalFile(path), QUrl(u"file:///tmp/other.apk"_s)});
-    QCOMPARE(drop(fixture.find("dropZone"), data), std::pair(true, true));
-    QVERIFY(!fixture.model->apk());
-    fixture.settle();
-    QVERIFY(fixture.model->apk());
-    QCOMPARE(fixture.model->apk()->toLocalFile(), path);
-    QVERIFY(!fixture.model->error());
+    QCOMPARE(drop(fixture->find("dropZone"), data), std::pair(true, true));
+    QVERIFY(!fixture->model->apk());
+    fixture->settle();
+    QVERIFY(fixture->model->apk());
+    QCOMPARE(fixture->model->apk()->toLocalFile(), path);
+    QVERIFY(!fixture->model->error());
 }
 
 void DropTest::reportsAFileThatIsNoBuild()
 {
-    ViewFixture fixture;
     QMimeData data;
     data.setUrls({QUrl(u"file:///tmp/bundle.aab"_s)});
-    QCOMPARE(drop(fixture.find("dropZone"), data), std::pair(true, true));
-    fixture.settle();
-    QCOMPARE(fixture.model->error(), refusal.toString());
-    QVERIFY(!fixture.model->apk());
+    QCOMPARE(drop(fixture->find("dropZone"), data), std::pair(true, true));
+    fixture->settle();
+    QCOMPARE(fixture->model->error(), refusal.toString());
+    QVERIFY(!fixture->model->apk());
 }
 
 void DropTest::ignoresWhatIsNoFile_data()
@@ -119,20 +117,18 @@ void DropTest::ignoresWhatIsNoFile()
 {
     QFETCH(QString, format);
     QFETCH(QByteArray, bytes);
-    ViewFixture fixture;
     QMimeData data;
     if (!format.isEmpty())
         data.setData(format, bytes);
-    QCOMPARE(drop(fixture.find("dropZone"), data), std::pair(false, false));
-    fixture.settle();
-    QVERIFY(!fixture.model->apk());
-    QVERIFY(!fixture.model->error());
+    QCOMPARE(drop(fixture->find("dropZone"), data), std::pair(false, false));
+    fixture->settle();
+    QVERIFY(!fixture->model->apk());
+    QVERIFY(!fixture->model->error());
 }
 
 void DropTest::copiesWhatASourceWouldMove()
 {
-    const ViewFixture fixture;
-    QWidget *zone = fixture.find("dropZone");
+    QWidget *zone = fixture->find("dropZone");
     QMimeData data;
     data.setUrls({QUrl(u"file:///tmp/a.apk"_s)});
     constexpr auto offered = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
@@ -148,12 +144,11 @@ void DropTest::copiesWhatASourceWouldMove()
 
 void DropTest::takesDropsOnTheZoneOnly()
 {
-    const ViewFixture fixture;
     QMimeData data;
     data.setUrls({QUrl(u"file:///tmp/a.apk"_s)});
     data.setText(u"file:///tmp/a.apk"_s);
     QStringList takers;
-    for (QWidget *widget : fixture.view->findChildren<QWidget *>()) {
+    for (QWidget *widget : fixture->view->findChildren<QWidget *>()) {
         if (widget->acceptDrops() && drop(widget, data).first)
             takers << widget->objectName();
     }
@@ -162,9 +157,8 @@ void DropTest::takesDropsOnTheZoneOnly()
 
 void DropTest::showsNoSignWhileADragHovers()
 {
-    ViewFixture fixture;
-    fixture.show();
-    QWidget *zone = fixture.find("dropZone");
+    fixture->show();
+    QWidget *zone = fixture->find("dropZone");
     const QImage before = zone->grab().toImage();
     QMimeData data;
     data.setUrls({QUrl(u"file:///tmp/a.apk"_s)});
@@ -175,17 +169,16 @@ void DropTest::showsNoSignWhileADragHovers()
 
 void DropTest::namesTheChosenBuild()
 {
-    ViewFixture fixture;
-    fixture.show();
-    QVERIFY(!fixture.find("apkName")->isVisible());
-    fixture.model->apk = QUrl(u"file://localhost/home/sam/a folder/demo-debug.apk"_s);
-    fixture.settle();
-    auto *name = fixture.find<QLabel>("apkName");
+    fixture->show();
+    QVERIFY(!fixture->find("apkName")->isVisible());
+    fixture->model->apk = QUrl(u"file://localhost/home/sam/a folder/demo-debug.apk"_s);
+    fixture->settle();
+    auto *name = fixture->find<QLabel>("apkName");
     QVERIFY(name->isVisible());
     QCOMPARE(name->text(), u"demo-debug.apk"_s);
     QVERIFY(name->toolTip().contains(u"/home/sam/a folder/demo-debug.apk"));
     QVERIFY2(!name->toolTip().contains(u"localhost"), qUtf8Printable(name->toolTip()));
-    QCOMPARE(fixture.find<QLabel>("dropHeading")->text(), u"Drop your APK here"_s);
+    QCOMPARE(fixture->find<QLabel>("dropHeading")->text(), u"Drop your APK here"_s);
 }
 
 QTEST_MAIN(DropTest)

@@ -32,13 +32,12 @@ QString lines(int first, int last)
 
 } // namespace
 
-class FindTest final : public QObject
+class FindTest final : public ViewTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void init();
-    void cleanup() { fixture.reset(); }
 
     void opensInSightAndReturnsTheFocus();
     void closesFromTheConsoleToo();
@@ -71,19 +70,16 @@ private:
     QString matchedLine() const { return text->textCursor().block().text(); }
     QScrollBar *bar() const { return text->verticalScrollBar(); }
 
-    std::optional<ViewFixture> fixture;
     ConsoleText *text = nullptr;
     QLineEdit *field = nullptr;
 };
 
 void FindTest::init()
 {
-    fixture.emplace();
+    ViewTest::init();
     fixture->view->resize(980, 700);
     fixture->attach(readyPhone);
-    fixture->show();
-    fixture->view->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(fixture->view.get()));
+    fixture->activate();
     text = fixture->find<ConsoleText>("consoleText");
     field = fixture->find<QLineEdit>("findField");
 }

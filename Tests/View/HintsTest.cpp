@@ -24,7 +24,7 @@ std::optional<QString> shown(const ViewFixture &fixture, const char *name)
 
 } // namespace
 
-class ViewHintsTest final : public QObject
+class ViewHintsTest final : public ViewTest
 {
     Q_OBJECT
 
@@ -51,42 +51,39 @@ void ViewHintsTest::saysWhatHelpsBelowTheMessage_data()
 void ViewHintsTest::saysWhatHelpsBelowTheMessage()
 {
     QFETCH(QString, error);
-    ViewFixture fixture;
-    fixture.show();
-    fixture.model->error = error;
-    const auto *message = fixture.find<TextBlock>("alertText");
-    const auto *hint = fixture.find<TextBlock>("alertHint");
-    QTRY_COMPARE(shown(fixture, "alertHint"), hintFor(error));
-    fixture.settle();
+    fixture->show();
+    fixture->model->error = error;
+    const auto *message = fixture->find<TextBlock>("alertText");
+    const auto *hint = fixture->find<TextBlock>("alertHint");
+    QTRY_COMPARE(shown(*fixture, "alertHint"), hintFor(error));
+    fixture->settle();
     QCOMPARE(message->isVisible(), !error.isEmpty());
     QCOMPARE(message->toPlainText(), error);
     const auto top = [](const QWidget *widget) { return widget->mapTo(widget->window(), QPoint(0, 0)).y(); };
     if (message->isVisible())
         QVERIFY(top(message) + message->height() < top(hint));
-    QVERIFY(top(hint) + hint->height() < top(fixture.find("alertButton")));
+    QVERIFY(top(hint) + hint->height() < top(fixture->find("alertButton")));
     QVERIFY(hint->document()->size().height() <= hint->height()); // seen whole
-    QCOMPARE(fixture.find("alert")->findChildren<QAbstractButton *>().size(), 1);
+    QCOMPARE(fixture->find("alert")->findChildren<QAbstractButton *>().size(), 1);
 }
 
 void ViewHintsTest::saysNothingAboutAFailureItDoesNotKnow()
 {
-    ViewFixture fixture;
-    fixture.show();
-    fixture.model->error = otherKey;
-    QTRY_VERIFY(shown(fixture, "alertHint"));
-    fixture.model->error = u"Enter an Android package ID such as com.example.myapp."_s;
-    QTRY_VERIFY(!shown(fixture, "alertHint"));
-    QVERIFY(fixture.find("alert")->isVisible());
+    fixture->show();
+    fixture->model->error = otherKey;
+    QTRY_VERIFY(shown(*fixture, "alertHint"));
+    fixture->model->error = u"Enter an Android package ID such as com.example.myapp."_s;
+    QTRY_VERIFY(!shown(*fixture, "alertHint"));
+    QVERIFY(fixture->find("alert")->isVisible());
 }
 
 void ViewHintsTest::letsBothTextsBeCopiedAndRead()
 {
-    ViewFixture fixture;
-    fixture.show();
-    fixture.model->error = otherKey;
-    QTRY_VERIFY(shown(fixture, "alertHint"));
+    fixture->show();
+    fixture->model->error = otherKey;
+    QTRY_VERIFY(shown(*fixture, "alertHint"));
     for (const char *name : {"alertText", "alertHint"}) {
-        auto *block = fixture.find<TextBlock>(name);
+        auto *block = fixture->find<TextBlock>(name);
         QVERIFY(block->focusPolicy() & Qt::TabFocus);
         block->selectAll();
         QTest::keyClick(block, Qt::Key_C, Qt::ControlModifier);
@@ -112,37 +109,35 @@ void ViewHintsTest::saysWhatHelpsUnderTheDeviceCard()
 {
     QFETCH(QString, state);
     QFETCH(bool, helps);
-    ViewFixture fixture;
-    fixture.show();
-    fixture.attach({u"R58M42ABCDE"_s, state, u"Pixel 8"_s});
-    QCOMPARE(shown(fixture, "deviceHint"), helps ? hintFor(u"device "_s + state) : std::nullopt);
+    fixture->show();
+    fixture->attach({u"R58M42ABCDE"_s, state, u"Pixel 8"_s});
+    QCOMPARE(shown(*fixture, "deviceHint"), helps ? hintFor(u"device "_s + state) : std::nullopt);
     if (helps)
-        QVERIFY(shown(fixture, "deviceHint"));
-    fixture.model->devices = QList<AndroidDevice>();
-    fixture.settle();
-    QVERIFY(!shown(fixture, "deviceHint"));
+        QVERIFY(shown(*fixture, "deviceHint"));
+    fixture->model->devices = QList<AndroidDevice>();
+    fixture->settle();
+    QVERIFY(!shown(*fixture, "deviceHint"));
 }
 
 void ViewHintsTest::saysWhatHelpsUnderAFailedListing()
 {
-    ViewFixture fixture;
-    fixture.view->resize(980, 700);
-    fixture.show();
+    fixture->view->resize(980, 700);
+    fixture->show();
     for (const auto &status : {u"error: cannot connect to daemon"_s, u"Android tools are missing from this build."_s,
                                u"The Android command timed out. Check the phone connection and try again."_s}) {
-        fixture.model->status = status;
-        fixture.settle();
-        QVERIFY2(shown(fixture, "statusHint"), qPrintable(status));
-        QCOMPARE(shown(fixture, "statusHint"), hintFor(status));
-        const QWidget *line = fixture.find("statusLine");
-        const auto *hint = fixture.find<TextBlock>("statusHint");
+        fixture->model->status = status;
+        fixture->settle();
+        QVERIFY2(shown(*fixture, "statusHint"), qPrintable(status));
+        QCOMPARE(shown(*fixture, "statusHint"), hintFor(status));
+        const QWidget *line = fixture->find("statusLine");
+        const auto *hint = fixture->find<TextBlock>("statusHint");
         QVERIFY(line->rect().contains(hint->geometry()));
-        QVERIFY(fixture.find("statusText")->geometry().top() < hint->geometry().top());
+        QVERIFY(fixture->find("statusText")->geometry().top() < hint->geometry().top());
         QVERIFY(hint->document()->size().height() <= hint->height());
     }
-    fixture.model->status = u"No device detected. Enable USB debugging, unlock the phone and approve this Mac."_s;
-    fixture.settle();
-    QVERIFY(!shown(fixture, "statusHint"));
+    fixture->model->status = u"No device detected. Enable USB debugging, unlock the phone and approve this Mac."_s;
+    fixture->settle();
+    QVERIFY(!shown(*fixture, "statusHint"));
 }
 
 void ViewHintsTest::saysNothingUnderAnActionsStatus_data()
@@ -160,12 +155,11 @@ void ViewHintsTest::saysNothingUnderAnActionsStatus()
     QFETCH(QString, status);
     QFETCH(bool, busy);
     QVERIFY(hintFor(status)); // by the words of its file's name
-    ViewFixture fixture;
-    fixture.show();
-    fixture.model->status = status;
-    fixture.model->busy = busy;
-    fixture.settle();
-    QVERIFY(!shown(fixture, "statusHint"));
+    fixture->show();
+    fixture->model->status = status;
+    fixture->model->busy = busy;
+    fixture->settle();
+    QVERIFY(!shown(*fixture, "statusHint"));
 }
 
 QTEST_MAIN(ViewHintsTest)

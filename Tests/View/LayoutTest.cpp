@@ -70,7 +70,7 @@ void publishLongTexts(VardaModel &model)
 
 } // namespace
 
-class LayoutTest final : public QObject
+class LayoutTest final : public ViewTest
 {
     Q_OBJECT
 
@@ -95,30 +95,28 @@ private Q_SLOTS:
 
 void LayoutTest::hasItsMeasures()
 {
-    ViewFixture fixture;
-    QCOMPARE(fixture.view->size(), QSize(1180, 820));
-    QCOMPARE(fixture.view->minimumSize(), QSize(980, 700));
-    fixture.show();
-    QCOMPARE(fixture.find("sideColumn")->width(), 272);
-    QCOMPARE(fixture.find("consoleText")->height(), 220);
-    const QWidget *column = fixture.find("mainColumn");
-    const QWidget *panel = fixture.find("deployPanel");
+    QCOMPARE(fixture->view->size(), QSize(1180, 820));
+    QCOMPARE(fixture->view->minimumSize(), QSize(980, 700));
+    fixture->show();
+    QCOMPARE(fixture->find("sideColumn")->width(), 272);
+    QCOMPARE(fixture->find("consoleText")->height(), 220);
+    const QWidget *column = fixture->find("mainColumn");
+    const QWidget *panel = fixture->find("deployPanel");
     QCOMPARE(panel->mapTo(column, QPoint(0, 0)).x(), 30);
     QCOMPARE(panel->width(), column->width() - 60);
-    QCOMPARE(fixture.find("dropZone")->mapTo(panel, QPoint(0, 0)).x(), 20);
-    const QWidget *live = fixture.find("livePhonePanel");
+    QCOMPARE(fixture->find("dropZone")->mapTo(panel, QPoint(0, 0)).x(), 20);
+    const QWidget *live = fixture->find("livePhonePanel");
     QCOMPARE(live->y() - panel->geometry().bottom() - 1, 22);
 
-    fixture.view->resize(400, 300);
-    QCOMPARE(fixture.view->size(), QSize(980, 700));
-    QCOMPARE(fixture.find("sideColumn")->width(), 272);
+    fixture->view->resize(400, 300);
+    QCOMPARE(fixture->view->size(), QSize(980, 700));
+    QCOMPARE(fixture->find("sideColumn")->width(), 272);
 }
 
 void LayoutTest::isDark()
 {
-    ViewFixture fixture;
-    fixture.show();
-    const QImage picture = fixture.view->grab().toImage();
+    fixture->show();
+    const QImage picture = fixture->view->grab().toImage();
     QCOMPARE(picture.pixelColor(6, 400), QColor(14, 19, 31));
     QCOMPARE(picture.pixelColor(290, 8), QColor(19, 24, 38));
     QCOMPARE(theme::accent, QColor(66, 217, 207));
@@ -126,48 +124,45 @@ void LayoutTest::isDark()
 
 void LayoutTest::scrollsTheMainColumnVerticallyOnly()
 {
-    ViewFixture fixture;
-    fixture.view->resize(980, 700);
-    fixture.show();
-    auto *column = fixture.find<QScrollArea>("mainColumn");
+    fixture->view->resize(980, 700);
+    fixture->show();
+    auto *column = fixture->find<QScrollArea>("mainColumn");
     QVERIFY(column->verticalScrollBar()->maximum() > 0);
     QCOMPARE(column->horizontalScrollBar()->maximum(), 0);
 }
 
 void LayoutTest::keepsTheStatusInSight()
 {
-    ViewFixture fixture;
-    fixture.view->resize(980, 700);
-    fixture.show();
-    fixture.settle();
-    auto *column = fixture.find<QScrollArea>("mainColumn");
-    const QWidget *status = fixture.find("statusLine");
+    fixture->view->resize(980, 700);
+    fixture->show();
+    fixture->settle();
+    auto *column = fixture->find<QScrollArea>("mainColumn");
+    const QWidget *status = fixture->find("statusLine");
     const QRect sight = column->viewport()->rect();
     QCOMPARE(status->geometry().bottom(), sight.bottom());
 
     column->verticalScrollBar()->setValue(column->verticalScrollBar()->maximum());
     const auto below = [&](const char *upper, const QWidget *lower) {
-        const QWidget *widget = fixture.find(upper);
+        const QWidget *widget = fixture->find(upper);
         const QPoint bottom = widget->mapTo(column, QPoint(0, widget->height()));
         return lower->mapTo(column, QPoint(0, 0)).y() >= bottom.y();
     };
-    const QWidget *text = fixture.find("statusText");
+    const QWidget *text = fixture->find("statusText");
     QVERIFY(below("consoleFooter", text)); // under the console, above the note
-    QVERIFY(fixture.find("setupNote")->mapTo(column, QPoint(0, 0)).y() >=
+    QVERIFY(fixture->find("setupNote")->mapTo(column, QPoint(0, 0)).y() >=
             text->mapTo(column, QPoint(0, text->height())).y());
 }
 
 void LayoutTest::linesTheFloatingStatusAsWideAsThePanels()
 {
-    ViewFixture fixture;
-    fixture.view->resize(980, 700);
-    fixture.show();
-    fixture.settle();
-    const QWidget *status = fixture.find("statusLine");
-    const QImage picture = fixture.view->grab().toImage();
-    const QPoint corner = status->mapTo(fixture.view.get(), QPoint(0, 0));
-    const QWidget *panel = fixture.find("deployPanel");
-    const int left = panel->mapTo(fixture.view.get(), QPoint(0, 0)).x();
+    fixture->view->resize(980, 700);
+    fixture->show();
+    fixture->settle();
+    const QWidget *status = fixture->find("statusLine");
+    const QImage picture = fixture->view->grab().toImage();
+    const QPoint corner = status->mapTo(fixture->view.get(), QPoint(0, 0));
+    const QWidget *panel = fixture->find("deployPanel");
+    const int left = panel->mapTo(fixture->view.get(), QPoint(0, 0)).x();
     const auto lined = [&](int x) { return picture.pixelColor(x, corner.y()) != theme::mainBackground; };
     QVERIFY(lined(left) && lined(left + panel->width() / 2) && lined(left + panel->width() - 1));
     QVERIFY(!lined(left - 1) && !lined(left + panel->width()));
@@ -175,11 +170,10 @@ void LayoutTest::linesTheFloatingStatusAsWideAsThePanels()
 
 void LayoutTest::scrollsALongStatusInside()
 {
-    ViewFixture fixture;
-    fixture.view->resize(980, 700);
-    fixture.show();
-    auto *column = fixture.find<QScrollArea>("mainColumn");
-    const auto *text = fixture.find<TextBlock>("statusText");
+    fixture->view->resize(980, 700);
+    fixture->show();
+    auto *column = fixture->find<QScrollArea>("mainColumn");
+    const auto *text = fixture->find<TextBlock>("statusText");
     const auto turnWheel = [text] {
         const QPointF middle = text->viewport()->rect().center();
         QWheelEvent turn(middle, text->viewport()->mapToGlobal(middle), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
@@ -191,9 +185,9 @@ void LayoutTest::scrollsALongStatusInside()
     QVERIFY(column->verticalScrollBar()->value() > 0);
     column->verticalScrollBar()->setValue(0);
 
-    fixture.model->status = u"adb: the listing failed. "_s.repeated(120);
-    fixture.settle();
-    const QWidget *status = fixture.find("statusLine");
+    fixture->model->status = u"adb: the listing failed. "_s.repeated(120);
+    fixture->settle();
+    const QWidget *status = fixture->find("statusLine");
     QCOMPARE(status->geometry().bottom(), column->viewport()->rect().bottom());
     QVERIFY(status->height() <= column->height() / 3);
     const int page = text->verticalScrollBar()->pageStep();
@@ -212,36 +206,34 @@ void LayoutTest::scrollsALongStatusInside()
 
 void LayoutTest::neverWidensForLongTexts()
 {
-    ViewFixture fixture;
-    fixture.view->resize(980, 700);
-    fixture.show();
-    publishLongTexts(*fixture.model);
-    fixture.model->wireless = true;
-    fixture.settle();
-    QTRY_VERIFY(fixture.find("wirelessSheet")->isVisible());
-    fixture.settle();
-    QCOMPARE(fixture.view->size(), QSize(980, 700));
-    QCOMPARE(fixture.find("sideColumn")->width(), 272);
-    const auto *column = fixture.find<QScrollArea>("mainColumn");
+    fixture->view->resize(980, 700);
+    fixture->show();
+    publishLongTexts(*fixture->model);
+    fixture->model->wireless = true;
+    fixture->settle();
+    QTRY_VERIFY(fixture->find("wirelessSheet")->isVisible());
+    fixture->settle();
+    QCOMPARE(fixture->view->size(), QSize(980, 700));
+    QCOMPARE(fixture->find("sideColumn")->width(), 272);
+    const auto *column = fixture->find<QScrollArea>("mainColumn");
     QCOMPARE(column->widget()->width(), column->viewport()->width());
-    QCOMPARE(fixture.find("deployPanel")->width(), column->width() - 60);
-    QCOMPARE(fixture.find("wirelessSheet")->width(), 560);
-    QVERIFY(fixture.find("deviceTransport")->isVisible());
-    QCOMPARE(clipped(*fixture.view).join(u", "_s), QString());
+    QCOMPARE(fixture->find("deployPanel")->width(), column->width() - 60);
+    QCOMPARE(fixture->find("wirelessSheet")->width(), 560);
+    QVERIFY(fixture->find("deviceTransport")->isVisible());
+    QCOMPARE(clipped(*fixture->view).join(u", "_s), QString());
 }
 
 void LayoutTest::holdsWholeTextsInTooltips()
 {
-    ViewFixture fixture;
-    publishLongTexts(*fixture.model);
-    fixture.settle();
-    const auto *row = fixture.find<DeviceRow>("deviceRow");
+    publishLongTexts(*fixture->model);
+    fixture->settle();
+    const auto *row = fixture->find<DeviceRow>("deviceRow");
     QVERIFY(row->toolTip().contains(QString(200, u'W')));
-    QVERIFY(row->toolTip().contains(fixture.model->selectedID().value_or(QString())));
-    QVERIFY(fixture.find("deviceName")->toolTip().contains(QString(200, u'W')));
-    QVERIFY(fixture.find("apkName")->toolTip().contains(u"/tmp/mmm"));
+    QVERIFY(row->toolTip().contains(fixture->model->selectedID().value_or(QString())));
+    QVERIFY(fixture->find("deviceName")->toolTip().contains(QString(200, u'W')));
+    QVERIFY(fixture->find("apkName")->toolTip().contains(u"/tmp/mmm"));
     // The status is whole where it stands.
-    const auto *status = fixture.find<TextBlock>("statusText");
+    const auto *status = fixture->find<TextBlock>("statusText");
     QVERIFY(status->toPlainText().contains(QString(250, u'm')));
 }
 
@@ -259,21 +251,18 @@ void LayoutTest::clipsNothing()
 {
     QFETCH(QSize, size);
     QFETCH(double, factor);
-    ViewFixture fixture;
-    fixture.view->resize(size);
-    fixture.model->devices = QList<AndroidDevice>{shyPhone, readyPhone};
-    fixture.model->selectedID = shyPhone.id;
-    fixture.model->apk = QUrl(u"file:///tmp/demo.apk"_s);
-    fixture.model->wireless = true;
-    fixture.settle();
-    fixture.show();
+    fixture->view->resize(size);
+    fixture->list({shyPhone, readyPhone}, shyPhone.id);
+    fixture->model->apk = QUrl(u"file:///tmp/demo.apk"_s);
+    fixture->model->wireless = true;
+    fixture->show();
     if (factor > 1.0)
-        enlargeFonts(*fixture.view, factor);
-    fixture.settle();
-    QCOMPARE(clipped(*fixture.view).join(u", "_s), QString());
-    QTRY_COMPARE(clipped(*fixture.find("wirelessSheet")).join(u", "_s), QString());
-    QCOMPARE(fixture.find("sideColumn")->width(), 272);
-    const auto *column = fixture.find<QScrollArea>("mainColumn");
+        enlargeFonts(*fixture->view, factor);
+    fixture->settle();
+    QCOMPARE(clipped(*fixture->view).join(u", "_s), QString());
+    QTRY_COMPARE(clipped(*fixture->find("wirelessSheet")).join(u", "_s), QString());
+    QCOMPARE(fixture->find("sideColumn")->width(), 272);
+    const auto *column = fixture->find<QScrollArea>("mainColumn");
     QVERIFY(column->widget()->width() <= column->viewport()->width());
 
     AboutPane about;
@@ -281,7 +270,7 @@ void LayoutTest::clipsNothing()
     QVERIFY(QTest::qWaitForWindowExposed(&about));
     if (factor > 1.0)
         enlargeFonts(about, factor);
-    fixture.settle();
+    fixture->settle();
     QTRY_COMPARE(clipped(about).join(u", "_s), QString());
 }
 
@@ -318,20 +307,18 @@ void LayoutTest::givesAWrappingTextTheHeightOfALabel()
 
 void LayoutTest::listsMoreDevicesThanFit()
 {
-    ViewFixture fixture;
-    fixture.view->resize(980, 700);
+    fixture->view->resize(980, 700);
     QList<AndroidDevice> many;
     for (int i = 0; i < 40; ++i)
         many << AndroidDevice{u"SERIAL%1"_s.arg(i), u"device"_s, u"Phone %1"_s.arg(i)};
-    fixture.model->devices = many;
-    fixture.settle();
-    fixture.show();
-    QCOMPARE(fixture.view->size(), QSize(980, 700));
-    const auto *list = fixture.find<QScrollArea>("deviceList");
+    fixture->model->devices = many;
+    fixture->show();
+    QCOMPARE(fixture->view->size(), QSize(980, 700));
+    const auto *list = fixture->find<QScrollArea>("deviceList");
     QVERIFY(list->verticalScrollBar()->maximum() > 0);
-    const QWidget *side = fixture.find("sideColumn");
+    const QWidget *side = fixture->find("sideColumn");
     for (const char *name : {"wirelessButton", "trustText"}) {
-        const QWidget *widget = fixture.find(name);
+        const QWidget *widget = fixture->find(name);
         QVERIFY(side->rect().contains(QRect(widget->mapTo(side, QPoint(0, 0)), widget->size())));
         QVERIFY(!list->geometry().intersects(widget->geometry()));
     }
@@ -339,34 +326,32 @@ void LayoutTest::listsMoreDevicesThanFit()
 
 void LayoutTest::showsHostileTextsAsTheyAre()
 {
-    ViewFixture fixture;
     const AndroidDevice hostile{u"<i>serial</i>"_s, u"device"_s, u"<b>x</b><img src=\"file:///etc/passwd\">"_s};
-    fixture.attach(hostile);
-    fixture.model->status = u"<h1>done</h1>"_s;
-    fixture.model->error = u"<a href=\"https://example.com\">click</a>"_s;
-    fixture.model->logs = u"<script>"_s;
-    fixture.settle();
-    auto *name = fixture.find<QLabel>("deviceName");
+    fixture->attach(hostile);
+    fixture->model->status = u"<h1>done</h1>"_s;
+    fixture->model->error = u"<a href=\"https://example.com\">click</a>"_s;
+    fixture->model->logs = u"<script>"_s;
+    fixture->settle();
+    auto *name = fixture->find<QLabel>("deviceName");
     QCOMPARE(name->text(), hostile.name);
-    for (const auto *label : fixture.view->findChildren<QLabel *>())
+    for (const auto *label : fixture->view->findChildren<QLabel *>())
         QCOMPARE(label->textFormat(), Qt::PlainText);
-    QCOMPARE(fixture.find<TextBlock>("statusText")->toPlainText(), u"<h1>done</h1>"_s);
-    QCOMPARE(fixture.find<TextBlock>("alertText")->toPlainText(), u"<a href=\"https://example.com\">click</a>"_s);
-    QVERIFY(fixture.find("deviceRow")->accessibleName().contains(u"<b>x</b>"));
+    QCOMPARE(fixture->find<TextBlock>("statusText")->toPlainText(), u"<h1>done</h1>"_s);
+    QCOMPARE(fixture->find<TextBlock>("alertText")->toPlainText(), u"<a href=\"https://example.com\">click</a>"_s);
+    QVERIFY(fixture->find("deviceRow")->accessibleName().contains(u"<b>x</b>"));
 
     AndroidDevice reversed = readyPhone;
     reversed.name = u"Pixel\u202Eydaer\u0007\n"_s;
-    fixture.attach(reversed);
+    fixture->attach(reversed);
     QCOMPARE(name->text(), u"Pixel[U+202E]ydaer␇␊"_s);
 }
 
 void LayoutTest::showsTooltipsLiterally()
 {
-    ViewFixture fixture;
     AndroidDevice hostile = readyPhone;
     hostile.name = u"<b>x</b> & <img src=y>"_s;
-    fixture.attach(hostile);
-    const QWidget *row = fixture.find("deviceRow");
+    fixture->attach(hostile);
+    const QWidget *row = fixture->find("deviceRow");
     // Mark-up in the tip is this program's own and wraps it; what came from the phone is escaped.
     QVERIFY(Qt::mightBeRichText(row->toolTip()));
     QVERIFY(row->toolTip().contains(hostile.name.toHtmlEscaped()));

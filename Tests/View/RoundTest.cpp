@@ -35,7 +35,7 @@ bool asksForAttention(const QWidget &window)
 
 } // namespace
 
-class RoundTest final : public QObject
+class RoundTest final : public ViewTest
 {
     Q_OBJECT
 
@@ -74,44 +74,39 @@ void RoundTest::startsEachActionByItsKey()
 {
     QFETCH(QKeySequence, key);
     QFETCH(QString, status);
-    ViewFixture fixture;
-    fixture.model->apk = QUrl(u"file:///tmp/demo.apk"_s);
-    fixture.model->packageName = u"com.example.app"_s;
-    fixture.dialogs->locations = {u"/tmp/unused.png"_s, u"/tmp/unused.png"_s};
-    fixture.settle();
-    fixture.show();
-    fixture.view->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(fixture.view.get()));
-    auto *button = fixture.find<QAbstractButton>(QTest::currentDataTag());
+    fixture->model->apk = QUrl(u"file:///tmp/demo.apk"_s);
+    fixture->model->packageName = u"com.example.app"_s;
+    fixture->dialogs->locations = {u"/tmp/unused.png"_s, u"/tmp/unused.png"_s};
+    fixture->activate();
+    auto *button = fixture->find<QAbstractButton>(QTest::currentDataTag());
     QVERIFY(button->toolTip().contains(u'(' + key.toString() + u')'));
-    const auto press = [&] { QTest::keySequence(fixture.find("packageField"), key); };
-    const QString before = fixture.model->status();
+    const auto press = [&] { QTest::keySequence(fixture->find("packageField"), key); };
+    const QString before = fixture->model->status();
 
     press(); // no phone: neither the button nor the key
     QVERIFY(!button->isEnabled());
-    QCOMPARE(fixture.model->status(), before);
-    QVERIFY(!fixture.model->error() && !fixture.model->logging());
+    QCOMPARE(fixture->model->status(), before);
+    QVERIFY(!fixture->model->error() && !fixture->model->logging());
 
-    fixture.attach(readyPhone);
+    fixture->attach(readyPhone);
     QVERIFY(button->isEnabled());
     press();
     if (!status.isEmpty())
-        QCOMPARE(fixture.model->status(), status);
+        QCOMPARE(fixture->model->status(), status);
     else if (button->objectName() == u"logsButton")
-        QVERIFY(fixture.model->logging());
+        QVERIFY(fixture->model->logging());
     else
-        QVERIFY(fixture.model->error()); // there is no scrcpy beside this test
+        QVERIFY(fixture->model->error()); // there is no scrcpy beside this test
 }
 
 void RoundTest::takesNoKeyThatTextNeeds()
 {
-    const ViewFixture fixture;
-    for (const QAction *action : fixture.view->actions()) {
+    for (const QAction *action : fixture->view->actions()) {
         const QKeySequence key = action->shortcut(); // a second one may be of use elsewhere only
         for (const char *name : {"packageField", "pairingCodeField", "consoleText", "statusText"}) {
             QKeyEvent asked(QEvent::ShortcutOverride, key[0].key(), key[0].keyboardModifiers());
             asked.ignore();
-            QCoreApplication::sendEvent(fixture.find(name), &asked);
+            QCoreApplication::sendEvent(fixture->find(name), &asked);
             QVERIFY2(!asked.isAccepted(), qPrintable(key.toString() + u" in "_s + QLatin1StringView(name)));
         }
     }
@@ -119,8 +114,7 @@ void RoundTest::takesNoKeyThatTextNeeds()
 
 void RoundTest::startsNothingOnAHeldKey()
 {
-    const ViewFixture fixture;
-    for (const QAction *action : fixture.view->actions())
+    for (const QAction *action : fixture->view->actions())
         QVERIFY2(!action->autoRepeat(), qPrintable(action->objectName()));
 }
 
@@ -137,24 +131,23 @@ void RoundTest::submitsFieldsOnReturn()
 {
     QFETCH(QByteArray, field);
     QFETCH(QString, status);
-    ViewFixture fixture;
-    fixture.attach(readyPhone);
-    fixture.model->packageName = u"com.example.app"_s;
-    fixture.model->pairingEndpoint = u"192.168.1.50:37123"_s;
-    fixture.model->pairingCode = u"482913"_s;
-    fixture.model->connectEndpoint = u"192.168.1.50:42137"_s;
-    fixture.model->wireless = field != "packageField";
-    fixture.model->busy = true;
-    fixture.show();
-    auto *line = fixture.find<QLineEdit>(field.constData());
+    fixture->attach(readyPhone);
+    fixture->model->packageName = u"com.example.app"_s;
+    fixture->model->pairingEndpoint = u"192.168.1.50:37123"_s;
+    fixture->model->pairingCode = u"482913"_s;
+    fixture->model->connectEndpoint = u"192.168.1.50:42137"_s;
+    fixture->model->wireless = field != "packageField";
+    fixture->model->busy = true;
+    fixture->show();
+    auto *line = fixture->find<QLineEdit>(field.constData());
     QTRY_VERIFY(line->isVisible());
-    const QString before = fixture.model->status();
+    const QString before = fixture->model->status();
     QTest::keyClick(line, Qt::Key_Return); // as disabled as its button
-    QCOMPARE(fixture.model->status(), before);
-    fixture.model->busy = false;
-    fixture.settle();
+    QCOMPARE(fixture->model->status(), before);
+    fixture->model->busy = false;
+    fixture->settle();
     QTest::keyClick(line, Qt::Key_Return);
-    QCOMPARE(fixture.model->status(), status);
+    QCOMPARE(fixture->model->status(), status);
 }
 
 void RoundTest::tellsSizeAndAgeOfTheBuild()
@@ -162,17 +155,17 @@ void RoundTest::tellsSizeAndAgeOfTheBuild()
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"demo.apk"_s);
     build(path, 24'300'000, 3min + 20s);
-    ViewFixture fixture;
-    fixture.show();
-    fixture.model->apk = QUrl::fromLocalFile(path);
-    const auto *facts = fixture.find<QLabel>("apkFacts");
+    fixture->show();
+    fixture->model->apk = QUrl::fromLocalFile(path);
+    const auto *facts = fixture->find<QLabel>("apkFacts");
     QTRY_COMPARE(facts->text(), u"24 MB · 3 minutes ago"_s);
     QVERIFY(facts->isVisible());
-    const auto *name = fixture.find("apkName");
+    const auto *name = fixture->find("apkName");
     QVERIFY(name->geometry().right() < facts->geometry().left());
 
-    fixture.model->apk = QUrl::fromLocalFile(folder.filePath(u"other.apk"_s)); // never the one's facts beside the other
-    QCoreApplication::sendPostedEvents(fixture.view.get()); // the render alone, before the disk has answered
+    fixture->model->apk =
+        QUrl::fromLocalFile(folder.filePath(u"other.apk"_s)); // never the one's facts beside the other
+    QCoreApplication::sendPostedEvents(fixture->view.get());  // the render alone, before the disk has answered
     QCOMPARE(facts->text(), QString());
     QTRY_COMPARE(facts->text(), u"no longer there"_s);
 }
@@ -182,19 +175,18 @@ void RoundTest::tellsThatTheBuildHasChangedOrGone()
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"demo.apk"_s);
     build(path, 2'000'000, 2h + 5min);
-    ViewFixture fixture;
-    fixture.attach(readyPhone);
-    fixture.show();
-    fixture.model->apk = QUrl::fromLocalFile(path);
-    const auto *facts = fixture.find<QLabel>("apkFacts");
+    fixture->attach(readyPhone);
+    fixture->show();
+    fixture->model->apk = QUrl::fromLocalFile(path);
+    const auto *facts = fixture->find<QLabel>("apkFacts");
     QTRY_COMPARE(facts->text(), u"2.0 MB · 2 hours ago"_s);
 
     build(path, 2'000'000, 0s);
-    fixture.model->devices = QList<AndroidDevice>{readyPhone}; // as every tick does
+    fixture->model->devices = QList<AndroidDevice>{readyPhone}; // as every tick does
     QTRY_COMPARE(facts->text(), u"2.0 MB · just now · changed since it was chosen"_s);
 
     QFile::remove(path);
-    fixture.model->devices = QList<AndroidDevice>{readyPhone};
+    fixture->model->devices = QList<AndroidDevice>{readyPhone};
     QTRY_COMPARE(facts->text(), u"no longer there"_s);
 }
 
@@ -203,13 +195,12 @@ void RoundTest::takesAChangedBuildAsNewWhenChosenAgain()
     const QTemporaryDir folder;
     const QString path = folder.filePath(u"demo.apk"_s);
     build(path, 999, 2h + 5min);
-    ViewFixture fixture;
-    fixture.show();
-    fixture.model->acceptAPK(QUrl::fromLocalFile(path));
-    const auto *facts = fixture.find<QLabel>("apkFacts");
+    fixture->show();
+    fixture->model->acceptAPK(QUrl::fromLocalFile(path));
+    const auto *facts = fixture->find<QLabel>("apkFacts");
     QTRY_COMPARE(facts->text(), u"999 bytes · 2 hours ago"_s);
     build(path, 1000, 0s);
-    fixture.model->acceptAPK(QUrl::fromLocalFile(path));
+    fixture->model->acceptAPK(QUrl::fromLocalFile(path));
     QTRY_COMPARE(facts->text(), u"1.0 kB · just now"_s);
 }
 

@@ -31,7 +31,7 @@ QString textOf(const QWidget *widget)
 
 } // namespace
 
-class TextsTest final : public QObject
+class TextsTest final : public ViewTest
 {
     Q_OBJECT
 
@@ -111,59 +111,56 @@ void TextsTest::showsItsTexts_data()
 
 void TextsTest::showsItsTexts()
 {
-    const ViewFixture fixture;
     QFETCH(QString, text);
-    QCOMPARE(textOf(fixture.find(QTest::currentDataTag())), text);
+    QCOMPARE(textOf(fixture->find(QTest::currentDataTag())), text);
 }
 
 void TextsTest::numbersThePanels()
 {
-    const ViewFixture fixture;
     QStringList titles;
-    for (const auto *label : fixture.view->findChildren<QLabel *>(u"panelTitle"_s))
+    for (const auto *label : fixture->view->findChildren<QLabel *>(u"panelTitle"_s))
         titles << label->text();
     QCOMPARE(titles, QStringList({u"01 / DEPLOY A BUILD"_s, u"02 / LIVE PHONE"_s, u"03 / TEST YOUR APPLICATION"_s}));
 }
 
 void TextsTest::changesWithTheState()
 {
-    ViewFixture fixture;
-    fixture.show();
-    QVERIFY(!fixture.find("deviceCard")->isVisible());
-    QVERIFY(!fixture.find("authorizationWarning")->isVisible());
-    QVERIFY(fixture.find("waitingText")->isVisible());
+    fixture->show();
+    QVERIFY(!fixture->find("deviceCard")->isVisible());
+    QVERIFY(!fixture->find("authorizationWarning")->isVisible());
+    QVERIFY(fixture->find("waitingText")->isVisible());
 
-    fixture.attach(readyPhone);
-    QVERIFY(fixture.find("deviceCard")->isVisible());
-    QVERIFY(!fixture.find("authorizationWarning")->isVisible());
-    QVERIFY(!fixture.find("waitingText")->isVisible());
-    QCOMPARE(textOf(fixture.find("deviceName")), readyPhone.name);
-    QCOMPARE(textOf(fixture.find("deviceTransport")), u"USB"_s);
-    QCOMPARE(textOf(fixture.find("deviceState")), u"Ready for testing"_s);
+    fixture->attach(readyPhone);
+    QVERIFY(fixture->find("deviceCard")->isVisible());
+    QVERIFY(!fixture->find("authorizationWarning")->isVisible());
+    QVERIFY(!fixture->find("waitingText")->isVisible());
+    QCOMPARE(textOf(fixture->find("deviceName")), readyPhone.name);
+    QCOMPARE(textOf(fixture->find("deviceTransport")), u"USB"_s);
+    QCOMPARE(textOf(fixture->find("deviceState")), u"Ready for testing"_s);
 
-    fixture.attach(shyPhone);
-    QVERIFY(fixture.find("authorizationWarning")->isVisible());
-    QCOMPARE(textOf(fixture.find("deviceState")), u"unauthorized"_s);
+    fixture->attach(shyPhone);
+    QVERIFY(fixture->find("authorizationWarning")->isVisible());
+    QCOMPARE(textOf(fixture->find("deviceState")), u"unauthorized"_s);
 
-    fixture.attach(wirelessPhone);
-    QVERIFY(!fixture.find("authorizationWarning")->isVisible());
-    QCOMPARE(textOf(fixture.find("deviceTransport")), u"Wi-Fi"_s);
-    QCOMPARE(textOf(fixture.find("deviceState")), u"offline"_s);
+    fixture->attach(wirelessPhone);
+    QVERIFY(!fixture->find("authorizationWarning")->isVisible());
+    QCOMPARE(textOf(fixture->find("deviceTransport")), u"Wi-Fi"_s);
+    QCOMPARE(textOf(fixture->find("deviceState")), u"offline"_s);
 
-    fixture.model->devices = QList<AndroidDevice>{readyPhone}; // the selected one is gone
-    fixture.model->mirrorRunning = true;
-    fixture.model->logging = true;
-    fixture.model->logs = u"one\ntwo"_s;
-    fixture.model->busy = true;
-    fixture.model->status = u"Installing demo.apk…"_s;
-    fixture.settle();
-    QVERIFY(!fixture.find("deviceCard")->isVisible());
-    QCOMPARE(textOf(fixture.find("mirrorButton")), u"Stop live phone"_s);
-    QCOMPARE(textOf(fixture.find("logsButton")), u"Pause logs"_s);
-    QCOMPARE(textOf(fixture.find("consoleText")), u"one\ntwo"_s);
-    QVERIFY(fixture.find("busyIndicator")->isVisible());
-    QCOMPARE(textOf(fixture.find("statusText")), u"Installing demo.apk…"_s);
-    QCOMPARE(textOf(fixture.find("sheetStatusText")), u"Installing demo.apk…"_s);
+    fixture->model->devices = QList<AndroidDevice>{readyPhone}; // the selected one is gone
+    fixture->model->mirrorRunning = true;
+    fixture->model->logging = true;
+    fixture->model->logs = u"one\ntwo"_s;
+    fixture->model->busy = true;
+    fixture->model->status = u"Installing demo.apk…"_s;
+    fixture->settle();
+    QVERIFY(!fixture->find("deviceCard")->isVisible());
+    QCOMPARE(textOf(fixture->find("mirrorButton")), u"Stop live phone"_s);
+    QCOMPARE(textOf(fixture->find("logsButton")), u"Pause logs"_s);
+    QCOMPARE(textOf(fixture->find("consoleText")), u"one\ntwo"_s);
+    QVERIFY(fixture->find("busyIndicator")->isVisible());
+    QCOMPARE(textOf(fixture->find("statusText")), u"Installing demo.apk…"_s);
+    QCOMPARE(textOf(fixture->find("sheetStatusText")), u"Installing demo.apk…"_s);
 }
 
 void TextsTest::setsSizes_data()
@@ -189,17 +186,15 @@ void TextsTest::setsSizes_data()
 
 void TextsTest::setsSizes()
 {
-    const ViewFixture fixture;
     QFETCH(int, pixels);
     QFETCH(bool, bold);
-    const QFont font = fixture.find(QTest::currentDataTag())->font();
+    const QFont font = fixture->find(QTest::currentDataTag())->font();
     QCOMPARE(font.pixelSize(), pixels);
     QCOMPARE(font.weight() >= QFont::Bold, bold);
 }
 
 void TextsTest::saysWhatItIs()
 {
-    const ViewFixture fixture;
     const AboutPane pane;
     const auto text = [&](const char *name) { return textOf(pane.findChild<QWidget *>(QString::fromLatin1(name))); };
     QCOMPARE(text("aboutTitle"), u"Varda by Halvex"_s);
@@ -217,7 +212,6 @@ void TextsTest::saysWhatItIs()
 
 void TextsTest::opensTheDocumentation()
 {
-    const ViewFixture fixture;
     AboutPane pane;
     QDesktopServices::setUrlHandler(u"https"_s, this, "openPage");
     pane.findChild<QAbstractButton *>(u"aboutLink"_s)->click();

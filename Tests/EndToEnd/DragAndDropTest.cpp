@@ -34,7 +34,6 @@ private Q_SLOTS:
 
     void takesADroppedBuild_data();
     void takesADroppedBuild();
-    void takesOnlyTheFirstOfSeveral();
     void refusesAFirstFileThatIsNoBuild();
     void ignoresWhatIsNoFile_data();
     void ignoresWhatIsNoFile();
@@ -168,16 +167,6 @@ void DragAndDropTest::takesADroppedBuild()
     QVERIFY(dragOntoZone(true));
     QVERIFY(window->shows(name));
     QVERIFY(!window->look(u"alert"_s, u"Varda"_s));
-}
-
-void DragAndDropTest::takesOnlyTheFirstOfSeveral()
-{
-    const QString first = makeFile(u"first.apk"_s);
-    const QString second = makeFile(u"second.apk"_s);
-    QVERIFY(startSource(u"text/uri-list"_s, uri(first) + u"\\n" + uri(second) + u"\\n"));
-    QVERIFY(dragOntoZone(true));
-    QVERIFY(window->shows(u"first.apk"_s));
-    QVERIFY(!window->showing(u"second.apk"_s));
 }
 
 void DragAndDropTest::refusesAFirstFileThatIsNoBuild()

@@ -6,8 +6,6 @@
 
 #include "VirtualPhone/VirtualPhone.h"
 
-#include <QFile>
-#include <QSet>
 #include <QTest>
 
 #include <csignal>
@@ -17,13 +15,6 @@ using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace varda::test {
-
-namespace {
-
-// More presses than the window has stops, several times over.
-constexpr auto mostTabs = 60;
-
-} // namespace
 
 class WindowTest : public QObject
 {
@@ -38,9 +29,7 @@ private Q_SLOTS:
     void endsInOrderAndStopsTheMirror_data();
     void endsInOrderAndStopsTheMirror();
     void showsItsProductInformation();
-    void reachesEveryControlByTab();
     void worksByItsShortcuts();
-    void keepsThePairingCodeToItself();
 
 private:
     /// Attaches the phone and waits until the window has selected it.
@@ -49,8 +38,6 @@ private:
     /// Presses `keys` in the window of that title, and again while `done` does not come true, as a user would: the
     /// window manager may miss them while another window takes the focus.
     bool pressUntil(const QString &keys, const QString &title, const std::function<bool()> &done) const;
-    /// Name and role of what has the keyboard focus, as "role: name".
-    QString focus() const;
 
     std::unique_ptr<Stage> stage;
     std::unique_ptr<StandInTool> scrcpy;
@@ -100,15 +87,6 @@ bool WindowTest::pressUntil(const QString &keys, const QString &title, const std
             pressKeys({keys});
         return eventually(done, 5s);
     });
-}
-
-QString WindowTest::focus() const
-{
-    const Accessible focused =
-        Accessible::application(stage->varda().processId()).find([](const Accessible &candidate) {
-            return candidate.focused();
-        });
-    return focused ? focused.role() + u": " + focused.name() : QString{};
 }
 
 void WindowTest::opensAtItsFirstSizeAndKeepsItsMinimum()
@@ -170,58 +148,18 @@ void WindowTest::showsItsProductInformation()
 {
     QVERIFY(activate(mainWindow()));
     pressKeys({u"F1"_s});
-    const QStringList texts{
-        u"Varda by Halvex"_s, u"Local development build · Apple Silicon · macOS 13+"_s,
-        u"ADB and scrcpy run locally. No account, cloud relay or analytics. Phone access requires your Android USB "
-        u"debugging authorization. Wi-Fi uses Android’s pairing-code workflow."_s};
-    for (const QString &text : texts)
-        QVERIFY(window->await(u"label"_s, text));
+    const auto title = u"Varda by Halvex"_s;
+    QVERIFY(window->await(u"label"_s, title));
     QVERIFY(window->await(u"link"_s, u"Android debugging documentation"_s));
     pressKeys({u"Escape"_s});
-    QVERIFY(window->hides(texts.first()));
+    QVERIFY(window->hides(title));
 
     // The same from the application menu.
     QVERIFY(window->press(u"Main menu"_s));
     // Qt tells of an open menu by events only, so its items are not in the tree: the keyboard goes to the last but one.
     QVERIFY(eventually([this] { return visibleWindows(stage->varda().processId()).size() > 1; }));
     pressKeys({u"Up"_s, u"Up"_s, u"Return"_s});
-    QVERIFY(window->shows(texts.first()));
-}
-
-void WindowTest::reachesEveryControlByTab()
-{
-    QVERIFY(attachPhone());
-    // Everything is enabled once a build is chosen and the console holds something.
-    QFile build{stage->home(u"demo.apk"_s)};
-    QVERIFY(build.open(QIODevice::WriteOnly));
-    build.close();
-    QVERIFY(window->press(u"Choose APK"_s));
-    QVERIFY(window->answerFileDialog(build.fileName()));
-    QVERIFY(window->press(u"List apps"_s));
-    QVERIFY(window->statusBecomes(u"User-installed package IDs are shown in the console."_s));
-    QVERIFY(window->buttonBecomes(u"Export"_s, true));
-
-    QSet<QString> missing;
-    for (const QString &name : {u"Main menu"_s, u"Refresh devices"_s, u"Connect over Wi-Fi"_s, u"Choose APK"_s,
-                                u"Install on device"_s, u"Open live phone"_s, u"Record test"_s, u"Launch"_s,
-                                u"Stop app"_s, u"List apps"_s, u"Screenshot"_s, u"Start logs"_s, u"Export"_s})
-        missing << u"push button: "_s + name;
-    missing << u"text: Package ID"_s << u"text: Device console"_s
-            << u"status bar: User-installed package IDs are shown in the console."_s;
-    missing << u"radio button: Pixel 8, Wi-Fi, "_s + phone->serial() + u", device";
-
-    QVERIFY(activate(mainWindow()));
-    QStringList walk;
-    for (int i = 0; i < mostTabs && !missing.isEmpty(); ++i) {
-        const QString before = focus();
-        pressKeys({u"Tab"_s});
-        QVERIFY2(eventually([&] { return !focus().isEmpty() && focus() != before; }),
-                 qUtf8Printable(u"Tab leads nowhere from "_s + before));
-        walk << focus();
-        missing.remove(walk.last());
-    }
-    qInfo().noquote() << u"The tab order:\n  "_s + walk.join(u"\n  "_s);
-    QVERIFY2(missing.isEmpty(), qUtf8Printable(QStringList{missing.values()}.join(u", "_s)));
+    QVERIFY(window->shows(title));
 }
 
 void WindowTest::worksByItsShortcuts()
@@ -243,29 +181,6 @@ void WindowTest::worksByItsShortcuts()
                        [this] { return visibleWindows(stage->varda().processId(), u"Go wireless"_s).isEmpty(); }));
     QVERIFY(window->hides(u"Go wireless."_s));
     QCOMPARE(stage->varda().state(), QProcess::Running);
-}
-
-void WindowTest::keepsThePairingCodeToItself()
-{
-    const auto code = u"407182"_s;
-    QVERIFY(activate(mainWindow()));
-    pressKeys({u"ctrl+shift+w"_s});
-    const Accessible field = window->await(u"password text"_s, u"Pairing code"_s);
-    QVERIFY(field.grabFocus());
-    QVERIFY(eventually([&] { return field.focused(); }));
-    typeText(code);
-    QVERIFY(eventually([&] { return field.characterCount() == code.size(); }));
-    const QString tree = window->tree();
-    QVERIFY2(!tree.contains(code), qUtf8Printable(tree));
-
-    // Copying it out gives nothing either: what is pasted into a readable field is not the code.
-    pressKeys({u"ctrl+a"_s, u"ctrl+c"_s, u"ctrl+x"_s});
-    const Accessible readable = window->await(u"text"_s, u"Pairing address"_s);
-    QVERIFY(readable.grabFocus());
-    QVERIFY(eventually([&] { return readable.focused(); }));
-    pressKeys({u"ctrl+v"_s, u"x"_s});
-    QVERIFY(eventually([&] { return readable.text().endsWith(u'x'); }));
-    QCOMPARE(readable.text(), u"x"_s);
 }
 
 } // namespace varda::test

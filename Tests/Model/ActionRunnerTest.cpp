@@ -83,8 +83,7 @@ void ActionRunnerTest::showsTheWorkingTextAtOnceAndTheOutcomeAtTheEnd()
     QVERIFY(called(adb(), forceStop));
     settle();
     QCOMPARE(writes->take(), QStringList());
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+    letGo();
     QCOMPARE(writes->take(), QStringList({u"status=Stopped com.example.app on R58M42ABCDE."_s, u"busy=false"_s}));
 }
 
@@ -157,8 +156,7 @@ void ActionRunnerTest::secondRequestIsDroppedWithoutATrace()
     writes->take();
     model->connect();
     QCOMPARE(writes->take(), QStringList());
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+    letGo();
     settle();
     QCOMPARE(adb().calls().size(), 1);
 }
@@ -185,8 +183,7 @@ void ActionRunnerTest::nothingElseStartsWhileBusy()
     actions().at(working)();
     QCOMPARE(writes->take(), traces);
     QCOMPARE(dialogs->saveQuestions.size(), 0);
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+    letGo();
     settle();
     QCOMPARE(adb().commandLines(), QList({forceStop}));
 }
@@ -257,8 +254,7 @@ void ActionRunnerTest::loopKeepsTurningWhileAnActionRuns()
     clock.start(1);
     VERIFY_SOON(turns > 20);
     QVERIFY(model->busy());
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+    letGo();
 }
 
 void ActionRunnerTest::stopLeavesTheActionRunning()

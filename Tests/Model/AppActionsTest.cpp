@@ -42,7 +42,6 @@ private Q_SLOTS:
     void invalidPackageIsRefusedBeforeAnything();
     void guardsComeBeforeThePackageCheck();
     void packageIsTrimmedAndTheTypedTextIsKept();
-    void launchesTheResolvedComponent_data();
     void launchesTheResolvedComponent();
     void withoutALaunchableActivityNothingIsStarted_data();
     void withoutALaunchableActivityNothingIsStarted();
@@ -88,10 +87,8 @@ void AppActionsTest::guardsHaveNoEffectAtAll()
 void AppActionsTest::invalidPackageIsRefusedBeforeAnything_data()
 {
     QTest::addColumn<QString>("typed");
-    for (const QString &typed :
-         {QString(), u"   \n"_s, u"single"_s, u"com.1digit"_s, u"com..example"_s, u".com.example"_s, u"com.example."_s,
-          u"com.ex-ample"_s, u"com.example app"_s, u"com.example;reboot"_s, u"-p com.example"_s, u"com.exämple"_s,
-          u"com.example/.Main"_s, u"com.example\nreboot.now"_s})
+    for (const QString &typed : {QString(), u"   \n"_s, u"single"_s, u"com.example;reboot"_s, u"-p com.example"_s,
+                                 u"com.example\nreboot.now"_s})
         QTest::newRow(qUtf8Printable(u"'"_s + typed + u'\'')) << typed;
 }
 
@@ -129,29 +126,11 @@ void AppActionsTest::packageIsTrimmedAndTheTypedTextIsKept()
     QCOMPARE(model->packageName(), typed);
 }
 
-void AppActionsTest::launchesTheResolvedComponent_data()
-{
-    QTest::addColumn<QByteArray>("resolution");
-    QTest::addColumn<QString>("component");
-    QTest::newRow("after the line of details")
-        << QByteArray("priority=0 preferredOrder=0 match=0x108000\ncom.example.myapp/.MainActivity\n")
-        << u"com.example.myapp/.MainActivity"_s;
-    QTest::newRow("with CR LF") << QByteArray("com.example.myapp/.MainActivity\r\n")
-                                << u"com.example.myapp/.MainActivity"_s;
-    QTest::newRow("an inner class in full")
-        << QByteArray("com.example.myapp/com.example.Main$Inner") << u"com.example.myapp/com.example.Main$Inner"_s;
-    QTest::newRow("the first of two") << QByteArray("com.example.myapp/.One\ncom.example.myapp/.Two\n")
-                                      << u"com.example.myapp/.One"_s;
-    QTest::newRow("after another package of the same beginning")
-        << QByteArray("com.example.myapp2/.Other\ncom.example.myapp/.Mine\n") << u"com.example.myapp/.Mine"_s;
-}
-
 void AppActionsTest::launchesTheResolvedComponent()
 {
-    QFETCH(QByteArray, resolution);
-    QFETCH(QString, component);
+    const QString component = u"com.example.myapp/com.example.Main$Inner"_s;
     selectPhoneAndApp();
-    adb().on(resolve).prints(resolution);
+    adb().on(resolve).prints("priority=0 preferredOrder=0 match=0x108000\r\n" + component.toUtf8() + "\r\n");
     adb().on(start(component)).prints("Starting: Intent { }\nStatus: ok\nComplete\n").complains("Warning: slow\n");
     perform([this] { model->appAction(true); });
     QCOMPARE(writes->take(), success(launching, u"Launched com.example.myapp on R58M42ABCDE."_s));
@@ -162,11 +141,7 @@ void AppActionsTest::withoutALaunchableActivityNothingIsStarted_data()
 {
     QTest::addColumn<QByteArray>("resolution");
     QTest::newRow("nothing") << QByteArray();
-    QTest::newRow("No activity found") << QByteArray("No activity found\n");
     QTest::newRow("another package") << QByteArray("com.example.myapp2/.Main\n");
-    QTest::newRow("a blank in the line") << QByteArray(" com.example.myapp/.Main\n");
-    QTest::newRow("a shell character in the line") << QByteArray("com.example.myapp/.Main;reboot\n");
-    QTest::newRow("two slashes") << QByteArray("com.example.myapp//.Main\n");
     QTest::newRow("ill-formed bytes") << QByteArray("com.example.myapp/.Main\xff\n");
 }
 

@@ -299,8 +299,7 @@ void BuildTest::inputsAreThoseOfTheClick()
     model->selectedID = u"other"_s;
     QVERIFY(called(adb(), installCommand(path)));
     model->acceptAPK(QUrl::fromLocalFile(makeFile(u"later.apk"_s)));
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+    letGo();
     QCOMPARE(model->status(), u"Installed demo-debug.apk on R58M42ABCDE. Existing app data was retained."_s);
     QCOMPARE(adb().commandLines(), QList({installCommand(path)}));
 }

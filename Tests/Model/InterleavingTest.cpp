@@ -89,8 +89,7 @@ void InterleavingTest::refreshDuringAnActionLeavesItsTextsAlone()
     QCOMPARE(writes->take(), QStringList({u"same"_s}));
     QCOMPARE(model->status(), u"Stopping app…"_s);
     QVERIFY(model->busy());
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+    letGo();
 }
 
 void InterleavingTest::readDuringAnActionLeavesItsTextsAlone()
@@ -109,8 +108,7 @@ void InterleavingTest::readDuringAnActionLeavesItsTextsAlone()
     tools->open(u"log"_s);
     QCoro::waitFor(reading);
     QCOMPARE(writes->take(), QStringList({u"logs=late\n"_s}));
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+    letGo();
     QCOMPARE(model->logs(), u"late\n"_s);
 }
 

@@ -285,8 +285,7 @@ void LifecycleTest::tickIsSkippedWhileBusyAndTheNextOneCatchesUp()
     QCOMPARE(adb().commandLines(), QList({forceStop}));
     QCOMPARE(model->logs(), QString());
     QVERIFY(model->logging());
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+    letGo();
     COMPARE_SOON(model->logs(), u"line\n"_s);
     QCOMPARE(adb().commandLines(), QList({forceStop, listing, logCommand()}));
 }

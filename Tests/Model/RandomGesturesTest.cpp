@@ -55,8 +55,8 @@ QString written(const QString &name, bool before, bool after)
 struct Action
 {
     QString working;
-    std::optional<QString> outcome; ///< absent where it must fail
-    std::optional<QString> error;   ///< absent where it must succeed
+    std::optional<QString> outcome; ///< absent if it must fail
+    QString error;                  ///< if it must fail
     QString console;                ///< what it puts there on success, where it does
 };
 
@@ -75,7 +75,8 @@ private:
     QString anyOf(const QStringList &texts) { return texts[m_random.bounded(texts.size())]; }
 
     std::optional<QString> target() const;
-    Writes begin(const Action &action);
+    /// What an action of these texts writes when it begins.
+    Writes begin(const QString &working, bool succeeds, const QString &outcome, const QString &error);
 
     Writes select();
     Writes toggleConsole();
@@ -189,10 +190,11 @@ std::optional<QString> RandomGesturesTest::target() const
     return std::nullopt;
 }
 
-RandomGesturesTest::Writes RandomGesturesTest::begin(const Action &action)
+RandomGesturesTest::Writes RandomGesturesTest::begin(const QString &working, bool succeeds, const QString &outcome,
+                                                     const QString &error)
 {
-    m_action = action;
-    return {u"busy=true"_s, written(u"status"_s, model->status(), action.working)};
+    m_action = {working, succeeds ? std::optional(outcome) : std::nullopt, error, {}};
+    return {u"busy=true"_s, written(u"status"_s, model->status(), working)};
 }
 
 RandomGesturesTest::Writes RandomGesturesTest::select()
@@ -239,12 +241,8 @@ RandomGesturesTest::Writes RandomGesturesTest::install()
     Writes expected;
     if (const auto phone = target(); phone && model->apk()) {
         const QString name = model->apk()->fileName();
-        Action action{u"Installing "_s + name + u"…", {}, {}, {}};
-        if (name == u"good.apk")
-            action.outcome = u"Installed good.apk on "_s + *phone + u". Existing app data was retained.";
-        else
-            action.error = u"Failure\n"_s;
-        expected = begin(action);
+        expected = begin(u"Installing "_s + name + u"…", name == u"good.apk",
+                         u"Installed good.apk on "_s + *phone + u". Existing app data was retained.", u"Failure\n"_s);
     }
     model->install();
     return expected;
@@ -256,19 +254,15 @@ RandomGesturesTest::Writes RandomGesturesTest::appAction()
     const QString package = model->packageName().trimmed();
     Writes expected;
     if (const auto phone = target()) {
-        Action action{launches ? u"Launching app…"_s : u"Stopping app…"_s, {}, {}, {}};
-        if (package == u"com.good.app")
-            action.outcome = (launches ? u"Launched "_s : u"Stopped "_s) + package + u" on " + *phone + u'.';
-        else if (launches)
-            action.error = u"No launchable activity found for "_s + package +
-                           u". Check that the APK is installed and includes a launcher activity.";
-        else
-            action.error = u"Error: unknown\n"_s;
+        const QString noActivity = u"No launchable activity found for "_s + package +
+                                   u". Check that the APK is installed and includes a launcher activity.";
         if (package.isEmpty() || package == u"nonsense")
             expected = {
                 written(u"error"_s, text(model->error()), u"Enter an Android package ID such as com.example.myapp."_s)};
         else
-            expected = begin(action);
+            expected = begin(launches ? u"Launching app…"_s : u"Stopping app…"_s, package == u"com.good.app",
+                             (launches ? u"Launched "_s : u"Stopped "_s) + package + u" on " + *phone + u'.',
+                             launches ? noActivity : u"Error: unknown\n"_s);
     }
     model->appAction(launches);
     return expected;
@@ -278,12 +272,9 @@ RandomGesturesTest::Writes RandomGesturesTest::listApps()
 {
     Writes expected;
     if (const auto phone = target()) {
-        Action action{u"Reading installed apps…"_s, {}, {}, u"apps of "_s + *phone};
-        if (*phone == bad)
-            action.error = QString::fromUtf8(complaint);
-        else
-            action.outcome = u"User-installed package IDs are shown in the console."_s;
-        expected = begin(action);
+        expected = begin(u"Reading installed apps…"_s, *phone != bad,
+                         u"User-installed package IDs are shown in the console."_s, QString::fromUtf8(complaint));
+        m_action->console = u"apps of "_s + *phone;
     }
     model->listApps();
     return expected;
@@ -295,12 +286,8 @@ RandomGesturesTest::Writes RandomGesturesTest::screenshot()
     dialogs->locations = {cancels ? std::nullopt : std::optional(scratch(u"shot.png"_s))};
     Writes expected;
     if (const auto phone = target(); phone && !cancels) {
-        Action action{u"Capturing phone screenshot…"_s, {}, {}, {}};
-        if (*phone == bad)
-            action.error = u"The phone did not return a valid PNG screenshot."_s;
-        else
-            action.outcome = u"Screenshot saved to shot.png."_s;
-        expected = begin(action);
+        expected = begin(u"Capturing phone screenshot…"_s, *phone != bad, u"Screenshot saved to shot.png."_s,
+                         u"The phone did not return a valid PNG screenshot."_s);
     }
     model->screenshot();
     return expected;
@@ -320,13 +307,10 @@ RandomGesturesTest::Writes RandomGesturesTest::pair()
                     "pairing code."_s)};
     } else {
         expected = {u"pairingCode="_s};
-        Action action{u"Pairing with your Android phone…"_s, {}, {}, {}};
-        if (endpoint.startsWith(u"good"))
-            action.outcome = u"Paired. Now enter the connection IP:port from the main Wireless debugging screen."_s;
-        else
-            action.error = u"no [redacted] here\n"_s;
         if (!model->busy())
-            expected += begin(action);
+            expected += begin(u"Pairing with your Android phone…"_s, endpoint.startsWith(u"good"),
+                              u"Paired. Now enter the connection IP:port from the main Wireless debugging screen."_s,
+                              u"no [redacted] here\n"_s);
     }
     model->pair();
     return expected;
@@ -342,12 +326,8 @@ RandomGesturesTest::Writes RandomGesturesTest::connectPhone()
         expected = {written(u"error"_s, text(model->error()),
                             u"Enter the phone’s wireless connection address in host:port format."_s)};
     } else if (!model->busy()) {
-        Action action{u"Connecting over Wi-Fi…"_s, {}, {}, {}};
-        if (endpoint.startsWith(u"good"))
-            action.outcome = u"connected to good:1"_s;
-        else
-            action.error = u"refused\n"_s;
-        expected = begin(action);
+        expected =
+            begin(u"Connecting over Wi-Fi…"_s, endpoint.startsWith(u"good"), u"connected to good:1"_s, u"refused\n"_s);
     }
     model->connect();
     return expected;
@@ -404,7 +384,7 @@ QString RandomGesturesTest::judgeEnd(const QStringList &happened, qsizetype end)
     if (!m_action)
         return u"busy was released without an action"_s;
     const Action action = *std::exchange(m_action, std::nullopt);
-    ++m_ended[action.working + (action.error ? u" fails" : u" succeeds")];
+    ++m_ended[action.working + (action.outcome ? u" succeeds" : u" fails")];
     if (action.outcome) {
         if (happened.value(end - 1) != u"status="_s + *action.outcome)
             return u"expected the outcome "_s + *action.outcome;
@@ -416,8 +396,8 @@ QString RandomGesturesTest::judgeEnd(const QStringList &happened, qsizetype end)
     if (happened.value(end - 1) != u"status="_s + action.working + u" failed.")
         return u"expected the failure of "_s + action.working;
     const QString error = happened.value(end - 2);
-    return error == u"error="_s + *action.error || error == u"same" ? QString()
-                                                                    : u"expected the error "_s + *action.error;
+    return error == u"error="_s + action.error || error == u"same" ? QString()
+                                                                   : u"expected the error "_s + action.error;
 }
 
 QString RandomGesturesTest::judge(const QStringList &happened)

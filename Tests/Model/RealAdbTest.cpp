@@ -4,8 +4,6 @@
 #include <QCoroTask>
 #include <QCryptographicHash>
 #include <QFile>
-#include <QFileInfo>
-#include <QImage>
 #include <QJsonObject>
 
 using namespace Qt::StringLiterals;
@@ -29,11 +27,6 @@ QJsonObject ended(const VirtualPhone &phone, const QString &service)
     return phone.closed(service).value(0);
 }
 
-qint64 processOf(VirtualPhone &phone)
-{
-    return phone.command(u"start "_s + package).section(u' ', 1).toLongLong();
-}
-
 } // namespace
 
 class RealAdbTest : public RealAdbModelTest
@@ -51,11 +44,8 @@ private Q_SLOTS:
     void installsTheFileByteForByte();
     void refusedInstallIsToldInThePhonesWords();
     void deletedBuildIsToldInTheToolsWords();
-    void launchedAppIsFollowedInTheConsoleUntilItIsStopped();
     void missingAppHasNoLaunchableActivity();
-    void listsTheInstalledPackages();
     void deviceWideLogHoldsWhatIsWellFormedAndMarksTheRest();
-    void screenshotIsThePhonesPicture();
     void otherPhonesAreLeftAlone();
 };
 
@@ -223,33 +213,6 @@ void RealAdbTest::deletedBuildIsToldInTheToolsWords()
     QCOMPARE(model->status(), u"Installing demo.apk… failed."_s);
 }
 
-void RealAdbTest::launchedAppIsFollowedInTheConsoleUntilItIsStopped()
-{
-    VirtualPhone &phone = addPhone();
-    connectTo(phone);
-    model->packageName = u" com.example.app\n"_s;
-    QCoro::waitFor(model->readLogs());
-    QCOMPARE(model->logs(), u"This app is not running. Launch it to see its logs."_s);
-
-    perform([this] { model->appAction(true); });
-    QCOMPARE(model->error(), std::nullopt);
-    QCOMPARE(model->status(), u"Launched com.example.app on "_s + phone.serial() + u'.');
-    const qint64 pid = processOf(phone);
-    QVERIFY(pid > 0);
-    phone.command(u"log Mine 'a line of the app'"_s);
-    QCoro::waitFor(model->readLogs());
-    QVERIFY2(model->logs().contains(u"a line of the app"), qUtf8Printable(model->logs()));
-    for (const QString &line : model->logs().split(u'\n', Qt::SkipEmptyParts)) {
-        if (!line.startsWith(u"-----"))
-            QCOMPARE(line.simplified().section(u' ', 2, 2).toLongLong(), pid);
-    }
-
-    perform([this] { model->appAction(false); });
-    QCOMPARE(model->status(), u"Stopped com.example.app on "_s + phone.serial() + u'.');
-    QCoro::waitFor(model->readLogs());
-    QCOMPARE(model->logs(), u"This app is not running. Launch it to see its logs."_s);
-}
-
 void RealAdbTest::missingAppHasNoLaunchableActivity()
 {
     connectTo(addPhone());
@@ -258,18 +221,6 @@ void RealAdbTest::missingAppHasNoLaunchableActivity()
     QCOMPARE(model->error(),
              std::optional(u"No launchable activity found for com.example.missing. Check that the APK is "
                            "installed and includes a launcher activity."_s));
-}
-
-void RealAdbTest::listsTheInstalledPackages()
-{
-    connectTo(addPhone());
-    model->logging = true;
-    perform([this] { model->listApps(); });
-    QCOMPARE(model->status(), u"User-installed package IDs are shown in the console."_s);
-    QStringList packages = model->logs().split(u'\n', Qt::SkipEmptyParts);
-    packages.sort();
-    QCOMPARE(packages, QStringList({u"com.example.app"_s, u"org.example.karten"_s}));
-    QVERIFY(!model->logging());
 }
 
 void RealAdbTest::deviceWideLogHoldsWhatIsWellFormedAndMarksTheRest()
@@ -285,20 +236,6 @@ void RealAdbTest::deviceWideLogHoldsWhatIsWellFormedAndMarksTheRest()
     QVERIFY(model->logs().count(u'\n') <= 351); // 350 lines, and one that names the buffer
     QVERIFY(model->logging());
     QCOMPARE(model->error(), std::nullopt);
-}
-
-void RealAdbTest::screenshotIsThePhonesPicture()
-{
-    VirtualPhone &phone = addPhone();
-    connectTo(phone);
-    dialogs->locations = {path(u"Größe 1.png"_s)};
-    perform([this] { model->screenshot(); });
-    QCOMPARE(model->error(), std::nullopt);
-    QCOMPARE(model->status(), u"Screenshot saved to Größe 1.png."_s);
-    const QJsonObject record = ended(phone, u"screencap"_s);
-    QCOMPARE(QFileInfo(path(u"Größe 1.png"_s)).size(), record.value(u"sent"_s).toInteger());
-    const QImage image(path(u"Größe 1.png"_s), "PNG");
-    QCOMPARE(image.size(), QSize(720, 1600));
 }
 
 void RealAdbTest::otherPhonesAreLeftAlone()

@@ -127,8 +127,7 @@ void ScreenshotTest::actionStartedUnderTheOpenDialogDropsTheScreenshot()
     dialogs->whileOpen = [this] { model->appAction(false); };
     model->screenshot();
     QVERIFY(called(adb(), forceStop));
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+    letGo();
     settle();
     QCOMPARE(writes->take(), success(u"Stopping app…"_s, u"Stopped com.example.myapp on R58M42ABCDE."_s));
     QCOMPARE(adb().commandLines(), QList({forceStop}));

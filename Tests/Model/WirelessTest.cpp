@@ -268,8 +268,7 @@ void WirelessTest::selectionMadeDuringTheConnectionYieldsToTheConnectedPhone()
     model->connect();
     QVERIFY(called(adb(), connecting));
     model->selectedID = u"A"_s;
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+    letGo();
     QCOMPARE(model->selectedID(), std::optional(endpoint));
 }
 
@@ -284,8 +283,7 @@ void WirelessTest::busyLastsAcrossTheRefresh()
     model->start(); // its tick finds the model busy
     settle();
     QCOMPARE(adb().count(listing), 1);
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+    letGo();
 }
 
 void WirelessTest::endpointIsThatOfTheClick()
@@ -296,8 +294,7 @@ void WirelessTest::endpointIsThatOfTheClick()
     model->connect();
     model->connectEndpoint = u"other:1"_s;
     QVERIFY(called(adb(), connecting));
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+    letGo();
     QCOMPARE(model->selectedID(), std::optional(endpoint));
     QCOMPARE(model->connectEndpoint(), u"other:1"_s);
 }

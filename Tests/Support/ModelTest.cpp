@@ -70,6 +70,12 @@ void ModelTest::perform(const std::function<void()> &start)
     eventually([this] { return !model->busy(); });
 }
 
+void ModelTest::letGo()
+{
+    tools->open(u"go"_s);
+    COMPARE_SOON(model->busy(), false);
+}
+
 bool ModelTest::called(const StandInTool &tool, const QStringList &arguments, qsizetype times)
 {
     return eventually([&] { return tool.count(arguments) >= times; });

@@ -54,6 +54,9 @@ protected:
     /// Waits until the tool has been called `times` times with these arguments.
     static bool called(const StandInTool &tool, const QStringList &arguments, qsizetype times = 1);
 
+    /// Opens the gate "go", and waits for the end of the action that it held up.
+    void letGo();
+
     /// The writes of an action that failed so, from its start to its end.
     static QStringList failure(const QString &working, const QString &error);
     /// The writes of an action that ended with `outcome`.

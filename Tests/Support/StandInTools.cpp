@@ -197,11 +197,6 @@ void StandInTool::open(const QString &gate)
     put(script() + u"/gates/" + gate, {});
 }
 
-void StandInTool::close(const QString &gate)
-{
-    QFile::remove(script() + u"/gates/" + gate);
-}
-
 StandInTools::StandInTools()
     : m_adb(emptiedDirectory() + u"/platform-tools/adb", true)
     , m_scrcpy(directory() + u"/scrcpy/scrcpy", false)

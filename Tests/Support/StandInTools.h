@@ -96,7 +96,6 @@ public:
     void forgetCalls();
 
     void open(const QString &gate);
-    void close(const QString &gate);
 
 private:
     ToolAnswer newRule(const std::optional<QStringList> &arguments);

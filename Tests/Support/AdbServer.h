@@ -42,6 +42,7 @@ public:
     Q_DISABLE_COPY_MOVE(AdbServer)
 
     bool isAvailable() const { return QFileInfo(m_adb).isExecutable(); }
+    quint16 port() const { return m_port; }
     /// The folder that holds all of its files: "home", "tmp", and what the test puts there.
     QString folder() const { return m_folder.path(); }
     QString home() const { return m_folder.filePath(QStringLiteral("home")); }

@@ -1,5 +1,5 @@
-// A program that behaves as its arguments say, for the core's tests, which start it themselves: each behaviour is a word
-// and that word's own arguments, carried out from left to right, with exit status 0 at the end of the list.
+// A program that behaves as its arguments say, for the core's tests, which start it themselves: each behaviour is a
+// word and that word's own arguments, carried out from left to right, with exit status 0 at the end of the list.
 //
 //   stand-in error "no devices" exit 1
 //   stand-in ignore TERM sleep 20

@@ -1,16 +1,9 @@
 // The private temporary directory of one command.
 #include "Private/CaptureDirectory.h"
+#include "Support/CoreTest.h"
 #include "Support/FailureOf.h"
 
-#include "Support/ProcessCensus.h"
-
-#include <QDir>
-#include <QFile>
 #include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <memory>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -29,9 +22,8 @@ public:
         : m_previous(::umask(mask))
     {
     }
-    Umask(const Umask &) = delete;
-    Umask &operator=(const Umask &) = delete;
     ~Umask() { ::umask(m_previous); }
+    Q_DISABLE_COPY_MOVE(Umask)
 
 private:
     mode_t m_previous;
@@ -52,26 +44,11 @@ void write(const Descriptor &file, const QByteArray &bytes)
 
 } // namespace
 
-class CaptureDirectoryTest : public QObject
+class CaptureDirectoryTest : public CoreTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_home = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_home->isValid());
-        m_temporary = m_home->path();
-        qputenv("TMPDIR", QFile::encodeName(m_temporary));
-        m_census = std::make_unique<ProcessCensus>();
-    }
-
-    void cleanup()
-    {
-        QCOMPARE(m_census->leftovers(), QStringList());
-        qunsetenv("TMPDIR");
-    }
-
     void isNamedAfterAnUpperCaseUuid()
     {
         const CaptureDirectory directory;
@@ -100,16 +77,15 @@ private Q_SLOTS:
     void makesMissingTemporaryDirectoryAsPrivate()
     {
         QFETCH(int, mask);
-        const QString existing = m_temporary;
+        const QString existing = QDir::tempPath();
         QCOMPARE(::chmod(QFile::encodeName(existing).constData(), 0751), 0);
-        m_temporary += u"/a//b/ä b/"_s;
-        qputenv("TMPDIR", QFile::encodeName(m_temporary));
+        qputenv("TMPDIR", QFile::encodeName(existing + u"/a//b/ä b/"_s));
         {
             const Umask umask(static_cast<mode_t>(mask));
             const CaptureDirectory directory;
             QCOMPARE(permissions(path()), 0700U);
         }
-        QVERIFY(QDir(m_temporary).isEmpty());
+        QVERIFY(QDir::temp().isEmpty());
         QCOMPARE(permissions(existing), 0751U);
         for (const QString &made : {u"/a"_s, u"/a/b"_s, u"/a/b/ä b"_s})
             QCOMPARE(permissions(existing + made), 0700U);
@@ -193,7 +169,7 @@ private Q_SLOTS:
             QVERIFY(QDir(path()).mkpath(u"a/b"_s));
             QVERIFY(QFile::link(QDir::homePath(), path("link")));
         }
-        QVERIFY(QDir(m_temporary).isEmpty());
+        QVERIFY(QDir::temp().isEmpty());
         QVERIFY(QDir::home().exists());
     }
 
@@ -201,7 +177,7 @@ private Q_SLOTS:
     {
         const CaptureDirectory directory;
         directory.remove();
-        QVERIFY(QDir(m_temporary).isEmpty());
+        QVERIFY(QDir::temp().isEmpty());
         directory.remove();
         QVERIFY(failureOf([&] { directory.createFile("stdout"); }).endsWith(u"/stdout: No such file or directory"));
     }
@@ -212,24 +188,20 @@ private Q_SLOTS:
         const QString firstName = only();
         {
             const CaptureDirectory second;
-            QCOMPARE(QDir(m_temporary).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size(), 2);
+            QCOMPARE(QDir::temp().entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size(), 2);
         }
         QCOMPARE(only(), firstName);
     }
 
 private:
     /// The one entry of the temporary directory.
-    QString only() const { return QDir(m_temporary).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).value(0); }
+    QString only() const { return QDir::temp().entryList(QDir::NoDotAndDotDot | QDir::AllEntries).value(0); }
 
     QString path(const char *name = nullptr) const
     {
-        const QString directory = m_temporary + u'/' + only();
+        const QString directory = QDir::tempPath() + u'/' + only();
         return name ? QString(directory + u'/' + QString::fromLatin1(name)) : directory;
     }
-
-    std::unique_ptr<QTemporaryDir> m_home;
-    QString m_temporary;
-    std::unique_ptr<ProcessCensus> m_census;
 };
 
 QTEST_GUILESS_MAIN(CaptureDirectoryTest)

@@ -2,17 +2,13 @@
 #include "VardaCore/ChildProcess.h"
 #include "StandInChild.h"
 
-#include "Support/ProcessCensus.h"
+#include "Support/CoreTest.h"
 #include "Support/Wait.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QThread>
 
 #include <csignal>
 #include <memory>
-#include <optional>
 #include <type_traits>
 
 using namespace varda;
@@ -39,25 +35,11 @@ QByteArray stateOf(pid_t pid)
 
 } // namespace
 
-class ChildProcessTest : public QObject
+class ChildProcessTest : public CoreTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_home = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_home->isValid());
-        qputenv("TMPDIR", QFile::encodeName(m_home->path()));
-        m_census = std::make_unique<ProcessCensus>();
-    }
-
-    void cleanup()
-    {
-        QCOMPARE(m_census->leftovers(), QStringList());
-        qunsetenv("TMPDIR");
-    }
-
     void reportsHowTheChildEnded_data()
     {
         QTest::addColumn<QString>("arguments");
@@ -264,9 +246,6 @@ private:
 
     /// A file that a child creates once it is ready to be tested.
     QString ready() const { return m_home->filePath(u"ready"_s); }
-
-    std::unique_ptr<QTemporaryDir> m_home;
-    std::unique_ptr<ProcessCensus> m_census;
 };
 
 QTEST_GUILESS_MAIN(ChildProcessTest)

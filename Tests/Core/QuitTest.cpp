@@ -1,17 +1,12 @@
 // What becomes of commands in flight when the program that runs them ends in order. They are played by quit-in-flight.
-#include "Support/ProcessCensus.h"
+#include "Support/CoreTest.h"
 #include "Support/StandIn.h"
 #include "Support/Wait.h"
 
-#include <QDir>
-#include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <csignal>
-#include <optional>
 
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -33,25 +28,11 @@ public:
 
 } // namespace
 
-class QuitTest : public QObject
+class QuitTest : public CoreTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_home.emplace();
-        QVERIFY(QDir(m_home->path()).mkdir(u"tmp"_s));
-        qputenv("TMPDIR", QFile::encodeName(m_home->filePath(u"tmp"_s)));
-        m_census.emplace();
-    }
-
-    void cleanup()
-    {
-        QCOMPARE(m_census->leftovers(), QStringList());
-        QVERIFY(QDir::temp().isEmpty());
-    }
-
     void leavesNoFileWhenTheProgramEndsInBetween_data()
     {
         QTest::addColumn<QString>("count");
@@ -153,9 +134,6 @@ private:
         eventually([&] { return ::waitpid(child, &status, WNOHANG) != 0; });
         return WIFEXITED(status) ? u"exit %1"_s.arg(WEXITSTATUS(status)) : u"signal %1"_s.arg(WTERMSIG(status));
     }
-
-    std::optional<QTemporaryDir> m_home;
-    std::optional<ProcessCensus> m_census;
 };
 
 QTEST_GUILESS_MAIN(QuitTest)

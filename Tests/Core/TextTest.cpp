@@ -96,16 +96,6 @@ private Q_SLOTS:
         QVERIFY(decoded.startsWith(u"xxx") && decoded[front.size() - 1] == u'x');
     }
 
-    void decodesHundredMegabytes()
-    {
-        const QByteArray line = "06-01 12:00:00.000  1234  1234 I Gerät: \xFF\n"_ba;
-        const qsizetype count = 100'000'000 / line.size();
-        const QString text = decodeUtf8(line.repeated(count));
-        const QString decodedLine = u"06-01 12:00:00.000  1234  1234 I Gerät: \uFFFD\n"_s;
-        QCOMPARE(text.size(), count * decodedLine.size());
-        QVERIFY(text.endsWith(decodedLine + decodedLine));
-    }
-
     void takesFirstCharacters_data()
     {
         QTest::addColumn<QString>("text");

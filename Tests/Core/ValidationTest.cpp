@@ -30,30 +30,17 @@ private Q_SLOTS:
         addRows({u"com.example.myapp"_s, u"a.b"_s, u"_._"_s, u"Com.Example_1.a2"_s, u"a1.b2.c3.d4"_s,
                  u"a."_s + QString(1'000'000, u'b'), u"a"_s + u".b"_s.repeated(200'000)},
                 true);
-        addRows({QString(),
-                 u"com"_s,
-                 u"com.1example"_s,
-                 u"1com.example"_s,
-                 u"com..example"_s,
-                 u".com.example"_s,
-                 u"com.example."_s,
-                 u"com.ex-ample"_s,
-                 u"com.exam ple"_s,
-                 u" com.example"_s,
-                 u"com.example "_s,
-                 u"com.example\n"_s,
-                 u"com.example\r"_s,
-                 u"com.example\r\n"_s,
-                 u"com.example\u2028"_s,
-                 u"\ncom.example"_s,
-                 u"x\ncom.example"_s,
-                 u"com.example\nx"_s,
-                 u"com.exämple"_s,
-                 u"-com.example"_s,
-                 u"com.example;ls"_s,
-                 u"com.example/.A"_s,
-                 u"com.exa$mple"_s,
-                 QStringView(u"com.example\0", 12).toString()},
+        // Segments: two at least, none empty, none that begins with a digit.
+        addRows({QString(), u"com"_s, u"com.1example"_s, u"1com.example"_s, u"com..example"_s, u".com.example"_s,
+                 u"com.example."_s},
+                false);
+        // Space and line ends, wherever they stand.
+        addRows({u"com.exam ple"_s, u" com.example"_s, u"com.example "_s, u"com.example\n"_s, u"com.example\r"_s,
+                 u"com.example\r\n"_s, u"com.example\u2028"_s, u"\ncom.example"_s, u"x\ncom.example"_s,
+                 u"com.example\nx"_s},
+                false);
+        addRows({u"com.ex-ample"_s, u"com.exämple"_s, u"-com.example"_s, u"com.example;ls"_s, u"com.example/.A"_s,
+                 u"com.exa$mple"_s, QStringView(u"com.example\0", 12).toString()},
                 false);
     }
     void judgesPackages()
@@ -72,47 +59,26 @@ private Q_SLOTS:
                  u"[::1]:5555"_s, u"[fe80::1]:5555"_s, u"[FE80::AbCd:0001]:5555"_s, u"[2001:db8:0:0:0:0:0:1]:37123"_s,
                  u"[::ffff:192.168.1.50]:5555"_s, u"192.168.1.50:005555"_s},
                 true);
-        addRows({QString(),
-                 u"192.168.1.50"_s,
-                 u"192.168.1.50:"_s,
-                 u":5555"_s,
-                 u"192.168.1.50:0"_s,
-                 u"192.168.1.50:65536"_s,
-                 u"192.168.1.50:99999999999"_s,
-                 u"192.168.1.50:-1"_s,
-                 u"192.168.1.50:+1"_s,
-                 u"192.168.1.50:5555 "_s,
-                 u" 192.168.1.50:5555"_s,
-                 u"192.168.1.50:5555\n"_s,
-                 u"192.168.1.50:5555\r\n"_s,
-                 u"192.168.1.50:\n5555"_s,
-                 u"user@phone:5555"_s,
-                 u"user:password@phone:5555"_s,
-                 u"phone:5555/"_s,
-                 u"phone/x:5555"_s,
-                 u"phone?x:5555"_s,
-                 u"phone:5555?x"_s,
-                 u"phone:5555#x"_s,
-                 u"phone#x:5555"_s,
-                 u"pho ne:5555"_s,
-                 u"phone%20:5555"_s,
-                 u"-phone:5555"_s,
-                 u"phone-:5555"_s,
-                 u"_phone:5555"_s,
-                 u".phone:5555"_s,
-                 u"phöne:5555"_s,
-                 u"phone:٥٥٥٥"_s,
-                 u"phone:5555:5555"_s,
-                 u"fe80::1:5555"_s,
-                 u"[fe80::1:5555"_s,
-                 u"fe80::1]:5555"_s,
-                 u"[]:5555"_s,
-                 u"[fe80::1]"_s,
-                 u"[phone]:5555"_s,
-                 u"[fe80::1%eth0]:5555"_s,
-                 u"[fe80::1]x:5555"_s,
-                 u"[[fe80::1]]:5555"_s,
-                 u"tcp://phone:5555"_s},
+        // The port: there, and between 1 and 65535.
+        addRows({QString(), u"192.168.1.50"_s, u"192.168.1.50:"_s, u":5555"_s, u"192.168.1.50:0"_s,
+                 u"192.168.1.50:65536"_s, u"192.168.1.50:99999999999"_s, u"192.168.1.50:-1"_s, u"192.168.1.50:+1"_s,
+                 u"phone:٥٥٥٥"_s, u"phone:5555:5555"_s, u"[fe80::1]"_s},
+                false);
+        // Space and line ends.
+        addRows({u"192.168.1.50:5555 "_s, u" 192.168.1.50:5555"_s, u"192.168.1.50:5555\n"_s, u"192.168.1.50:5555\r\n"_s,
+                 u"192.168.1.50:\n5555"_s, u"pho ne:5555"_s},
+                false);
+        // What else an address on the web may have.
+        addRows({u"user@phone:5555"_s, u"user:password@phone:5555"_s, u"phone:5555/"_s, u"phone/x:5555"_s,
+                 u"phone?x:5555"_s, u"phone:5555?x"_s, u"phone:5555#x"_s, u"phone#x:5555"_s, u"tcp://phone:5555"_s},
+                false);
+        // Host names.
+        addRows({u"phone%20:5555"_s, u"-phone:5555"_s, u"phone-:5555"_s, u"_phone:5555"_s, u".phone:5555"_s,
+                 u"phöne:5555"_s},
+                false);
+        // Brackets.
+        addRows({u"fe80::1:5555"_s, u"[fe80::1:5555"_s, u"fe80::1]:5555"_s, u"[]:5555"_s, u"[phone]:5555"_s,
+                 u"[fe80::1%eth0]:5555"_s, u"[fe80::1]x:5555"_s, u"[[fe80::1]]:5555"_s},
                 false);
     }
     void judgesEndpoints()

@@ -18,22 +18,20 @@ class CrashTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void endsEveryWait();
+    void endsEveryWait()
+    {
+        Stage stage{{.varda = QStringLiteral(VARDA_PROGRAM), .adb = QStringLiteral(STAGED_ADB), .scrcpy = {}}};
+        QVERIFY2(stage.errorString().isEmpty(), qUtf8Printable(stage.errorString()));
+        QVERIFY(stage.startVarda());
+        const VardaWindow window{stage.varda().processId()};
+        kill(static_cast<pid_t>(stage.varda().processId()), SIGABRT);
+        // Longer than the time that CTest grants.
+        eventually([] { return false; }, 24h);
+        QVERIFY(!window.lists({}));
+        QFile::remove(QCoreApplication::applicationDirPath() + u"/core."_s +
+                      QString::number(QCoreApplication::applicationPid()));
+    }
 };
-
-void CrashTest::endsEveryWait()
-{
-    Stage stage{{.varda = QStringLiteral(VARDA_PROGRAM), .adb = QStringLiteral(STAGED_ADB), .scrcpy = {}}};
-    QVERIFY2(stage.errorString().isEmpty(), qUtf8Printable(stage.errorString()));
-    QVERIFY(stage.startVarda());
-    const VardaWindow window{stage.varda().processId()};
-    kill(static_cast<pid_t>(stage.varda().processId()), SIGABRT);
-    // Longer than the time that CTest grants.
-    eventually([] { return false; }, 24h);
-    QVERIFY(!window.lists({}));
-    QFile::remove(QCoreApplication::applicationDirPath() + u"/core."_s +
-                  QString::number(QCoreApplication::applicationPid()));
-}
 
 } // namespace varda::test
 

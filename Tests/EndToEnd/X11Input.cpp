@@ -104,10 +104,4 @@ void movePointer(QPoint position)
     xdotool({u"mousemove"_s, QString::number(position.x()), QString::number(position.y())});
 }
 
-void click(QPoint position)
-{
-    movePointer(position);
-    xdotool({u"click"_s, u"1"_s});
-}
-
 } // namespace varda::test

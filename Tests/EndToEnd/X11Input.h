@@ -29,6 +29,5 @@ void pressKeys(const QStringList &keys);
 void typeText(const QString &text);
 
 void movePointer(QPoint position);
-void click(QPoint position);
 
 } // namespace varda::test

@@ -126,78 +126,73 @@ private:
 
 private Q_SLOTS:
     void cleanup() { m_tools.reset(); }
-    void orderlyEndAtAnyMomentLeavesNothing_data();
-    void orderlyEndAtAnyMomentLeavesNothing();
-    void abruptEndLeavesTheFilesOfCommandsInFlightOnly();
-    void lostDisplayEndsTheProgramAndLeavesNothing();
-};
 
-void LifetimeTest::orderlyEndAtAnyMomentLeavesNothing_data()
-{
-    addSeedRows(seedsFor(u"LifetimeTest"_s, lives));
-}
-
-void LifetimeTest::orderlyEndAtAnyMomentLeavesNothing()
-{
-    QFETCH(quint32, seed);
-    const auto atEnd = qScopeGuard([] { tellHowToReplay(u"LifetimeTest"_s); });
-    QRandomGenerator random(seed);
-    stage(std::chrono::milliseconds(random.bounded(120)));
-    Life life(seed);
-    QVERIFY(life.comesUp());
-    QTest::qWait(random.bounded(maxLife));
-    static const QList<int> endings = {SIGTERM, SIGINT, SIGHUP};
-    // Some of them come while it is ending already.
-    for (int times = random.bounded(1, 5); times > 0; --times) {
-        life.signal(endings[random.bounded(3)]);
-        QTest::qWait(random.bounded(maxGap));
+    void orderlyEndAtAnyMomentLeavesNothing_data() { addSeedRows(seedsFor(u"LifetimeTest"_s, lives)); }
+    void orderlyEndAtAnyMomentLeavesNothing()
+    {
+        QFETCH(quint32, seed);
+        const auto atEnd = qScopeGuard([] { tellHowToReplay(u"LifetimeTest"_s); });
+        QRandomGenerator random(seed);
+        stage(std::chrono::milliseconds(random.bounded(120)));
+        Life life(seed);
+        QVERIFY(life.comesUp());
+        QTest::qWait(random.bounded(maxLife));
+        static const QList<int> endings = {SIGTERM, SIGINT, SIGHUP};
+        // Some of them come while it is ending already.
+        for (int times = random.bounded(1, 5); times > 0; --times) {
+            life.signal(endings[random.bounded(3)]);
+            QTest::qWait(random.bounded(maxGap));
+        }
+        QVERIFY(life.ends());
+        QCOMPARE(life.ending(), u"exit 0 "_s);
+        QCOMPARE(life.captureDirectories(), QStringList());
+        QVERIFY(!m_tools->adb().calls().isEmpty());
+        for (const ToolCall &mirror : m_tools->scrcpy().calls())
+            QTRY_VERIFY(m_tools->scrcpy().calls(mirror.arguments()).last().ended);
     }
-    QVERIFY(life.ends());
-    QCOMPARE(life.ending(), u"exit 0 "_s);
-    QCOMPARE(life.captureDirectories(), QStringList());
-    QVERIFY(!m_tools->adb().calls().isEmpty());
-    for (const ToolCall &mirror : m_tools->scrcpy().calls())
-        QTRY_VERIFY(m_tools->scrcpy().calls(mirror.arguments()).last().ended);
-}
 
-void LifetimeTest::abruptEndLeavesTheFilesOfCommandsInFlightOnly()
-{
-    stage(10s);
-    Life life(1);
-    QVERIFY(life.comesUp());
-    // A listing is answered at once; any other command takes longer than this test.
-    const auto isInFlight = [](const ToolCall &call) { return call.arguments() != QStringList{u"devices"_s, u"-l"_s}; };
-    const auto inFlight = [&] {
-        const QList<ToolCall> calls = m_tools->adb().calls();
-        return std::count_if(calls.begin(), calls.end(), isInFlight);
-    };
-    VERIFY_SOON(inFlight() > 0);
-    life.signal(SIGKILL);
-    QVERIFY(life.ends());
-    const QStringList left = life.captureDirectories();
-    // A listing may have been in flight beside an action and the console.
-    QVERIFY2(left.size() >= 1 && left.size() <= 3, qPrintable(left.join(u' ')));
-}
+    void abruptEndLeavesTheFilesOfCommandsInFlightOnly()
+    {
+        stage(10s);
+        Life life(1);
+        QVERIFY(life.comesUp());
+        // A listing is answered at once; any other command takes longer than this test.
+        const auto isInFlight = [](const ToolCall &call) {
+            return call.arguments() != QStringList{u"devices"_s, u"-l"_s};
+        };
+        const auto inFlight = [&] {
+            const QList<ToolCall> calls = m_tools->adb().calls();
+            return std::count_if(calls.begin(), calls.end(), isInFlight);
+        };
+        VERIFY_SOON(inFlight() > 0);
+        life.signal(SIGKILL);
+        QVERIFY(life.ends());
+        const QStringList left = life.captureDirectories();
+        // A listing may have been in flight beside an action and the console.
+        QVERIFY2(left.size() >= 1 && left.size() <= 3, qPrintable(left.join(u' ')));
+    }
 
-void LifetimeTest::lostDisplayEndsTheProgramAndLeavesNothing()
-{
-    stage(300ms);
-    Display display;
-    QVERIFY2(!display.name().isEmpty(), "there is no Xvfb to be had");
-    Life life(1, display.name());
-    QVERIFY(life.comesUp());
-    const auto mirrored = [&] {
-        const QList<ToolCall> calls = m_tools->scrcpy().calls();
-        return !calls.isEmpty() && !calls.last().ended;
-    };
-    VERIFY_SOON(mirrored() && !life.captureDirectories().isEmpty());
-    display.lose();
-    QVERIFY(life.ends());
-    const QString ending = life.ending();
-    QVERIFY2(ending.startsWith(u"exit 1 "_s), qUtf8Printable(ending)); // after Qt's messages about the lost connection
-    QCOMPARE(life.captureDirectories(), QStringList());
-    QTRY_VERIFY(m_tools->scrcpy().calls().last().ended);
-}
+    void lostDisplayEndsTheProgramAndLeavesNothing()
+    {
+        stage(300ms);
+        Display display;
+        QVERIFY2(!display.name().isEmpty(), "there is no Xvfb to be had");
+        Life life(1, display.name());
+        QVERIFY(life.comesUp());
+        const auto mirrored = [&] {
+            const QList<ToolCall> calls = m_tools->scrcpy().calls();
+            return !calls.isEmpty() && !calls.last().ended;
+        };
+        VERIFY_SOON(mirrored() && !life.captureDirectories().isEmpty());
+        display.lose();
+        QVERIFY(life.ends());
+        const QString ending = life.ending();
+        QVERIFY2(ending.startsWith(u"exit 1 "_s),
+                 qUtf8Printable(ending)); // after Qt's messages about the lost connection
+        QCOMPARE(life.captureDirectories(), QStringList());
+        QTRY_VERIFY(m_tools->scrcpy().calls().last().ended);
+    }
+};
 
 QTEST_GUILESS_MAIN(LifetimeTest)
 #include "LifetimeTest.moc"

@@ -50,63 +50,58 @@ private:
 
     /// Waits for so many ticks from now on, a minute at most, and calls `inTick` in each; tells when they were.
     Times ticks(
-        std::size_t count, const std::function<void()> &inTick = [] {});
+        std::size_t count, const std::function<void()> &inTick = [] {})
+    {
+        Times times;
+        QEventLoop loop;
+        QObject::connect(model.get(), &varda::VardaModel::objectWillChange, &loop, [&] {
+            times.push_back(std::chrono::steady_clock::now());
+            if (times.size() == count)
+                loop.quit();
+            inTick();
+        });
+        QTimer::singleShot(1min, &loop, &QEventLoop::quit);
+        QFile::remove(adb().path());
+        loop.exec();
+        return times;
+    }
 
 private Q_SLOTS:
     void initTestCase() { skipIdleTime(true); }
-    void pauseIsNeverShorterThanTwoAndAHalfSeconds();
-    void failureInATickDoesNotEndTheLoop();
-    void timerIsNotDestroyedInItsOwnEvent();
-};
 
-PollLoopTest::Times PollLoopTest::ticks(std::size_t count, const std::function<void()> &inTick)
-{
-    Times times;
-    QEventLoop loop;
-    QObject::connect(model.get(), &varda::VardaModel::objectWillChange, &loop, [&] {
-        times.push_back(std::chrono::steady_clock::now());
-        if (times.size() == count)
-            loop.quit();
-        inTick();
-    });
-    QTimer::singleShot(1min, &loop, &QEventLoop::quit);
-    QFile::remove(adb().path());
-    loop.exec();
-    return times;
-}
-
-void PollLoopTest::pauseIsNeverShorterThanTwoAndAHalfSeconds()
-{
-    for (int i = 0; i < 20; ++i) {
-        model->start();
-        const Times times = ticks(2);
-        model->stop();
-        QCOMPARE(times.size(), std::size_t(2));
-        const std::chrono::duration<double, std::milli> pause = times[1] - times[0];
-        QVERIFY2(pause >= 2500ms, qPrintable(QString::number(pause.count()) + u" ms"));
-        skipTime(83ms); // a timer that keeps to round times is early at some of them
+    void pauseIsNeverShorterThanTwoAndAHalfSeconds()
+    {
+        for (int i = 0; i < 20; ++i) {
+            model->start();
+            const Times times = ticks(2);
+            model->stop();
+            QCOMPARE(times.size(), std::size_t(2));
+            const std::chrono::duration<double, std::milli> pause = times[1] - times[0];
+            QVERIFY2(pause >= 2500ms, qPrintable(QString::number(pause.count()) + u" ms"));
+            skipTime(83ms); // a timer that keeps to round times is early at some of them
+        }
     }
-}
 
-void PollLoopTest::failureInATickDoesNotEndTheLoop()
-{
-    model->start();
-    QCOMPARE(ticks(3, [] { throw std::bad_alloc(); }).size(), std::size_t(3));
-}
+    void failureInATickDoesNotEndTheLoop()
+    {
+        model->start();
+        QCOMPARE(ticks(3, [] { throw std::bad_alloc(); }).size(), std::size_t(3));
+    }
 
-void PollLoopTest::timerIsNotDestroyedInItsOwnEvent()
-{
-    auto *application = static_cast<WatchingApplication *>(qApp);
-    application->timersDestroyed = 0;
-    model->start();
-    ticks(1);
-    model->stop(); // in the pause
-    settle();
-    model->start();
-    ticks(1, [this] { model->stop(); });
-    settle();
-    QCOMPARE(application->timersDestroyed, 0);
-}
+    void timerIsNotDestroyedInItsOwnEvent()
+    {
+        auto *application = static_cast<WatchingApplication *>(qApp);
+        application->timersDestroyed = 0;
+        model->start();
+        ticks(1);
+        model->stop(); // in the pause
+        settle();
+        model->start();
+        ticks(1, [this] { model->stop(); });
+        settle();
+        QCOMPARE(application->timersDestroyed, 0);
+    }
+};
 
 int main(int argc, char *argv[])
 {

@@ -154,25 +154,6 @@ private Q_SLOTS:
         QVERIFY(QDir(m_temporary.filePath(stray.first().section(u' ', 1))).removeRecursively());
     }
 
-    void vanishedCaptureFileIsTold_data()
-    {
-        QTest::addColumn<QString>("behaviour");
-        QTest::addColumn<bool>("fails");
-        QTest::newRow("output") << u"unlink-output"_s << true;
-        QTest::newRow("error text") << u"unlink-error"_s << false;
-    }
-    void vanishedCaptureFileIsTold()
-    {
-        QFETCH(QString, behaviour);
-        QFETCH(bool, fails);
-        const Ending ending = run({u"output"_s, u"text"_s, u"error"_s, u"complaint"_s, behaviour}, std::nullopt);
-        QCOMPARE(ending.result.has_value(), !fails);
-        if (fails)
-            QVERIFY2(ending.error.endsWith(u"/stdout: No such file or directory"_s), qPrintable(ending.error));
-        else
-            QCOMPARE(ending.result->error, QString());
-    }
-
     /// The rows above name every call that a command makes: were there one more, it would have no row.
     void everyCallOfACommandHasItsFault()
     {

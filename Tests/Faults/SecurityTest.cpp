@@ -1,17 +1,10 @@
 // What a user types stays what it is: the pairing code reaches adb and nothing else, no typed text becomes an option,
-// no text reaches a shell, and nobody else can read or plant what a command writes.
-#include "Children.h"
+// and no text reaches a shell.
 #include "Support/ModelTest.h"
-
-#include "VardaCore/CommandRunner.h"
 
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
-
-#include <filesystem>
-
-#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -86,194 +79,155 @@ private:
     void pairAndLook(const std::function<void(ToolAnswer &&)> &answer);
 
 private Q_SLOTS:
-    void searchFindsTheCodeWhereItIs();
-    void pairingCodeReachesAdbAndNothingElse_data();
-    void pairingCodeReachesAdbAndNothingElse();
-    void typedTextNeverBecomesAnOption_data();
-    void typedTextNeverBecomesAnOption();
-    void textsReachTheToolVerbatimAndNoShell_data();
-    void textsReachTheToolVerbatimAndNoShell();
-    void captureFilesArePrivate_data();
-    void captureFilesArePrivate();
-};
+    /// The search that the next test relies on.
+    void searchFindsTheCodeWhereItIs()
+    {
+        QFile file(QDir::temp().filePath(u"leak"_s));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("code " + secretCode.toUtf8());
+        file.close();
+        adb().onAnything().waitsFor(u"go"_s);
+        model->connectEndpoint = u"host:1"_s;
+        qputenv("LEAK", secretCode.toUtf8());
+        model->connect();
+        VERIFY_SOON(!adb().calls().isEmpty());
+        const QStringList found = placesHolding(secretCode, places());
+        qunsetenv("LEAK");
+        QVERIFY(found.contains(file.fileName()));
+        QVERIFY(found.contains(u"/proc/%1/environ"_s.arg(adb().calls().first().pid)));
+        QVERIFY(file.remove());
+        letGo();
+    }
 
-/// The search that the next test relies on.
-void SecurityTest::searchFindsTheCodeWhereItIs()
-{
-    QFile file(QDir::temp().filePath(u"leak"_s));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("code " + secretCode.toUtf8());
-    file.close();
-    adb().onAnything().waitsFor(u"go"_s);
-    model->connectEndpoint = u"host:1"_s;
-    qputenv("LEAK", secretCode.toUtf8());
-    model->connect();
-    VERIFY_SOON(!adb().calls().isEmpty());
-    const QStringList found = placesHolding(secretCode, places());
-    qunsetenv("LEAK");
-    QVERIFY(found.contains(file.fileName()));
-    QVERIFY(found.contains(u"/proc/%1/environ"_s.arg(adb().calls().first().pid)));
-    QVERIFY(file.remove());
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
-}
+    void pairingCodeReachesAdbAndNothingElse_data()
+    {
+        QTest::addColumn<QByteArray>("output");
+        QTest::addColumn<int>("exitCode");
+        QTest::newRow("success") << "Successfully paired to 192.168.1.50:37123\n"_ba << 0;
+        QTest::newRow("echoed by adb") << "Failed: 703914 is no good: 703914\n"_ba << 0;
+        QTest::newRow("failure") << "error: protocol fault\n"_ba << 1;
+        QTest::newRow("silence") << QByteArray() << 0;
+    }
+    void pairingCodeReachesAdbAndNothingElse()
+    {
+        QFETCH(QByteArray, output);
+        QFETCH(int, exitCode);
+        messages.clear();
+        const QtMessageHandler previous = qInstallMessageHandler(keepMessage);
+        // The answer is written only after the look at the pairing that is under way.
+        adb().onAnything().waitsFor(u"go"_s).exits(exitCode);
+        model->pairingEndpoint = endpoint;
+        model->pairingCode = secretCode;
+        model->pair();
+        VERIFY_SOON(!adb().calls().isEmpty());
+        QVERIFY(!childProcesses().isEmpty());
+        const QStringList during = placesHolding(secretCode, places());
+        QCOMPARE(model->pairingCode(), QString());
+        const QByteArray input = adb().calls().first().input;
+        letGo();
 
-void SecurityTest::pairingCodeReachesAdbAndNothingElse_data()
-{
-    QTest::addColumn<QByteArray>("output");
-    QTest::addColumn<int>("exitCode");
-    QTest::newRow("success") << "Successfully paired to 192.168.1.50:37123\n"_ba << 0;
-    QTest::newRow("echoed by adb") << "Failed: 703914 is no good: 703914\n"_ba << 0;
-    QTest::newRow("failure") << "error: protocol fault\n"_ba << 1;
-    QTest::newRow("silence") << QByteArray() << 0;
-}
+        model->pairingCode = secretCode;
+        adb().onAnything().prints(output).exits(exitCode);
+        perform([this] { model->pair(); });
+        QStringList script = filesBelow(StandInTools::directory());
+        script.removeIf([](const QString &path) { return path.endsWith(u"/stdout"_s); });
+        const QStringList after = placesHolding(secretCode, processPlaces() + filesBelow(QDir::tempPath()) + script);
+        qInstallMessageHandler(previous);
 
-void SecurityTest::pairingCodeReachesAdbAndNothingElse()
-{
-    QFETCH(QByteArray, output);
-    QFETCH(int, exitCode);
-    messages.clear();
-    const QtMessageHandler previous = qInstallMessageHandler(keepMessage);
-    // The answer is written only after the look at the pairing that is under way.
-    adb().onAnything().waitsFor(u"go"_s).exits(exitCode);
-    model->pairingEndpoint = endpoint;
-    model->pairingCode = secretCode;
-    model->pair();
-    VERIFY_SOON(!adb().calls().isEmpty());
-    QVERIFY(!childProcesses().isEmpty());
-    const QStringList during = placesHolding(secretCode, places());
-    QCOMPARE(model->pairingCode(), QString());
-    const QByteArray input = adb().calls().first().input;
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
+        QCOMPARE(input, secretCode.toUtf8() + '\n');
+        QCOMPARE(during, QStringList());
+        QCOMPARE(after, QStringList());
+        for (const QString &write : writes->take() + messages)
+            QVERIFY2(write == u"pairingCode="_s + secretCode || !write.contains(secretCode), qPrintable(write));
+    }
 
-    model->pairingCode = secretCode;
-    adb().onAnything().prints(output).exits(exitCode);
-    perform([this] { model->pair(); });
-    QStringList script = filesBelow(StandInTools::directory());
-    script.removeIf([](const QString &path) { return path.endsWith(u"/stdout"_s); });
-    const QStringList after = placesHolding(secretCode, processPlaces() + filesBelow(QDir::tempPath()) + script);
-    qInstallMessageHandler(previous);
-
-    QCOMPARE(input, secretCode.toUtf8() + '\n');
-    QCOMPARE(during, QStringList());
-    QCOMPARE(after, QStringList());
-    for (const QString &write : writes->take() + messages)
-        QVERIFY2(write == u"pairingCode="_s + secretCode || !write.contains(secretCode), qPrintable(write));
-}
-
-void SecurityTest::typedTextNeverBecomesAnOption_data()
-{
-    QTest::addColumn<QString>("typed");
-    for (const char *text : {"-s", "--pid", "-p.x", " -com.example.app", "\n-host:1", "--host:1", "-1.2.3.4:5",
-                             "com.example.app -n", "com.example.app;reboot", "$(reboot).x", "`reboot`.x",
-                             "com.example.app\n-W", "host:1 -L tcp:0", "host:1\n", "\xE2\x80\x90host:1",
-                             "\xE2\x80\x93"
-                             "com.example.app",
-                             "com.example.app\xC2\xA0-n"})
-        QTest::newRow(text) << QString::fromUtf8(text);
-}
-
-void SecurityTest::typedTextNeverBecomesAnOption()
-{
-    QFETCH(QString, typed);
-    adb().onAnything().prints("com.example.app/.Main\n");
-    selectPhone();
-    model->packageName = typed;
-    model->pairingEndpoint = typed;
-    model->connectEndpoint = typed;
-    model->pairingCode = typed;
-    perform([this] { model->appAction(true); });
-    perform([this] { model->appAction(false); });
-    perform([this] { model->pair(); });
-    model->pairingCode = secretCode;
-    perform([this] { model->pair(); });
-    perform([this] { model->connect(); });
-    // A valid text may be typed with white space around it; what then arrives is the text without.
-    const QString kept = typed.trimmed();
-    for (const ToolCall &call : adb().calls()) {
-        for (const QString &argument : call.arguments()) {
-            QVERIFY2(!argument.contains(kept) || argument == kept, qPrintable(argument));
-            QVERIFY2(argument != kept || !kept.startsWith(u'-'), qPrintable(argument));
-            QVERIFY2(argument != kept || kept == u"host:1"_s, qPrintable(argument));
+    void typedTextNeverBecomesAnOption_data()
+    {
+        QTest::addColumn<QString>("typed");
+        for (const char *text : {"-s", "--pid", "-p.x", " -com.example.app", "\n-host:1", "--host:1", "-1.2.3.4:5",
+                                 "com.example.app -n", "com.example.app;reboot", "$(reboot).x", "`reboot`.x",
+                                 "com.example.app\n-W", "host:1 -L tcp:0", "host:1\n", "\xE2\x80\x90host:1",
+                                 "\xE2\x80\x93"
+                                 "com.example.app",
+                                 "com.example.app\xC2\xA0-n"})
+            QTest::newRow(text) << QString::fromUtf8(text);
+    }
+    void typedTextNeverBecomesAnOption()
+    {
+        QFETCH(QString, typed);
+        adb().onAnything().prints("com.example.app/.Main\n");
+        selectPhone();
+        model->packageName = typed;
+        model->pairingEndpoint = typed;
+        model->connectEndpoint = typed;
+        model->pairingCode = typed;
+        perform([this] { model->appAction(true); });
+        perform([this] { model->appAction(false); });
+        perform([this] { model->pair(); });
+        model->pairingCode = secretCode;
+        perform([this] { model->pair(); });
+        perform([this] { model->connect(); });
+        // A valid text may be typed with white space around it; what then arrives is the text without.
+        const QString kept = typed.trimmed();
+        for (const ToolCall &call : adb().calls()) {
+            for (const QString &argument : call.arguments()) {
+                QVERIFY2(!argument.contains(kept) || argument == kept, qPrintable(argument));
+                QVERIFY2(argument != kept || !kept.startsWith(u'-'), qPrintable(argument));
+                QVERIFY2(argument != kept || kept == u"host:1"_s, qPrintable(argument));
+            }
         }
     }
-}
 
-void SecurityTest::textsReachTheToolVerbatimAndNoShell_data()
-{
-    QTest::addColumn<QString>("text");
-    for (const char *text :
-         {"$(touch planted)", "`touch planted`", "; touch planted", "| touch planted", "&& touch planted", "a b", "'",
-          "\"", "\\", "*", "~", "-r", "--help", "%s%n", "\xC3\xA9\xE2\x80\xAE"})
-        QTest::newRow(text) << QString::fromUtf8(text);
-}
-
-void SecurityTest::textsReachTheToolVerbatimAndNoShell()
-{
-    QFETCH(QString, text);
-    const QString build = makeFile(text + u".apk"_s);
-    adb().onAnything().prints("Success\n");
-    scrcpy().onAnything().exits(0);
-    selectPhone(device(text, u"device"_s, text));
-    model->acceptAPK(QUrl::fromLocalFile(build));
-    perform([this] { model->install(); });
-    QCOMPARE(adb().commandLines(), QList({QStringList{u"-s"_s, text, u"install"_s, u"-r"_s, build}}));
-    QVERIFY(build.startsWith(u'/'));
-
-    const QString recording = scratch(text + u".mp4"_s);
-    dialogs->locations = {recording};
-    model->mirrorPhone(true);
-    VERIFY_SOON(!model->mirrorRunning());
-    QCOMPARE(scrcpy().commandLines(), QList({QStringList{u"--serial"_s, text, u"--window-title"_s, u"Varda · "_s + text,
-                                                         u"--max-size"_s, u"1920"_s, u"--record"_s, recording}}));
-    QVERIFY(!QFile::exists(u"planted"_s));
-    QVERIFY(!QFile::exists(scratch(u"planted"_s)));
-}
-
-void SecurityTest::captureFilesArePrivate_data()
-{
-    QTest::addColumn<int>("mask");
-    QTest::addColumn<bool>("link");
-    for (const int mask : {0, 022, 0777}) {
-        QTest::addRow("umask %03o", mask) << mask << false;
-        QTest::addRow("umask %03o, TMPDIR is a link", mask) << mask << true;
+    void textsReachTheToolVerbatimAndNoShell_data()
+    {
+        QTest::addColumn<QString>("text");
+        for (const char *text : {"$(touch planted)",
+                                 "`touch planted`",
+                                 "; touch planted",
+                                 "| touch planted",
+                                 "&& touch planted",
+                                 "a b",
+                                 "'",
+                                 "\"",
+                                 "\\",
+                                 "*",
+                                 "~",
+                                 "-r",
+                                 "--help",
+                                 "%s%n",
+                                 "\xC3\xA9\xE2\x80\xAE",
+                                 " two  blanks ",
+                                 "two\nlines\tand",
+                                 "100%25#?&=+",
+                                 "<>[]{}()!",
+                                 "Gro\xCC\x88\xC3\x9F"
+                                 "e",
+                                 "日本 👍🏽"})
+            QTest::newRow(text) << QString::fromUtf8(text);
     }
-}
+    void textsReachTheToolVerbatimAndNoShell()
+    {
+        QFETCH(QString, text);
+        const QString build = makeFile(text + u".apk"_s);
+        adb().onAnything().prints("Success\n");
+        scrcpy().onAnything().exits(0);
+        selectPhone(device(text, u"device"_s, text));
+        model->acceptAPK(QUrl::fromLocalFile(build));
+        perform([this] { model->install(); });
+        QCOMPARE(adb().commandLines(), QList({QStringList{u"-s"_s, text, u"install"_s, u"-r"_s, build}}));
+        QVERIFY(build.startsWith(u'/'));
 
-void SecurityTest::captureFilesArePrivate()
-{
-    QFETCH(int, mask);
-    QFETCH(bool, link);
-    const QByteArray temporary = qgetenv("TMPDIR");
-    const QString linkPath = scratch(u"link"_s);
-    if (link) {
-        QVERIFY(QFile::link(QFile::decodeName(temporary), linkPath));
-        qputenv("TMPDIR", QFile::encodeName(linkPath));
+        const QString recording = scratch(text + u".mp4"_s);
+        dialogs->locations = {recording};
+        model->mirrorPhone(true);
+        VERIFY_SOON(!model->mirrorRunning());
+        QCOMPARE(scrcpy().commandLines(),
+                 QList({QStringList{u"--serial"_s, text, u"--window-title"_s, u"Varda · "_s + text, u"--max-size"_s,
+                                    u"1920"_s, u"--record"_s, recording}}));
+        QVERIFY(!QFile::exists(u"planted"_s));
+        QVERIFY(!QFile::exists(scratch(u"planted"_s)));
     }
-    adb().onAnything().waitsFor(u"go"_s);
-    model->connectEndpoint = u"host:1"_s;
-    const mode_t previous = ::umask(0);
-    ::umask(static_cast<mode_t>(mask));
-    model->connect();
-    // The stand-in makes files of its own, which the mask would keep from it: it shows itself as a child.
-    const bool launched = eventually([] { return !childProcesses().isEmpty(); });
-    ::umask(previous);
-    QVERIFY(launched);
-
-    const QStringList directories = QDir(QFile::decodeName(temporary)).entryList({u"varda-*"_s});
-    QCOMPARE(directories.size(), 1);
-    const std::filesystem::path directory =
-        QDir(QFile::decodeName(temporary)).filePath(directories.first()).toStdString();
-    using std::filesystem::perms;
-    QCOMPARE(std::filesystem::status(directory).permissions(), perms::owner_all);
-    for (const char *name : {"stdout", "stderr"})
-        QCOMPARE(std::filesystem::status(directory / name).permissions(), perms::owner_read | perms::owner_write);
-    tools->open(u"go"_s);
-    tools->release();
-    COMPARE_SOON(model->busy(), false);
-    qputenv("TMPDIR", temporary);
-}
+};
 
 QTEST_GUILESS_MAIN(SecurityTest)
 #include "SecurityTest.moc"

@@ -15,7 +15,6 @@ enum class Report {
     StatusLine, ///< `status` alone
     Console,    ///< `error`, and the console is turned off
     Nowhere,    ///< the failure of a part that the action does not depend on
-    AlertOnly,  ///< `error`, and `status` stays
 };
 
 struct Command

@@ -24,6 +24,14 @@ class ThreadFaultsTest : public QObject
 
 private:
     static QCoro::Task<CommandResult> start() { return CommandRunner::run(standIn(), {u"copy-input"_s}, u"x"_s, 60s); }
+    static void runTwentyAtOnce()
+    {
+        std::vector<QCoro::Task<CommandResult>> tasks;
+        for (int i = 0; i < 20; ++i)
+            tasks.push_back(start());
+        for (QCoro::Task<CommandResult> &task : tasks)
+            QCOMPARE(resultOf(std::move(task)).data, "x\n"_ba);
+    }
 
 private Q_SLOTS:
     /// The first of all commands, for the threads that there are stay.
@@ -38,22 +46,14 @@ private Q_SLOTS:
     void oneThreadDoesTheWorkOfAll()
     {
         injectFault(Call::CreateThread, EAGAIN, 1, 1000);
-        std::vector<QCoro::Task<CommandResult>> tasks;
-        for (int i = 0; i < 20; ++i)
-            tasks.push_back(start());
-        for (QCoro::Task<CommandResult> &task : tasks)
-            QCOMPARE(resultOf(std::move(task)).data, "x\n"_ba);
+        runTwentyAtOnce();
         QVERIFY(clearFault() > 0);
     }
 
     void moreThreadsAreStartedWhenTheyCanBe()
     {
         countCalls();
-        std::vector<QCoro::Task<CommandResult>> tasks;
-        for (int i = 0; i < 20; ++i)
-            tasks.push_back(start());
-        for (QCoro::Task<CommandResult> &task : tasks)
-            QCOMPARE(resultOf(std::move(task)).data, "x\n"_ba);
+        runTwentyAtOnce();
         QVERIFY(callsMade(Call::CreateThread) >= 1);
     }
 };

@@ -1,6 +1,4 @@
 // An adb that is stuck or gone wild: the event loop keeps turning, and the command ends as it should.
-#include "Children.h"
-
 #include "Support/ProcessCensus.h"
 #include "Support/StandIn.h"
 #include "Support/Wait.h"
@@ -73,17 +71,6 @@ private Q_SLOTS:
         QVERIFY2(monitor.turns() >= 10, qPrintable(QString::number(monitor.turns())));
     }
 
-    void toolThatLeavesAProcessWithItsStreamsIsDone()
-    {
-        Ending ending;
-        run({u"leave-behind"_s, u"60"_s, u"/dev/null"_s}, 60s, &ending);
-        VERIFY_SOON(ending.ended);
-        const pid_t left = ending.result->text().trimmed().toInt();
-        QVERIFY(left > 0);
-        QCOMPARE(::kill(left, 0), 0); // it outlived the command, and held nothing up
-        ::kill(left, SIGKILL);
-    }
-
     void floodOfOutputIsRefusedOnceItEnds()
     {
         Ending ending;
@@ -119,7 +106,7 @@ private:
 
     void endFlood(const Ending *ending)
     {
-        const QStringList children = test::childProcesses();
+        const QStringList children = childProcesses();
         QCOMPARE(children.size(), 1);
         ::kill(children.first().toInt(), SIGTERM);
         VERIFY_SOON(ending->ended);

@@ -23,12 +23,6 @@ private Q_SLOTS:
             }
         }
     }
-
-    void keepsLineFeedsAndTabsOfSeveralLines()
-    {
-        QCOMPARE(visibleLines(u"a\tb\r\nc\n"_s), u"a\tb\nc\n"_s);
-        QCOMPARE(visibleLine(u"a\r\nb"_s), u"a␍␊b"_s);
-    }
 };
 
 QTEST_GUILESS_MAIN(PlainTextTest)

@@ -33,307 +33,201 @@ class AppActionsTest : public ModelTest
     Q_OBJECT
 
 private:
-    void selectPhoneAndApp(const QString &typed = package);
+    void selectPhoneAndApp(const QString &typed = package)
+    {
+        model->packageName = typed;
+        selectPhone();
+    }
 
 private Q_SLOTS:
-    void guardsHaveNoEffectAtAll_data();
-    void guardsHaveNoEffectAtAll();
-    void invalidPackageIsRefusedBeforeAnything_data();
-    void invalidPackageIsRefusedBeforeAnything();
-    void guardsComeBeforeThePackageCheck();
-    void packageIsTrimmedAndTheTypedTextIsKept();
-    void launchesTheResolvedComponent_data();
-    void launchesTheResolvedComponent();
-    void withoutALaunchableActivityNothingIsStarted_data();
-    void withoutALaunchableActivityNothingIsStarted();
-    void failedResolutionShowsTheToolsWords();
-    void failedStartShowsTheToolsWords();
-    void reportedErrorOfAStartIsAFailureWithExitZero_data();
-    void reportedErrorOfAStartIsAFailureWithExitZero();
-    void reportedErrorIsTheOutputWithoutStandardError();
-    void phoneThatVanishesBetweenTheStepsShowsTheToolsWords();
-    void stopsTheApp();
-    void failedStopShowsTheToolsWords();
-    void reportedErrorOfAStopIsAFailureWithExitZero();
-    void launchInputsAreThoseOfTheClick();
-
-    void listsPackagesIntoTheConsoleAndTurnsItOff_data();
-    void listsPackagesIntoTheConsoleAndTurnsItOff();
-    void failedListingLeavesTheConsole();
-};
-
-void AppActionsTest::selectPhoneAndApp(const QString &typed)
-{
-    model->packageName = typed;
-    selectPhone();
-}
-
-void AppActionsTest::guardsHaveNoEffectAtAll_data()
-{
-    addMissingRows();
-}
-
-void AppActionsTest::guardsHaveNoEffectAtAll()
-{
-    QFETCH(QString, missing);
-    model->packageName = package;
-    dialogs->locations = {scratch(u"shot.png"_s)};
-    arrangeMissing(missing);
-    model->appAction(true);
-    model->appAction(false);
-    model->listApps();
-    model->screenshot();
-    settle();
-    QCOMPARE(writes->take(), QStringList());
-    QCOMPARE(dialogs->saveQuestions.size(), 0);
-    QCOMPARE(adb().calls().size(), 0);
-    model->busy = false;
-}
-
-void AppActionsTest::invalidPackageIsRefusedBeforeAnything_data()
-{
-    QTest::addColumn<QString>("typed");
-    for (const QString &typed :
-         {QString(), u"   \n"_s, u"single"_s, u"com.1digit"_s, u"com..example"_s, u".com.example"_s, u"com.example."_s,
-          u"com.ex-ample"_s, u"com.example app"_s, u"com.example;reboot"_s, u"-p com.example"_s, u"com.exämple"_s,
-          u"com.example/.Main"_s, u"com.example\nreboot.now"_s})
-        QTest::newRow(qUtf8Printable(u"'"_s + typed + u'\'')) << typed;
-}
-
-void AppActionsTest::invalidPackageIsRefusedBeforeAnything()
-{
-    QFETCH(QString, typed);
-    selectPhoneAndApp(typed);
-    for (const bool launch : {true, false}) {
-        model->error = std::nullopt;
-        writes->take();
-        model->appAction(launch);
-        QCOMPARE(writes->take(), QStringList({u"error=Enter an Android package ID such as com.example.myapp."_s}));
+    void guardsHaveNoEffectAtAll_data() { addMissingRows(); }
+    void guardsHaveNoEffectAtAll()
+    {
+        QFETCH(QString, missing);
+        model->packageName = package;
+        dialogs->locations = {scratch(u"shot.png"_s)};
+        arrangeMissing(missing);
+        model->appAction(true);
+        model->appAction(false);
+        model->listApps();
+        model->screenshot();
+        settle();
+        QCOMPARE(writes->take(), QStringList());
+        QCOMPARE(dialogs->saveQuestions.size(), 0);
+        QCOMPARE(adb().calls().size(), 0);
+        model->busy = false;
     }
-    settle();
-    QCOMPARE(adb().calls().size(), 0);
-}
 
-void AppActionsTest::guardsComeBeforeThePackageCheck()
-{
-    model->packageName = u"not valid"_s;
-    model->appAction(true);
-    selectPhone(device(serial, u"offline"_s));
-    model->appAction(true);
-    QCOMPARE(model->error(), std::nullopt);
-}
+    void invalidPackageIsRefusedBeforeAnything_data()
+    {
+        QTest::addColumn<QString>("typed");
+        for (const QString &typed : {QString(), u"   \n"_s, u"single"_s, u"com.example;reboot"_s, u"-p com.example"_s,
+                                     u"com.example\nreboot.now"_s})
+            QTest::newRow(qUtf8Printable(u"'"_s + typed + u'\'')) << typed;
+    }
+    void invalidPackageIsRefusedBeforeAnything()
+    {
+        QFETCH(QString, typed);
+        selectPhoneAndApp(typed);
+        for (const bool launch : {true, false}) {
+            model->error = std::nullopt;
+            writes->take();
+            model->appAction(launch);
+            QCOMPARE(writes->take(), QStringList({u"error=Enter an Android package ID such as com.example.myapp."_s}));
+        }
+        settle();
+        QCOMPARE(adb().calls().size(), 0);
+    }
 
-void AppActionsTest::packageIsTrimmedAndTheTypedTextIsKept()
-{
-    const QString typed = u"  \t\u00a0com.example.myapp \r\n\u2003\n"_s;
-    selectPhoneAndApp(typed);
-    adb().on(resolve).prints("com.example.myapp/.Main\n");
-    adb().on(start(u"com.example.myapp/.Main"_s)).prints("Status: ok\n");
-    perform([this] { model->appAction(true); });
-    QCOMPARE(writes->take(), success(launching, u"Launched com.example.myapp on R58M42ABCDE."_s));
-    QCOMPARE(model->packageName(), typed);
-}
+    void guardsComeBeforeThePackageCheck()
+    {
+        model->packageName = u"not valid"_s;
+        model->appAction(true);
+        selectPhone(device(serial, u"offline"_s));
+        model->appAction(true);
+        QCOMPARE(model->error(), std::nullopt);
+    }
 
-void AppActionsTest::launchesTheResolvedComponent_data()
-{
-    QTest::addColumn<QByteArray>("resolution");
-    QTest::addColumn<QString>("component");
-    QTest::newRow("after the line of details")
-        << QByteArray("priority=0 preferredOrder=0 match=0x108000\ncom.example.myapp/.MainActivity\n")
-        << u"com.example.myapp/.MainActivity"_s;
-    QTest::newRow("with CR LF") << QByteArray("com.example.myapp/.MainActivity\r\n")
-                                << u"com.example.myapp/.MainActivity"_s;
-    QTest::newRow("an inner class in full")
-        << QByteArray("com.example.myapp/com.example.Main$Inner") << u"com.example.myapp/com.example.Main$Inner"_s;
-    QTest::newRow("the first of two") << QByteArray("com.example.myapp/.One\ncom.example.myapp/.Two\n")
-                                      << u"com.example.myapp/.One"_s;
-    QTest::newRow("after another package of the same beginning")
-        << QByteArray("com.example.myapp2/.Other\ncom.example.myapp/.Mine\n") << u"com.example.myapp/.Mine"_s;
-}
+    void packageIsTrimmedAndTheTypedTextIsKept()
+    {
+        const QString typed = u"  \t\u00a0com.example.myapp \r\n\u2003\n"_s;
+        selectPhoneAndApp(typed);
+        adb().on(resolve).prints("com.example.myapp/.Main\n");
+        adb().on(start(u"com.example.myapp/.Main"_s)).prints("Status: ok\n");
+        perform([this] { model->appAction(true); });
+        QCOMPARE(writes->take(), success(launching, u"Launched com.example.myapp on R58M42ABCDE."_s));
+        QCOMPARE(model->packageName(), typed);
+    }
 
-void AppActionsTest::launchesTheResolvedComponent()
-{
-    QFETCH(QByteArray, resolution);
-    QFETCH(QString, component);
-    selectPhoneAndApp();
-    adb().on(resolve).prints(resolution);
-    adb().on(start(component)).prints("Starting: Intent { }\nStatus: ok\nComplete\n").complains("Warning: slow\n");
-    perform([this] { model->appAction(true); });
-    QCOMPARE(writes->take(), success(launching, u"Launched com.example.myapp on R58M42ABCDE."_s));
-    QCOMPARE(adb().commandLines(), QList({resolve, start(component)}));
-}
+    void launchesTheResolvedComponent()
+    {
+        const QString component = u"com.example.myapp/com.example.Main$Inner"_s;
+        selectPhoneAndApp();
+        adb().on(resolve).prints("priority=0 preferredOrder=0 match=0x108000\r\n" + component.toUtf8() + "\r\n");
+        adb().on(start(component)).prints("Starting: Intent { }\nStatus: ok\nComplete\n").complains("Warning: slow\n");
+        perform([this] { model->appAction(true); });
+        QCOMPARE(writes->take(), success(launching, u"Launched com.example.myapp on R58M42ABCDE."_s));
+        QCOMPARE(adb().commandLines(), QList({resolve, start(component)}));
+    }
 
-void AppActionsTest::withoutALaunchableActivityNothingIsStarted_data()
-{
-    QTest::addColumn<QByteArray>("resolution");
-    QTest::newRow("nothing") << QByteArray();
-    QTest::newRow("No activity found") << QByteArray("No activity found\n");
-    QTest::newRow("another package") << QByteArray("com.example.myapp2/.Main\n");
-    QTest::newRow("a blank in the line") << QByteArray(" com.example.myapp/.Main\n");
-    QTest::newRow("a shell character in the line") << QByteArray("com.example.myapp/.Main;reboot\n");
-    QTest::newRow("two slashes") << QByteArray("com.example.myapp//.Main\n");
-    QTest::newRow("ill-formed bytes") << QByteArray("com.example.myapp/.Main\xff\n");
-}
+    void withoutALaunchableActivityNothingIsStarted_data()
+    {
+        QTest::addColumn<QByteArray>("resolution");
+        QTest::newRow("nothing") << QByteArray();
+        QTest::newRow("another package") << QByteArray("com.example.myapp2/.Main\n");
+        QTest::newRow("ill-formed bytes") << QByteArray("com.example.myapp/.Main\xff\n");
+    }
+    void withoutALaunchableActivityNothingIsStarted()
+    {
+        QFETCH(QByteArray, resolution);
+        selectPhoneAndApp();
+        adb().on(resolve).prints(resolution);
+        perform([this] { model->appAction(true); });
+        QCOMPARE(writes->take(), failure(launching, noActivity(package)));
+        QCOMPARE(adb().commandLines(), QList({resolve}));
+    }
 
-void AppActionsTest::withoutALaunchableActivityNothingIsStarted()
-{
-    QFETCH(QByteArray, resolution);
-    selectPhoneAndApp();
-    adb().on(resolve).prints(resolution);
-    perform([this] { model->appAction(true); });
-    QCOMPARE(writes->take(), failure(launching, noActivity(package)));
-    QCOMPARE(adb().commandLines(), QList({resolve}));
-}
+    void reportedErrorOfAStartIsAFailureWithExitZero_data()
+    {
+        QTest::addColumn<QByteArray>("output");
+        QTest::addColumn<bool>("failed");
+        QTest::newRow("at the start of a line")
+            << QByteArray("Starting\nError: Activity class does not exist.\n") << true;
+        QTest::newRow("within a line") << QByteArray("SecurityError: no\n") << true;
+        QTest::newRow("in lower case") << QByteArray("error: no\n") << false;
+        QTest::newRow("without the colon") << QByteArray("Error type 3\n") << false;
+        QTest::newRow("in capitals") << QByteArray("ERROR: no\n") << false;
+    }
+    void reportedErrorOfAStartIsAFailureWithExitZero()
+    {
+        QFETCH(QByteArray, output);
+        QFETCH(bool, failed);
+        selectPhoneAndApp();
+        adb().on(resolve).prints("com.example.myapp/.Main\n");
+        adb().on(start(u"com.example.myapp/.Main"_s)).prints(output);
+        perform([this] { model->appAction(true); });
+        QCOMPARE(writes->take(), failed ? failure(launching, QString::fromUtf8(output))
+                                        : success(launching, u"Launched com.example.myapp on R58M42ABCDE."_s));
+    }
 
-void AppActionsTest::failedResolutionShowsTheToolsWords()
-{
-    selectPhoneAndApp();
-    adb().on(resolve).prints("com.example.myapp/.Main\n").complains("error: closed\n").exits(1);
-    perform([this] { model->appAction(true); });
-    QCOMPARE(writes->take(), failure(launching, u"error: closed\n"_s));
-    QCOMPARE(adb().commandLines(), QList({resolve}));
-}
+    void reportedErrorIsTheOutputWithoutStandardError()
+    {
+        selectPhoneAndApp();
+        adb().on(forceStop).prints("Error: first\nmore\n").complains("not shown");
+        perform([this] { model->appAction(false); });
+        QCOMPARE(writes->take(), failure(stopping, u"Error: first\nmore\n"_s));
+        adb().on(forceStop).complains("Error: on standard error only");
+        perform([this] { model->appAction(false); });
+        QCOMPARE(model->status(), u"Stopped com.example.myapp on R58M42ABCDE."_s);
+    }
 
-void AppActionsTest::failedStartShowsTheToolsWords()
-{
-    selectPhoneAndApp();
-    adb().on(resolve).prints("com.example.myapp/.Main\n");
-    adb().on(start(u"com.example.myapp/.Main"_s)).prints("output\n").exits(255);
-    perform([this] { model->appAction(true); });
-    QCOMPARE(writes->take(), failure(launching, u"output\n"_s));
-}
+    void stopsTheApp()
+    {
+        selectPhoneAndApp(u" com.example.myapp\n"_s);
+        adb().on(forceStop);
+        perform([this] { model->appAction(false); });
+        QCOMPARE(writes->take(), success(stopping, u"Stopped com.example.myapp on R58M42ABCDE."_s));
+        QCOMPARE(adb().commandLines(), QList({forceStop}));
+    }
 
-void AppActionsTest::reportedErrorOfAStartIsAFailureWithExitZero_data()
-{
-    QTest::addColumn<QByteArray>("output");
-    QTest::addColumn<bool>("failed");
-    QTest::newRow("at the start of a line") << QByteArray("Starting\nError: Activity class does not exist.\n") << true;
-    QTest::newRow("within a line") << QByteArray("SecurityError: no\n") << true;
-    QTest::newRow("in lower case") << QByteArray("error: no\n") << false;
-    QTest::newRow("without the colon") << QByteArray("Error type 3\n") << false;
-    QTest::newRow("in capitals") << QByteArray("ERROR: no\n") << false;
-}
+    void launchInputsAreThoseOfTheClick()
+    {
+        selectPhoneAndApp();
+        adb().on(resolve).waitsFor(u"go"_s).prints("com.example.myapp/.Main\n");
+        adb().on(start(u"com.example.myapp/.Main"_s)).prints("ok\n");
+        model->appAction(true);
+        model->packageName = u"com.example.other"_s;
+        model->devices = {device(serial), device(u"other"_s)};
+        model->selectedID = u"other"_s;
+        QVERIFY(called(adb(), resolve));
+        model->packageName = QString();
+        tools->open(u"go"_s);
+        COMPARE_SOON(model->status(), u"Launched com.example.myapp on R58M42ABCDE."_s);
+        QCOMPARE(adb().commandLines(), QList({resolve, start(u"com.example.myapp/.Main"_s)}));
+    }
 
-void AppActionsTest::reportedErrorOfAStartIsAFailureWithExitZero()
-{
-    QFETCH(QByteArray, output);
-    QFETCH(bool, failed);
-    selectPhoneAndApp();
-    adb().on(resolve).prints("com.example.myapp/.Main\n");
-    adb().on(start(u"com.example.myapp/.Main"_s)).prints(output);
-    perform([this] { model->appAction(true); });
-    QCOMPARE(writes->take(), failed ? failure(launching, QString::fromUtf8(output))
-                                    : success(launching, u"Launched com.example.myapp on R58M42ABCDE."_s));
-}
+    void listsPackagesIntoTheConsoleAndTurnsItOff_data()
+    {
+        QTest::addColumn<QByteArray>("output");
+        QTest::addColumn<QString>("console");
+        QTest::newRow("two, in the tool's order") << QByteArray("package:com.example.two\npackage:com.example.one\n")
+                                                  << u"com.example.two\ncom.example.one\n"_s;
+        QTest::newRow("none") << QByteArray() << QString();
+        QTest::newRow("the word within a name too")
+            << QByteArray("package:com.package:x\nmore package: here") << u"com.x\nmore  here"_s;
+        QTest::newRow("in that letter case only")
+            << QByteArray("Package:com.example.one\n") << u"Package:com.example.one\n"_s;
+        QTest::newRow("nothing trimmed, sorted or merged")
+            << QByteArray(" package:b\r\npackage:a\npackage:a\n\n") << u" b\r\na\na\n\n"_s;
+        QTest::newRow("ill-formed bytes") << QByteArray("package:\xff\n") << u"\ufffd\n"_s;
+    }
+    void listsPackagesIntoTheConsoleAndTurnsItOff()
+    {
+        QFETCH(QByteArray, output);
+        QFETCH(QString, console);
+        selectPhone();
+        model->logs = u"log lines"_s;
+        model->logging = true;
+        writes->take();
+        adb().on(list).prints(output);
+        perform([this] { model->listApps(); });
+        QCOMPARE(writes->take(),
+                 QStringList({u"busy=true"_s, u"status="_s + listing, u"logs="_s + console, u"logging=false"_s,
+                              u"status=User-installed package IDs are shown in the console."_s, u"busy=false"_s}));
+    }
 
-void AppActionsTest::reportedErrorIsTheOutputWithoutStandardError()
-{
-    selectPhoneAndApp();
-    adb().on(forceStop).prints("Error: first\nmore\n").complains("not shown");
-    perform([this] { model->appAction(false); });
-    QCOMPARE(writes->take(), failure(stopping, u"Error: first\nmore\n"_s));
-    adb().on(forceStop).complains("Error: on standard error only");
-    perform([this] { model->appAction(false); });
-    QCOMPARE(model->status(), u"Stopped com.example.myapp on R58M42ABCDE."_s);
-}
-
-void AppActionsTest::phoneThatVanishesBetweenTheStepsShowsTheToolsWords()
-{
-    selectPhoneAndApp();
-    adb().on(resolve).waitsFor(u"go"_s).prints("com.example.myapp/.Main\n");
-    adb().on(start(u"com.example.myapp/.Main"_s)).complains("adb: device 'R58M42ABCDE' not found\n").exits(1);
-    model->appAction(true);
-    QVERIFY(called(adb(), resolve));
-    model->devices = {};
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
-    QCOMPARE(model->error(), std::optional(u"adb: device 'R58M42ABCDE' not found\n"_s));
-    QCOMPARE(model->status(), launching + u" failed.");
-}
-
-void AppActionsTest::stopsTheApp()
-{
-    selectPhoneAndApp(u" com.example.myapp\n"_s);
-    adb().on(forceStop);
-    perform([this] { model->appAction(false); });
-    QCOMPARE(writes->take(), success(stopping, u"Stopped com.example.myapp on R58M42ABCDE."_s));
-    QCOMPARE(adb().commandLines(), QList({forceStop}));
-}
-
-void AppActionsTest::failedStopShowsTheToolsWords()
-{
-    selectPhoneAndApp();
-    adb().on(forceStop).complains("error: device offline").exits(1);
-    perform([this] { model->appAction(false); });
-    QCOMPARE(writes->take(), failure(stopping, u"error: device offline"_s));
-}
-
-void AppActionsTest::reportedErrorOfAStopIsAFailureWithExitZero()
-{
-    selectPhoneAndApp();
-    adb().on(forceStop).prints("Error: unknown command\n");
-    perform([this] { model->appAction(false); });
-    QCOMPARE(writes->take(), failure(stopping, u"Error: unknown command\n"_s));
-}
-
-void AppActionsTest::launchInputsAreThoseOfTheClick()
-{
-    selectPhoneAndApp();
-    adb().on(resolve).waitsFor(u"go"_s).prints("com.example.myapp/.Main\n");
-    adb().on(start(u"com.example.myapp/.Main"_s)).prints("ok\n");
-    model->appAction(true);
-    model->packageName = u"com.example.other"_s;
-    model->devices = {device(serial), device(u"other"_s)};
-    model->selectedID = u"other"_s;
-    QVERIFY(called(adb(), resolve));
-    model->packageName = QString();
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->status(), u"Launched com.example.myapp on R58M42ABCDE."_s);
-    QCOMPARE(adb().commandLines(), QList({resolve, start(u"com.example.myapp/.Main"_s)}));
-}
-
-void AppActionsTest::listsPackagesIntoTheConsoleAndTurnsItOff_data()
-{
-    QTest::addColumn<QByteArray>("output");
-    QTest::addColumn<QString>("console");
-    QTest::newRow("two, in the tool's order")
-        << QByteArray("package:com.example.two\npackage:com.example.one\n") << u"com.example.two\ncom.example.one\n"_s;
-    QTest::newRow("none") << QByteArray() << QString();
-    QTest::newRow("the word within a name too")
-        << QByteArray("package:com.package:x\nmore package: here") << u"com.x\nmore  here"_s;
-    QTest::newRow("in that letter case only")
-        << QByteArray("Package:com.example.one\n") << u"Package:com.example.one\n"_s;
-    QTest::newRow("nothing trimmed, sorted or merged")
-        << QByteArray(" package:b\r\npackage:a\npackage:a\n\n") << u" b\r\na\na\n\n"_s;
-    QTest::newRow("ill-formed bytes") << QByteArray("package:\xff\n") << u"\ufffd\n"_s;
-}
-
-void AppActionsTest::listsPackagesIntoTheConsoleAndTurnsItOff()
-{
-    QFETCH(QByteArray, output);
-    QFETCH(QString, console);
-    selectPhone();
-    model->logs = u"log lines"_s;
-    model->logging = true;
-    writes->take();
-    adb().on(list).prints(output);
-    perform([this] { model->listApps(); });
-    QCOMPARE(writes->take(),
-             QStringList({u"busy=true"_s, u"status="_s + listing, u"logs="_s + console, u"logging=false"_s,
-                          u"status=User-installed package IDs are shown in the console."_s, u"busy=false"_s}));
-}
-
-void AppActionsTest::failedListingLeavesTheConsole()
-{
-    selectPhone();
-    model->logs = u"log lines"_s;
-    model->logging = true;
-    writes->take();
-    adb().on(list).prints("package:com.example.one\n").complains("error: closed").exits(1);
-    perform([this] { model->listApps(); });
-    QCOMPARE(writes->take(), failure(listing, u"error: closed"_s));
-    QVERIFY(model->logging());
-}
+    void failedListingLeavesTheConsole()
+    {
+        selectPhone();
+        model->logs = u"log lines"_s;
+        model->logging = true;
+        writes->take();
+        adb().on(list).prints("package:com.example.one\n").complains("error: closed").exits(1);
+        perform([this] { model->listApps(); });
+        QCOMPARE(writes->take(), failure(listing, u"error: closed"_s));
+        QVERIFY(model->logging());
+    }
+};
 
 QTEST_GUILESS_MAIN(AppActionsTest)
 #include "AppActionsTest.moc"

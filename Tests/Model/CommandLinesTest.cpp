@@ -1,16 +1,13 @@
 // Every command line of adb and scrcpy, argument by argument, as it arrives at the child, and its time-out.
+#include "Support/CommandLines.h"
 #include "Support/ModelTest.h"
 
 #include "Varda/Model/Adb.h"
 
 #include <QCoroTask>
-#include <QDir>
 
-#include <csignal>
 #include <functional>
 #include <map>
-
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace varda::test;
@@ -22,41 +19,9 @@ const QString S = u"R58M42ABCDE"_s;
 const QString P = u"com.example.myapp"_s;
 const QString component = u"com.example.myapp/.MainActivity"_s;
 
-const QStringList resolveArguments{u"-s"_s,
-                                   S,
-                                   u"shell"_s,
-                                   u"cmd"_s,
-                                   u"package"_s,
-                                   u"resolve-activity"_s,
-                                   u"--brief"_s,
-                                   u"-a"_s,
-                                   u"android.intent.action.MAIN"_s,
-                                   u"-c"_s,
-                                   u"android.intent.category.LAUNCHER"_s,
-                                   u"-p"_s,
-                                   P};
-const QStringList logArguments{u"-s"_s, S, u"logcat"_s, u"-d"_s, u"-t"_s, u"350"_s, u"-v"_s, u"threadtime"_s};
+const QStringList resolveArguments = resolveLine(S, P);
+const QStringList logArguments = logLine(S);
 const QStringList pidofArguments{u"-s"_s, S, u"shell"_s, u"pidof"_s, P};
-
-/// The environment of this process as a child would inherit it.
-QHash<QByteArray, QByteArray> ownEnvironment()
-{
-    QHash<QByteArray, QByteArray> all;
-    for (char **entry = environ; *entry; ++entry) {
-        const QByteArray text(*entry);
-        all.insert(text.left(text.indexOf('=')), text.mid(text.indexOf('=') + 1));
-    }
-    return all;
-}
-
-QString statusField(const varda::test::ToolCall &call, const QString &name)
-{
-    for (const QString &line : call.status.split(u'\n')) {
-        if (line.startsWith(name + u':'))
-            return line.section(u'\t', 1).trimmed();
-    }
-    return {};
-}
 
 } // namespace
 
@@ -66,130 +31,85 @@ class CommandLinesTest : public ModelTest
 
 private:
     /// Lists the phone, answers what an action asks the tool, and does what a user does to start it.
-    void perform(const QString &gesture);
+    void perform(const QString &gesture)
+    {
+        selectPhone();
+        adb().onAnything().prints("Success, successfully paired, already connected to it\n");
+        adb().on(resolveArguments).prints("priority=0\ncom.example.myapp/.MainActivity\n");
+        adb().on(pidofArguments).prints("4711\n");
+        adb().on({u"-s"_s, S, u"exec-out"_s, u"screencap"_s, u"-p"_s}).prints("\x89PNG\r\n\x1a\nrest");
+        dialogs->locations = {scratch(u"shot.png"_s)};
+        if (gesture != u"log")
+            model->packageName = P;
+        model->pairingEndpoint = u"192.168.1.50:37123"_s;
+        model->connectEndpoint = u"192.168.1.50:41111"_s;
+        model->pairingCode = u"123456"_s;
+        model->acceptAPK(QUrl::fromLocalFile(makeFile(u"demo a b.apk"_s)));
+
+        const std::map<QString, std::function<void()>> gestures{
+            {u"refresh"_s, [this] { QCoro::waitFor(model->refresh()); }},
+            {u"install"_s, [this] { model->install(); }},
+            {u"launch"_s, [this] { model->appAction(true); }},
+            {u"stop"_s, [this] { model->appAction(false); }},
+            {u"list"_s, [this] { model->listApps(); }},
+            {u"screenshot"_s, [this] { model->screenshot(); }},
+            {u"log"_s, [this] { QCoro::waitFor(model->readLogs()); }},
+            {u"app log"_s, [this] { QCoro::waitFor(model->readLogs()); }},
+            {u"pair"_s, [this] { model->pair(); }},
+            {u"connect"_s, [this] { model->connect(); }},
+        };
+        ModelTest::perform(gestures.at(gesture));
+    }
 
 private Q_SLOTS:
-    void haveTheseTimeOuts();
-    void arriveAtTheChildAsTheyAre_data();
-    void arriveAtTheChildAsTheyAre();
-    void childOfACommandInheritsOnlyItsThreeStreams();
-    void childOfACommandInheritsTheEnvironmentAndTheDirectoryUnchanged();
-    void childOfACommandStartsWithNoSignalBlockedAndPipeErrorsFatal();
-};
-
-void CommandLinesTest::haveTheseTimeOuts()
-{
-    QCOMPARE(Adb::devices().timeout.count(), 8.0);
-    QCOMPARE(Adb::install(S, u"/tmp/a b.apk"_s).timeout.count(), 180.0);
-    QCOMPARE(Adb::resolveLauncher(S, P).timeout.count(), 20.0);
-    QCOMPARE(Adb::startActivity(S, component).timeout.count(), 20.0);
-    QCOMPARE(Adb::forceStop(S, P).timeout.count(), 20.0);
-    QCOMPARE(Adb::listPackages(S).timeout.count(), 20.0);
-    QCOMPARE(Adb::screenshot(S).timeout.count(), 20.0);
-    QCOMPARE(Adb::log(S, std::nullopt).timeout.count(), 8.0);
-    QCOMPARE(Adb::processID(S, P).timeout.count(), 20.0);
-    QCOMPARE(Adb::log(S, u"4711"_s).timeout.count(), 8.0);
-    QCOMPARE(Adb::pair(u"192.168.1.50:37123"_s).timeout.count(), 40.0);
-    QCOMPARE(Adb::connect(u"192.168.1.50:41111"_s).timeout.count(), 20.0);
-}
-
-void CommandLinesTest::arriveAtTheChildAsTheyAre_data()
-{
-    QTest::addColumn<QString>("gesture");
-    QTest::addColumn<QList<QStringList>>("expected");
-    const auto row = [](const QString &gesture, const QList<QStringList> &expected) {
-        QTest::newRow(qUtf8Printable(gesture)) << gesture << expected;
-    };
-    row(u"refresh"_s, {{u"devices"_s, u"-l"_s}});
-    row(u"install"_s, {{u"-s"_s, S, u"install"_s, u"-r"_s, scratch(u"demo a b.apk"_s)}});
-    row(u"launch"_s, {resolveArguments, {u"-s"_s, S, u"shell"_s, u"am"_s, u"start"_s, u"-W"_s, u"-n"_s, component}});
-    row(u"stop"_s, {{u"-s"_s, S, u"shell"_s, u"am"_s, u"force-stop"_s, P}});
-    row(u"list"_s, {{u"-s"_s, S, u"shell"_s, u"pm"_s, u"list"_s, u"packages"_s, u"-3"_s}});
-    row(u"screenshot"_s, {{u"-s"_s, S, u"exec-out"_s, u"screencap"_s, u"-p"_s}});
-    row(u"log"_s, {logArguments});
-    row(u"app log"_s, {pidofArguments, logArguments + QStringList{u"--pid"_s, u"4711"_s}});
-    row(u"pair"_s, {{u"pair"_s, u"192.168.1.50:37123"_s}});
-    row(u"connect"_s, {{u"connect"_s, u"192.168.1.50:41111"_s}, {u"devices"_s, u"-l"_s}});
-}
-
-void CommandLinesTest::perform(const QString &gesture)
-{
-    selectPhone();
-    adb().onAnything().prints("Success, successfully paired, already connected to it\n");
-    adb().on(resolveArguments).prints("priority=0\ncom.example.myapp/.MainActivity\n");
-    adb().on(pidofArguments).prints("4711\n");
-    adb().on({u"-s"_s, S, u"exec-out"_s, u"screencap"_s, u"-p"_s}).prints("\x89PNG\r\n\x1a\nrest");
-    dialogs->locations = {scratch(u"shot.png"_s)};
-    if (gesture != u"log")
-        model->packageName = P;
-    model->pairingEndpoint = u"192.168.1.50:37123"_s;
-    model->connectEndpoint = u"192.168.1.50:41111"_s;
-    model->pairingCode = u"123456"_s;
-    model->acceptAPK(QUrl::fromLocalFile(makeFile(u"demo a b.apk"_s)));
-
-    const std::map<QString, std::function<void()>> gestures{
-        {u"refresh"_s, [this] { QCoro::waitFor(model->refresh()); }},
-        {u"install"_s, [this] { model->install(); }},
-        {u"launch"_s, [this] { model->appAction(true); }},
-        {u"stop"_s, [this] { model->appAction(false); }},
-        {u"list"_s, [this] { model->listApps(); }},
-        {u"screenshot"_s, [this] { model->screenshot(); }},
-        {u"log"_s, [this] { QCoro::waitFor(model->readLogs()); }},
-        {u"app log"_s, [this] { QCoro::waitFor(model->readLogs()); }},
-        {u"pair"_s, [this] { model->pair(); }},
-        {u"connect"_s, [this] { model->connect(); }},
-    };
-    ModelTest::perform(gestures.at(gesture));
-}
-
-void CommandLinesTest::arriveAtTheChildAsTheyAre()
-{
-    QFETCH(QString, gesture);
-    perform(gesture);
-    QCOMPARE(model->error(), std::nullopt);
-    QTEST(adb().commandLines(), "expected");
-    for (const ToolCall &call : adb().calls()) {
-        qInfo().noquote() << "recorded:" << call.argv << "input:" << call.input;
-        QCOMPARE(QString::fromUtf8(call.argv.first()), adb().path());
-        QCOMPARE(call.input, gesture == u"pair" ? QByteArray("123456\n") : QByteArray());
+    void haveTheseTimeOuts()
+    {
+        QCOMPARE(Adb::devices().timeout.count(), 8.0);
+        QCOMPARE(Adb::install(S, u"/tmp/a b.apk"_s).timeout.count(), 180.0);
+        QCOMPARE(Adb::resolveLauncher(S, P).timeout.count(), 20.0);
+        QCOMPARE(Adb::startActivity(S, component).timeout.count(), 20.0);
+        QCOMPARE(Adb::forceStop(S, P).timeout.count(), 20.0);
+        QCOMPARE(Adb::listPackages(S).timeout.count(), 20.0);
+        QCOMPARE(Adb::screenshot(S).timeout.count(), 20.0);
+        QCOMPARE(Adb::log(S, std::nullopt).timeout.count(), 8.0);
+        QCOMPARE(Adb::processID(S, P).timeout.count(), 20.0);
+        QCOMPARE(Adb::log(S, u"4711"_s).timeout.count(), 8.0);
+        QCOMPARE(Adb::pair(u"192.168.1.50:37123"_s).timeout.count(), 40.0);
+        QCOMPARE(Adb::connect(u"192.168.1.50:41111"_s).timeout.count(), 20.0);
     }
-}
 
-void CommandLinesTest::childOfACommandInheritsOnlyItsThreeStreams()
-{
-    for (const QString &gesture : {u"refresh"_s, u"pair"_s}) {
-        adb().forgetCalls();
+    void arriveAtTheChildAsTheyAre_data()
+    {
+        QTest::addColumn<QString>("gesture");
+        QTest::addColumn<QList<QStringList>>("expected");
+        const auto row = [](const QString &gesture, const QList<QStringList> &expected) {
+            QTest::newRow(qUtf8Printable(gesture)) << gesture << expected;
+        };
+        row(u"refresh"_s, {{u"devices"_s, u"-l"_s}});
+        row(u"install"_s, {{u"-s"_s, S, u"install"_s, u"-r"_s, scratch(u"demo a b.apk"_s)}});
+        row(u"launch"_s,
+            {resolveArguments, {u"-s"_s, S, u"shell"_s, u"am"_s, u"start"_s, u"-W"_s, u"-n"_s, component}});
+        row(u"stop"_s, {forceStopLine(S, P)});
+        row(u"list"_s, {{u"-s"_s, S, u"shell"_s, u"pm"_s, u"list"_s, u"packages"_s, u"-3"_s}});
+        row(u"screenshot"_s, {{u"-s"_s, S, u"exec-out"_s, u"screencap"_s, u"-p"_s}});
+        row(u"log"_s, {logArguments});
+        row(u"app log"_s, {pidofArguments, logArguments + QStringList{u"--pid"_s, u"4711"_s}});
+        row(u"pair"_s, {{u"pair"_s, u"192.168.1.50:37123"_s}});
+        row(u"connect"_s, {{u"connect"_s, u"192.168.1.50:41111"_s}, {u"devices"_s, u"-l"_s}});
+    }
+    void arriveAtTheChildAsTheyAre()
+    {
+        QFETCH(QString, gesture);
         perform(gesture);
-        const QStringList held = adb().calls().first().descriptors;
-        QCOMPARE(held.size(), 3);
-        if (gesture == u"pair")
-            QVERIFY2(held[0].startsWith(u"0 pipe:"), qUtf8Printable(held[0]));
-        else
-            QCOMPARE(held[0], u"0 /dev/null"_s);
-        const QString capture = u" "_s + QDir::tempPath() + u"/varda-"_s;
-        QVERIFY2(held[1].startsWith(u'1' + capture) && held[1].endsWith(u"/stdout"), qUtf8Printable(held[1]));
-        QVERIFY2(held[2].startsWith(u'2' + capture) && held[2].endsWith(u"/stderr"), qUtf8Printable(held[2]));
+        QCOMPARE(model->error(), std::nullopt);
+        QTEST(adb().commandLines(), "expected");
+        for (const ToolCall &call : adb().calls()) {
+            qInfo().noquote() << "recorded:" << call.argv << "input:" << call.input;
+            QCOMPARE(QString::fromUtf8(call.argv.first()), adb().path());
+            QCOMPARE(call.input, gesture == u"pair" ? QByteArray("123456\n") : QByteArray());
+        }
     }
-}
-
-void CommandLinesTest::childOfACommandInheritsTheEnvironmentAndTheDirectoryUnchanged()
-{
-    qputenv("VARDA_TEST_VARIABLE", "with = sign, 'quotes' and ümlauts");
-    perform(u"refresh"_s);
-    const ToolCall call = adb().calls().first();
-    QCOMPARE(call.environment, ownEnvironment());
-    QCOMPARE(call.workingDirectory, QDir::currentPath());
-    qunsetenv("VARDA_TEST_VARIABLE");
-}
-
-void CommandLinesTest::childOfACommandStartsWithNoSignalBlockedAndPipeErrorsFatal()
-{
-    perform(u"refresh"_s);
-    const ToolCall call = adb().calls().first();
-    QCOMPARE(statusField(call, u"SigBlk"_s), u"0000000000000000"_s);
-    const quint64 ignored = statusField(call, u"SigIgn"_s).toULongLong(nullptr, 16);
-    QCOMPARE(ignored & (1U << (SIGPIPE - 1)), 0U);
-}
+};
 
 QTEST_GUILESS_MAIN(CommandLinesTest)
 #include "CommandLinesTest.moc"

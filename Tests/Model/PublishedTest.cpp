@@ -36,68 +36,62 @@ class PublishedTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void beginsWithItsInitialValueUnannounced();
-    void announcesEveryWriteBeforeTheValueChanges();
-    void tellsItsObserverThePreviousValueAfterEveryWrite();
-    void observerMayWriteOtherProperties();
-    void readsAsAReferenceThatFollowsTheValue();
+    void beginsWithItsInitialValueUnannounced()
+    {
+        int announcements = 0;
+        const std::function<void()> announce = [&] { ++announcements; };
+        const Published<int> given(announce, 7);
+        const Published<QString> absent(announce);
+        QCOMPARE(given(), 7);
+        QCOMPARE(absent(), QString());
+        QCOMPARE(announcements, 0);
+    }
+
+    void announcesEveryWriteBeforeTheValueChanges()
+    {
+        QStringList seen;
+        std::function<void()> announce;
+        Published<QString> property(announce, u"old"_s);
+        announce = [&] { seen << property(); };
+        property = u"new"_s;
+        property = u"new"_s;
+        property = u"newer"_s;
+        QCOMPARE(seen, QStringList({u"old"_s, u"new"_s, u"new"_s}));
+        QCOMPARE(property(), u"newer"_s);
+    }
+
+    void tellsItsObserverThePreviousValueAfterEveryWrite()
+    {
+        QStringList seen;
+        const std::function<void()> announce = [&] { seen << u"announced"_s; };
+        Published<QString> property(announce, u"old"_s,
+                                    [&](const QString &previous) { seen << previous + u"→"_s + property(); });
+        property = u"new"_s;
+        property = u"new"_s;
+        QCOMPARE(seen, QStringList({u"announced"_s, u"old→new"_s, u"announced"_s, u"new→new"_s}));
+    }
+
+    void observerMayWriteOtherProperties()
+    {
+        QStringList order;
+        const std::function<void()> announceOther = [&] { order << u"other"_s; };
+        const std::function<void()> announce = [&] { order << u"property"_s; };
+        Published<bool> other(announceOther, true);
+        Published<int> property(announce, 1, [&](int) { other = false; });
+        property = 2;
+        QCOMPARE(order, QStringList({u"property"_s, u"other"_s}));
+        QCOMPARE(property(), 2);
+        QCOMPARE(other(), false);
+    }
+
+    void readsAsAReferenceThatFollowsTheValue()
+    {
+        Published<QString> property(silent, u"old"_s);
+        const QString &view = property();
+        property = u"new"_s;
+        QCOMPARE(view, u"new"_s);
+    }
 };
-
-void PublishedTest::beginsWithItsInitialValueUnannounced()
-{
-    int announcements = 0;
-    const std::function<void()> announce = [&] { ++announcements; };
-    const Published<int> given(announce, 7);
-    const Published<QString> absent(announce);
-    QCOMPARE(given(), 7);
-    QCOMPARE(absent(), QString());
-    QCOMPARE(announcements, 0);
-}
-
-void PublishedTest::announcesEveryWriteBeforeTheValueChanges()
-{
-    QStringList seen;
-    std::function<void()> announce;
-    Published<QString> property(announce, u"old"_s);
-    announce = [&] { seen << property(); };
-    property = u"new"_s;
-    property = u"new"_s;
-    property = u"newer"_s;
-    QCOMPARE(seen, QStringList({u"old"_s, u"new"_s, u"new"_s}));
-    QCOMPARE(property(), u"newer"_s);
-}
-
-void PublishedTest::tellsItsObserverThePreviousValueAfterEveryWrite()
-{
-    QStringList seen;
-    const std::function<void()> announce = [&] { seen << u"announced"_s; };
-    Published<QString> property(announce, u"old"_s,
-                                [&](const QString &previous) { seen << previous + u"→"_s + property(); });
-    property = u"new"_s;
-    property = u"new"_s;
-    QCOMPARE(seen, QStringList({u"announced"_s, u"old→new"_s, u"announced"_s, u"new→new"_s}));
-}
-
-void PublishedTest::observerMayWriteOtherProperties()
-{
-    QStringList order;
-    const std::function<void()> announceOther = [&] { order << u"other"_s; };
-    const std::function<void()> announce = [&] { order << u"property"_s; };
-    Published<bool> other(announceOther, true);
-    Published<int> property(announce, 1, [&](int) { other = false; });
-    property = 2;
-    QCOMPARE(order, QStringList({u"property"_s, u"other"_s}));
-    QCOMPARE(property(), 2);
-    QCOMPARE(other(), false);
-}
-
-void PublishedTest::readsAsAReferenceThatFollowsTheValue()
-{
-    Published<QString> property(silent, u"old"_s);
-    const QString &view = property();
-    property = u"new"_s;
-    QCOMPARE(view, u"new"_s);
-}
 
 QTEST_GUILESS_MAIN(PublishedTest)
 #include "PublishedTest.moc"

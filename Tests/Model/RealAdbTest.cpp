@@ -4,8 +4,6 @@
 #include <QCoroTask>
 #include <QCryptographicHash>
 #include <QFile>
-#include <QFileInfo>
-#include <QImage>
 #include <QJsonObject>
 
 using namespace Qt::StringLiterals;
@@ -29,11 +27,6 @@ QJsonObject ended(const VirtualPhone &phone, const QString &service)
     return phone.closed(service).value(0);
 }
 
-qint64 processOf(VirtualPhone &phone)
-{
-    return phone.command(u"start "_s + package).section(u' ', 1).toLongLong();
-}
-
 } // namespace
 
 class RealAdbTest : public RealAdbModelTest
@@ -41,279 +34,208 @@ class RealAdbTest : public RealAdbModelTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void firstListingStartsTheServer();
-    void connectingSelectsThePhone();
-    void listsPhonesInTheirStatesAndPrefersAPhoneToAnEmulator();
-    void failedConnectionIsToldInTheToolsWords_data();
-    void failedConnectionIsToldInTheToolsWords();
-    void pairingWithAPhoneThatCannotFailsWithoutTheCode();
-    void installsTheFileByteForByte_data();
-    void installsTheFileByteForByte();
-    void refusedInstallIsToldInThePhonesWords();
-    void deletedBuildIsToldInTheToolsWords();
-    void launchedAppIsFollowedInTheConsoleUntilItIsStopped();
-    void missingAppHasNoLaunchableActivity();
-    void listsTheInstalledPackages();
-    void deviceWideLogHoldsWhatIsWellFormedAndMarksTheRest();
-    void screenshotIsThePhonesPicture();
-    void otherPhonesAreLeftAlone();
-};
-
-void RealAdbTest::firstListingStartsTheServer()
-{
-    adb({u"kill-server"_s});
-    refresh();
-    QCOMPARE(model->error(), std::nullopt);
-    QVERIFY2(!model->status().contains(u"timed out"), qUtf8Printable(model->status()));
-    refresh();
-    QVERIFY(!model->status().contains(u"daemon"));
-}
-
-void RealAdbTest::connectingSelectsThePhone()
-{
-    VirtualPhone &phone = addPhone();
-    model->connectEndpoint = u"  "_s + phone.endpoint() + u'\n';
-    model->logging = true;
-    model->logs = u"of no phone"_s;
-    perform([this] { model->connect(); });
-    QCOMPARE(model->status(), u"connected to "_s + phone.endpoint());
-    QCOMPARE(model->selectedID(), std::optional(phone.endpoint()));
-    QCOMPARE(model->logging(), false);
-    QCOMPARE(model->logs(), QString());
-    QCOMPARE(model->selected()->transport(), u"Wi-Fi"_s);
-    perform([this] { model->connect(); });
-    QCOMPARE(model->status(), u"already connected to "_s + phone.endpoint());
-}
-
-void RealAdbTest::listsPhonesInTheirStatesAndPrefersAPhoneToAnEmulator()
-{
-    PhoneOptions options;
-    for (options.port = 5585; options.port >= 5561; options.port = static_cast<quint16>(options.port - 2)) {
-        phones.emplace_back(options);
-        if (phones.back().errorString().isEmpty())
-            break;
-        phones.pop_back();
-    }
-    if (phones.empty())
-        QSKIP("No port that adb takes for an emulator's is free.");
-    VirtualPhone &emulator = phones.back();
-    emulator.command(u"announce "_s + qEnvironmentVariable("ANDROID_ADB_SERVER_PORT"));
-    options.port = 0;
-    options.state = u"unauthorized"_s;
-    VirtualPhone &unauthorized = addPhone(options);
-    options.state = u"recovery"_s;
-    options.model = u"Größe 7 Pro"_s;
-    VirtualPhone &recovery = addPhone(options);
-    adb({u"connect"_s, unauthorized.endpoint()});
-    adb({u"connect"_s, recovery.endpoint()});
-    QVERIFY(varda::eventually([&] {
+    void firstListingStartsTheServer()
+    {
+        adb({u"kill-server"_s});
         refresh();
-        const auto first = listed(emulator.serial());
-        return first && first->ready() && listed(recovery.serial()) && listed(unauthorized.serial());
-    }));
-    QCOMPARE(listed(emulator.serial())->transport(), u"Emulator"_s);
-    QCOMPARE(listed(emulator.serial())->state, u"device"_s);
-    QCOMPARE(listed(unauthorized.serial())->state, u"unauthorized"_s);
-    QCOMPARE(listed(recovery.serial())->state, u"recovery"_s);
-
-    model->selectedID = std::nullopt;
-    refresh();
-    QVERIFY(model->selected());
-    QVERIFY2(!model->selected()->emulator(), qUtf8Printable(model->selected()->id));
-    adb({u"disconnect"_s, unauthorized.endpoint()});
-    adb({u"disconnect"_s, recovery.endpoint()});
-    model->selectedID = std::nullopt;
-    refresh();
-    QVERIFY(model->selected());
-    QVERIFY(model->selected()->emulator());
-}
-
-void RealAdbTest::failedConnectionIsToldInTheToolsWords_data()
-{
-    QTest::addColumn<QString>("trouble");
-    QTest::addColumn<QString>("words");
-    QTest::newRow("nobody listens") << u"closed"_s << u"failed to connect to"_s;
-    QTest::newRow("not authorized") << u"unauthorized"_s << u"failed to authenticate to"_s;
-}
-
-void RealAdbTest::failedConnectionIsToldInTheToolsWords()
-{
-    QFETCH(QString, trouble);
-    QFETCH(QString, words);
-    PhoneOptions options;
-    if (trouble == u"unauthorized")
-        options.state = trouble;
-    VirtualPhone &phone = addPhone(options);
-    const QString endpoint = phone.endpoint();
-    if (trouble == u"closed")
-        phones.clear();
-    model->connectEndpoint = endpoint;
-    const QString status = u"Connecting over Wi-Fi…"_s;
-    perform([this] { model->connect(); });
-    QVERIFY(model->error());
-    QVERIFY2(model->error()->contains(words), qUtf8Printable(*model->error()));
-    QCOMPARE(model->status(), status + u" failed.");
-    qInfo().noquote() << *model->error();
-}
-
-void RealAdbTest::pairingWithAPhoneThatCannotFailsWithoutTheCode()
-{
-    VirtualPhone &phone = addPhone();
-    model->pairingEndpoint = phone.endpoint();
-    model->pairingCode = u"493817"_s;
-    perform([this] { model->pair(); });
-    QVERIFY(model->error());
-    QVERIFY2(!model->error()->contains(u"493817"), qUtf8Printable(*model->error()));
-    QCOMPARE(model->status(), u"Pairing with your Android phone… failed."_s);
-    qInfo().noquote() << *model->error();
-}
-
-void RealAdbTest::installsTheFileByteForByte_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("size");
-    QTest::newRow("a build") << u"demo-debug.apk"_s << 3'000'000;
-    QTest::newRow("capitals, blanks, quotes") << u"De mo 'x' \"y\".APK"_s << 70'000;
-    QTest::newRow("umlauts and CJK") << u"Größe 日本 👍.apk"_s << 70'001;
-    QTest::newRow("255 bytes") << QString(251, u'x') + u".apk" << 1;
-    QTest::newRow("shell characters") << u"$HOME;&`id`*.apk"_s << 65'536;
-}
-
-void RealAdbTest::installsTheFileByteForByte()
-{
-    QFETCH(QString, name);
-    QFETCH(int, size);
-    VirtualPhone &phone = addPhone();
-    connectTo(phone);
-    const QString build = makeBuild(name, size);
-    model->acceptAPK(QUrl::fromLocalFile(build));
-    perform([this] { model->install(); });
-    QCOMPARE(model->error(), std::nullopt);
-    QCOMPARE(model->status(), u"Installed "_s + name + u" on " + phone.serial() + u". Existing app data was retained.");
-    QFile file(build);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QJsonObject record = ended(phone, u"package 'install'"_s);
-    qInfo().noquote() << record.value(u"service"_s).toString() << record.value(u"sha256"_s).toString();
-    QCOMPARE(record.value(u"sha256"_s).toString(), digest(file.readAll()));
-    QCOMPARE(record.value(u"size"_s).toInteger(), size);
-}
-
-void RealAdbTest::refusedInstallIsToldInThePhonesWords()
-{
-    VirtualPhone &phone = addPhone();
-    connectTo(phone);
-    const QString words = u"Failure [INSTALL_FAILED_VERSION_DOWNGRADE: Größe]"_s;
-    QCOMPARE(phone.command(u"on 'package install' output '%1\\n'"_s.arg(words)), u"ok"_s);
-    model->acceptAPK(QUrl::fromLocalFile(makeBuild(u"demo.apk"_s, 1000)));
-    perform([this] { model->install(); });
-    QVERIFY(model->error());
-    QVERIFY2(model->error()->contains(words), qUtf8Printable(*model->error()));
-    QCOMPARE(model->status(), u"Installing demo.apk… failed."_s);
-}
-
-void RealAdbTest::deletedBuildIsToldInTheToolsWords()
-{
-    connectTo(addPhone());
-    const QString build = makeBuild(u"demo.apk"_s, 1000);
-    model->acceptAPK(QUrl::fromLocalFile(build));
-    QVERIFY(QFile::remove(build));
-    perform([this] { model->install(); });
-    QVERIFY(model->error());
-    QVERIFY2(model->error()->contains(u"No such file or directory"), qUtf8Printable(*model->error()));
-    QCOMPARE(model->status(), u"Installing demo.apk… failed."_s);
-}
-
-void RealAdbTest::launchedAppIsFollowedInTheConsoleUntilItIsStopped()
-{
-    VirtualPhone &phone = addPhone();
-    connectTo(phone);
-    model->packageName = u" com.example.app\n"_s;
-    QCoro::waitFor(model->readLogs());
-    QCOMPARE(model->logs(), u"This app is not running. Launch it to see its logs."_s);
-
-    perform([this] { model->appAction(true); });
-    QCOMPARE(model->error(), std::nullopt);
-    QCOMPARE(model->status(), u"Launched com.example.app on "_s + phone.serial() + u'.');
-    const qint64 pid = processOf(phone);
-    QVERIFY(pid > 0);
-    phone.command(u"log Mine 'a line of the app'"_s);
-    QCoro::waitFor(model->readLogs());
-    QVERIFY2(model->logs().contains(u"a line of the app"), qUtf8Printable(model->logs()));
-    for (const QString &line : model->logs().split(u'\n', Qt::SkipEmptyParts)) {
-        if (!line.startsWith(u"-----"))
-            QCOMPARE(line.simplified().section(u' ', 2, 2).toLongLong(), pid);
+        QCOMPARE(model->error(), std::nullopt);
+        QVERIFY2(!model->status().contains(u"timed out"), qUtf8Printable(model->status()));
+        refresh();
+        QVERIFY(!model->status().contains(u"daemon"));
     }
 
-    perform([this] { model->appAction(false); });
-    QCOMPARE(model->status(), u"Stopped com.example.app on "_s + phone.serial() + u'.');
-    QCoro::waitFor(model->readLogs());
-    QCOMPARE(model->logs(), u"This app is not running. Launch it to see its logs."_s);
-}
+    void connectingSelectsThePhone()
+    {
+        VirtualPhone &phone = addPhone();
+        model->connectEndpoint = u"  "_s + phone.endpoint() + u'\n';
+        model->logging = true;
+        model->logs = u"of no phone"_s;
+        perform([this] { model->connect(); });
+        QCOMPARE(model->status(), u"connected to "_s + phone.endpoint());
+        QCOMPARE(model->selectedID(), std::optional(phone.endpoint()));
+        QCOMPARE(model->logging(), false);
+        QCOMPARE(model->logs(), QString());
+        QCOMPARE(model->selected()->transport(), u"Wi-Fi"_s);
+        perform([this] { model->connect(); });
+        QCOMPARE(model->status(), u"already connected to "_s + phone.endpoint());
+    }
 
-void RealAdbTest::missingAppHasNoLaunchableActivity()
-{
-    connectTo(addPhone());
-    model->packageName = u"com.example.missing"_s;
-    perform([this] { model->appAction(true); });
-    QCOMPARE(model->error(),
-             std::optional(u"No launchable activity found for com.example.missing. Check that the APK is "
-                           "installed and includes a launcher activity."_s));
-}
+    void listsPhonesInTheirStatesAndPrefersAPhoneToAnEmulator()
+    {
+        PhoneOptions options;
+        for (options.port = 5585; options.port >= 5561; options.port = static_cast<quint16>(options.port - 2)) {
+            phones.emplace_back(options);
+            if (phones.back().errorString().isEmpty())
+                break;
+            phones.pop_back();
+        }
+        if (phones.empty())
+            QSKIP("No port that adb takes for an emulator's is free.");
+        VirtualPhone &emulator = phones.back();
+        emulator.command(u"announce "_s + qEnvironmentVariable("ANDROID_ADB_SERVER_PORT"));
+        options.port = 0;
+        options.state = u"unauthorized"_s;
+        VirtualPhone &unauthorized = addPhone(options);
+        options.state = u"recovery"_s;
+        options.model = u"Größe 7 Pro"_s;
+        VirtualPhone &recovery = addPhone(options);
+        adb({u"connect"_s, unauthorized.endpoint()});
+        adb({u"connect"_s, recovery.endpoint()});
+        QVERIFY(varda::eventually([&] {
+            refresh();
+            const auto first = listed(emulator.serial());
+            return first && first->ready() && listed(recovery.serial()) && listed(unauthorized.serial());
+        }));
+        QCOMPARE(listed(emulator.serial())->transport(), u"Emulator"_s);
+        QCOMPARE(listed(emulator.serial())->state, u"device"_s);
+        QCOMPARE(listed(unauthorized.serial())->state, u"unauthorized"_s);
+        QCOMPARE(listed(recovery.serial())->state, u"recovery"_s);
 
-void RealAdbTest::listsTheInstalledPackages()
-{
-    connectTo(addPhone());
-    model->logging = true;
-    perform([this] { model->listApps(); });
-    QCOMPARE(model->status(), u"User-installed package IDs are shown in the console."_s);
-    QStringList packages = model->logs().split(u'\n', Qt::SkipEmptyParts);
-    packages.sort();
-    QCOMPARE(packages, QStringList({u"com.example.app"_s, u"org.example.karten"_s}));
-    QVERIFY(!model->logging());
-}
+        model->selectedID = std::nullopt;
+        refresh();
+        QVERIFY(model->selected());
+        QVERIFY2(!model->selected()->emulator(), qUtf8Printable(model->selected()->id));
+        adb({u"disconnect"_s, unauthorized.endpoint()});
+        adb({u"disconnect"_s, recovery.endpoint()});
+        model->selectedID = std::nullopt;
+        refresh();
+        QVERIFY(model->selected());
+        QVERIFY(model->selected()->emulator());
+    }
 
-void RealAdbTest::deviceWideLogHoldsWhatIsWellFormedAndMarksTheRest()
-{
-    VirtualPhone &phone = addPhone();
-    connectTo(phone);
-    QCOMPARE(phone.command(u"on logcat output 'größer 日本 \\xff\\xe2\\x82.\\n'"_s), u"ok"_s);
-    model->logging = true;
-    QCoro::waitFor(model->readLogs());
-    QVERIFY2(model->logs().startsWith(u"größer 日本 "), qUtf8Printable(model->logs()));
-    phone.command(u"off"_s);
-    VERIFY_SOON((QCoro::waitFor(model->readLogs()), model->logs().contains(QChar(0xfffd))));
-    QVERIFY(model->logs().count(u'\n') <= 351); // 350 lines, and one that names the buffer
-    QVERIFY(model->logging());
-    QCOMPARE(model->error(), std::nullopt);
-}
+    void failedConnectionIsToldInTheToolsWords_data()
+    {
+        QTest::addColumn<QString>("trouble");
+        QTest::addColumn<QString>("words");
+        QTest::newRow("nobody listens") << u"closed"_s << u"failed to connect to"_s;
+        QTest::newRow("not authorized") << u"unauthorized"_s << u"failed to authenticate to"_s;
+    }
+    void failedConnectionIsToldInTheToolsWords()
+    {
+        QFETCH(QString, trouble);
+        QFETCH(QString, words);
+        PhoneOptions options;
+        if (trouble == u"unauthorized")
+            options.state = trouble;
+        VirtualPhone &phone = addPhone(options);
+        const QString endpoint = phone.endpoint();
+        if (trouble == u"closed")
+            phones.clear();
+        model->connectEndpoint = endpoint;
+        const QString status = u"Connecting over Wi-Fi…"_s;
+        perform([this] { model->connect(); });
+        QVERIFY(model->error());
+        QVERIFY2(model->error()->contains(words), qUtf8Printable(*model->error()));
+        QCOMPARE(model->status(), status + u" failed.");
+        qInfo().noquote() << *model->error();
+    }
 
-void RealAdbTest::screenshotIsThePhonesPicture()
-{
-    VirtualPhone &phone = addPhone();
-    connectTo(phone);
-    dialogs->locations = {path(u"Größe 1.png"_s)};
-    perform([this] { model->screenshot(); });
-    QCOMPARE(model->error(), std::nullopt);
-    QCOMPARE(model->status(), u"Screenshot saved to Größe 1.png."_s);
-    const QJsonObject record = ended(phone, u"screencap"_s);
-    QCOMPARE(QFileInfo(path(u"Größe 1.png"_s)).size(), record.value(u"sent"_s).toInteger());
-    const QImage image(path(u"Größe 1.png"_s), "PNG");
-    QCOMPARE(image.size(), QSize(720, 1600));
-}
+    void pairingWithAPhoneThatCannotFailsWithoutTheCode()
+    {
+        VirtualPhone &phone = addPhone();
+        model->pairingEndpoint = phone.endpoint();
+        model->pairingCode = u"493817"_s;
+        perform([this] { model->pair(); });
+        QVERIFY(model->error());
+        QVERIFY2(!model->error()->contains(u"493817"), qUtf8Printable(*model->error()));
+        QCOMPARE(model->status(), u"Pairing with your Android phone… failed."_s);
+        qInfo().noquote() << *model->error();
+    }
 
-void RealAdbTest::otherPhonesAreLeftAlone()
-{
-    VirtualPhone &other = addPhone();
-    VirtualPhone &phone = addPhone();
-    connectTo(other);
-    connectTo(phone);
-    model->packageName = package;
-    perform([this] { model->appAction(true); });
-    QCOMPARE(model->status(), u"Launched com.example.app on "_s + phone.serial() + u'.');
-    QVERIFY(!ended(phone, u"am "_s).isEmpty());
-    for (const QJsonObject &record : other.log())
-        QVERIFY2(!record.value(u"service"_s).toString().contains(u"am start"), "the other phone was asked");
-}
+    void installsTheFileByteForByte_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("size");
+        QTest::newRow("a build") << u"demo-debug.apk"_s << 3'000'000;
+        QTest::newRow("capitals, blanks, quotes") << u"De mo 'x' \"y\".APK"_s << 70'000;
+        QTest::newRow("umlauts and CJK") << u"Größe 日本 👍.apk"_s << 70'001;
+        QTest::newRow("255 bytes") << QString(251, u'x') + u".apk" << 1;
+        QTest::newRow("shell characters") << u"$HOME;&`id`*.apk"_s << 65'536;
+    }
+    void installsTheFileByteForByte()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, size);
+        VirtualPhone &phone = addPhone();
+        connectTo(phone);
+        const QString build = makeBuild(name, size);
+        model->acceptAPK(QUrl::fromLocalFile(build));
+        perform([this] { model->install(); });
+        QCOMPARE(model->error(), std::nullopt);
+        QCOMPARE(model->status(),
+                 u"Installed "_s + name + u" on " + phone.serial() + u". Existing app data was retained.");
+        QFile file(build);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QJsonObject record = ended(phone, u"package 'install'"_s);
+        qInfo().noquote() << record.value(u"service"_s).toString() << record.value(u"sha256"_s).toString();
+        QCOMPARE(record.value(u"sha256"_s).toString(), digest(file.readAll()));
+        QCOMPARE(record.value(u"size"_s).toInteger(), size);
+    }
+
+    void refusedInstallIsToldInThePhonesWords()
+    {
+        VirtualPhone &phone = addPhone();
+        connectTo(phone);
+        const QString words = u"Failure [INSTALL_FAILED_VERSION_DOWNGRADE: Größe]"_s;
+        QCOMPARE(phone.command(u"on 'package install' output '%1\\n'"_s.arg(words)), u"ok"_s);
+        model->acceptAPK(QUrl::fromLocalFile(makeBuild(u"demo.apk"_s, 1000)));
+        perform([this] { model->install(); });
+        QVERIFY(model->error());
+        QVERIFY2(model->error()->contains(words), qUtf8Printable(*model->error()));
+        QCOMPARE(model->status(), u"Installing demo.apk… failed."_s);
+    }
+
+    void deletedBuildIsToldInTheToolsWords()
+    {
+        connectTo(addPhone());
+        const QString build = makeBuild(u"demo.apk"_s, 1000);
+        model->acceptAPK(QUrl::fromLocalFile(build));
+        QVERIFY(QFile::remove(build));
+        perform([this] { model->install(); });
+        QVERIFY(model->error());
+        QVERIFY2(model->error()->contains(u"No such file or directory"), qUtf8Printable(*model->error()));
+        QCOMPARE(model->status(), u"Installing demo.apk… failed."_s);
+    }
+
+    void missingAppHasNoLaunchableActivity()
+    {
+        connectTo(addPhone());
+        model->packageName = u"com.example.missing"_s;
+        perform([this] { model->appAction(true); });
+        QCOMPARE(model->error(),
+                 std::optional(u"No launchable activity found for com.example.missing. Check that the APK is "
+                               "installed and includes a launcher activity."_s));
+    }
+
+    void deviceWideLogHoldsWhatIsWellFormedAndMarksTheRest()
+    {
+        VirtualPhone &phone = addPhone();
+        connectTo(phone);
+        QCOMPARE(phone.command(u"on logcat output 'größer 日本 \\xff\\xe2\\x82.\\n'"_s), u"ok"_s);
+        model->logging = true;
+        QCoro::waitFor(model->readLogs());
+        QVERIFY2(model->logs().startsWith(u"größer 日本 "), qUtf8Printable(model->logs()));
+        phone.command(u"off"_s);
+        VERIFY_SOON((QCoro::waitFor(model->readLogs()), model->logs().contains(QChar(0xfffd))));
+        QVERIFY(model->logs().count(u'\n') <= 351); // 350 lines, and one that names the buffer
+        QVERIFY(model->logging());
+        QCOMPARE(model->error(), std::nullopt);
+    }
+
+    void otherPhonesAreLeftAlone()
+    {
+        VirtualPhone &other = addPhone();
+        VirtualPhone &phone = addPhone();
+        connectTo(other);
+        connectTo(phone);
+        model->packageName = package;
+        perform([this] { model->appAction(true); });
+        QCOMPARE(model->status(), u"Launched com.example.app on "_s + phone.serial() + u'.');
+        QVERIFY(!ended(phone, u"am "_s).isEmpty());
+        for (const QJsonObject &record : other.log())
+            QVERIFY2(!record.value(u"service"_s).toString().contains(u"am start"), "the other phone was asked");
+    }
+};
 
 QTEST_GUILESS_MAIN(RealAdbTest)
 #include "RealAdbTest.moc"

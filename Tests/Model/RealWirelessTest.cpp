@@ -80,236 +80,218 @@ class RealWirelessTest : public RealAdbModelTest
 
 private:
     /// A phone that shows the code; the user has typed both its addresses into the sheet.
-    VirtualPhone &addWirelessPhone();
-    void showCode(VirtualPhone &phone);
-    void pair(const QString &typed = code);
-    void pairAndConnect();
-    void checkFailure(const QString &working, const QString &words);
+    VirtualPhone &addWirelessPhone()
+    {
+        VirtualPhone &phone = addPhone();
+        model->connectEndpoint = phone.command(u"wireless on"_s).section(u' ', 1);
+        model->wireless = true;
+        showCode(phone);
+        return phone;
+    }
+
+    void showCode(VirtualPhone &phone)
+    {
+        model->pairingEndpoint = phone.command(u"pair "_s + code).section(u' ', 2);
+        QVERIFY(!model->pairingEndpoint().isEmpty());
+    }
+
+    void pair(const QString &typed = code)
+    {
+        model->pairingCode = typed;
+        perform([this] { model->pair(); });
+        QCOMPARE(model->pairingCode(), QString());
+    }
+
+    void pairAndConnect()
+    {
+        pair();
+        QCOMPARE(model->error(), std::nullopt);
+        QCOMPARE(model->status(), paired);
+        perform([this] { model->connect(); });
+        QCOMPARE(model->error(), std::nullopt);
+        QCOMPARE(model->selectedID(), std::optional(model->connectEndpoint()));
+    }
+
+    void checkFailure(const QString &working, const QString &words)
+    {
+        qInfo().noquote() << "status:" << model->status() << "error:" << model->error().value_or(u"absent"_s);
+        QCOMPARE(model->error(), std::optional(words));
+        QCOMPARE(model->status(), working + u" failed.");
+        QVERIFY(model->wireless());
+        QCOMPARE(filesWithTheCode(), QStringList());
+        model->error = std::nullopt;
+    }
 
 private Q_SLOTS:
-    void codeLeadsToAnInstalledBuild();
-    void failedPairingIsToldAndTheNextTryWorks_data();
-    void failedPairingIsToldAndTheNextTryWorks();
-    void fiveDigitsAreNoCode();
-    void failedConnectionIsToldAndTheNextTryWorks_data();
-    void failedConnectionIsToldAndTheNextTryWorks();
-    void phoneThatDoesNotAnswerIsListedAsOffline();
-    void phoneWithTheSameCodeIsNotPaired();
-    void silentPhoneIsGivenUpAndTheCodeIsOnStandardInputOnly();
-};
-
-VirtualPhone &RealWirelessTest::addWirelessPhone()
-{
-    VirtualPhone &phone = addPhone();
-    model->connectEndpoint = phone.command(u"wireless on"_s).section(u' ', 1);
-    model->wireless = true;
-    showCode(phone);
-    return phone;
-}
-
-void RealWirelessTest::showCode(VirtualPhone &phone)
-{
-    model->pairingEndpoint = phone.command(u"pair "_s + code).section(u' ', 2);
-    QVERIFY(!model->pairingEndpoint().isEmpty());
-}
-
-void RealWirelessTest::pair(const QString &typed)
-{
-    model->pairingCode = typed;
-    perform([this] { model->pair(); });
-    QCOMPARE(model->pairingCode(), QString());
-}
-
-void RealWirelessTest::pairAndConnect()
-{
-    pair();
-    QCOMPARE(model->error(), std::nullopt);
-    QCOMPARE(model->status(), paired);
-    perform([this] { model->connect(); });
-    QCOMPARE(model->error(), std::nullopt);
-    QCOMPARE(model->selectedID(), std::optional(model->connectEndpoint()));
-}
-
-void RealWirelessTest::checkFailure(const QString &working, const QString &words)
-{
-    qInfo().noquote() << "status:" << model->status() << "error:" << model->error().value_or(u"absent"_s);
-    QCOMPARE(model->error(), std::optional(words));
-    QCOMPARE(model->status(), working + u" failed.");
-    QVERIFY(model->wireless());
-    QCOMPARE(filesWithTheCode(), QStringList());
-    model->error = std::nullopt;
-}
-
-void RealWirelessTest::codeLeadsToAnInstalledBuild()
-{
-    VirtualPhone &phone = addWirelessPhone();
-    pair();
-    QCOMPARE(model->status(), paired);
-    QVERIFY(model->wireless());
-    QCOMPARE(shown(phone, u"pairing"_s), QString()); // its port is closed
-    const QString address = model->connectEndpoint();
-    perform([this] { model->connect(); });
-    QCOMPARE(model->status(), u"connected to "_s + address);
-    QVERIFY(model->wireless());
-    VERIFY_SOON((refresh(), model->selected() && model->selected()->ready()));
-    QCOMPARE(model->selected()->transport(), u"Wi-Fi"_s);
-
-    const QString build = makeBuild(u"demo.apk"_s, 3'000'000);
-    model->acceptAPK(QUrl::fromLocalFile(build));
-    perform([this] { model->install(); });
-    QCOMPARE(model->status(), u"Installed demo.apk on %1. Existing app data was retained."_s.arg(address));
-    VERIFY_SOON(!phone.closed(u"package 'install'"_s).isEmpty());
-    QCOMPARE(phone.closed(u"package 'install'"_s).first()[u"sha256"_s].toString().toLatin1(),
-             QCryptographicHash::hash(contents(build), QCryptographicHash::Sha256).toHex());
-}
-
-void RealWirelessTest::failedPairingIsToldAndTheNextTryWorks_data()
-{
-    QTest::addColumn<QString>("typed");
-    QTest::addColumn<QString>("address"); // instead of the pairing address
-    QTest::addColumn<QString>("command"); // to the phone, before the try
-    const QString none;
-    QTest::newRow("wrong code") << u"493818"_s << none << none;
-    QTest::newRow("connection port") << code << u"connection"_s << none;
-    QTest::newRow("closed port") << code << none << u"wireless off"_s;
-    QTest::newRow("goes away at the first word") << code << none << u"on 'wireless pairing' drop 1"_s;
-    QTest::newRow("goes away with the keys known") << code << none << u"on 'wireless pairing' drop 1500"_s;
-}
-
-void RealWirelessTest::failedPairingIsToldAndTheNextTryWorks()
-{
-    QFETCH(QString, typed);
-    QFETCH(QString, address);
-    QFETCH(QString, command);
-    VirtualPhone &phone = addWirelessPhone();
-    if (!address.isEmpty())
-        model->pairingEndpoint = shown(phone, address);
-    if (!command.isEmpty())
-        QVERIFY(phone.command(command).startsWith(u"ok"));
-    const QString triedAddress = model->pairingEndpoint();
-    pair(typed);
-    checkFailure(pairing, noStatus);
-    QCOMPARE(model->pairingEndpoint(), triedAddress);
-
-    phone.command(u"off"_s);
-    model->connectEndpoint = phone.command(u"wireless on"_s).section(u' ', 1);
-    if (shown(phone, u"pairing"_s).isEmpty() || !address.isEmpty())
-        showCode(phone);
-    pairAndConnect();
-}
-
-void RealWirelessTest::fiveDigitsAreNoCode()
-{
-    addWirelessPhone();
-    const QString address = model->pairingEndpoint();
-    model->pairingCode = u"49381"_s;
-    model->pair();
-    QVERIFY(!model->busy());
-    QCOMPARE(model->error(), std::optional(u"Use the pairing IP:port and six-digit code shown in Android Wireless "
-                                           "debugging → Pair with pairing code."_s));
-    QCOMPARE(model->pairingCode(), u"49381"_s);
-    QCOMPARE(model->pairingEndpoint(), address);
-    QVERIFY(model->wireless());
-    model->error = std::nullopt;
-    pairAndConnect();
-}
-
-void RealWirelessTest::failedConnectionIsToldAndTheNextTryWorks_data()
-{
-    QTest::addColumn<bool>("isPaired");
-    QTest::addColumn<QString>("address"); // instead of the connection address
-    QTest::addColumn<QString>("command"); // to the phone, before the try
-    QTest::addColumn<QString>("words");
-    const QString none;
-    const QString failed = u"failed to connect to %1\n"_s;
-    const QString refused = u"failed to connect to '%1': Connection refused\n"_s;
-    QTest::newRow("never paired") << false << none << none << failed;
-    QTest::newRow("forgotten") << true << none << u"forget"_s << failed;
-    QTest::newRow("pairing port") << false << u"pairing"_s << none << failed;
-    QTest::newRow("closed port") << true << none << u"wireless off"_s << refused;
-    QTest::newRow("goes away in mid-handshake") << true << none << u"on 'wireless connection' drop 400"_s << failed;
-}
-
-void RealWirelessTest::failedConnectionIsToldAndTheNextTryWorks()
-{
-    QFETCH(bool, isPaired);
-    QFETCH(QString, address);
-    QFETCH(QString, command);
-    QFETCH(QString, words);
-    VirtualPhone &phone = addWirelessPhone();
-    if (isPaired)
+    void codeLeadsToAnInstalledBuild()
+    {
+        VirtualPhone &phone = addWirelessPhone();
         pair();
-    if (!address.isEmpty())
-        model->connectEndpoint = shown(phone, address);
-    if (!command.isEmpty())
-        QVERIFY(phone.command(command).startsWith(u"ok"));
-    const QString triedAddress = model->connectEndpoint();
-    perform([this] { model->connect(); });
-    checkFailure(connecting, words.arg(triedAddress));
-    QCOMPARE(model->connectEndpoint(), triedAddress);
+        QCOMPARE(model->status(), paired);
+        QVERIFY(model->wireless());
+        QCOMPARE(shown(phone, u"pairing"_s), QString()); // its port is closed
+        const QString address = model->connectEndpoint();
+        perform([this] { model->connect(); });
+        QCOMPARE(model->status(), u"connected to "_s + address);
+        QVERIFY(model->wireless());
+        VERIFY_SOON((refresh(), model->selected() && model->selected()->ready()));
+        QCOMPARE(model->selected()->transport(), u"Wi-Fi"_s);
 
-    phone.command(u"off"_s);
-    model->connectEndpoint = phone.command(u"wireless on"_s).section(u' ', 1);
-    showCode(phone);
-    pairAndConnect();
-    VERIFY_SOON((refresh(), model->selected() && model->selected()->ready()));
-}
+        const QString build = makeBuild(u"demo.apk"_s, 3'000'000);
+        model->acceptAPK(QUrl::fromLocalFile(build));
+        perform([this] { model->install(); });
+        QCOMPARE(model->status(), u"Installed demo.apk on %1. Existing app data was retained."_s.arg(address));
+        VERIFY_SOON(!phone.closed(u"package 'install'"_s).isEmpty());
+        QCOMPARE(phone.closed(u"package 'install'"_s).first()[u"sha256"_s].toString().toLatin1(),
+                 QCryptographicHash::hash(contents(build), QCryptographicHash::Sha256).toHex());
+    }
 
-void RealWirelessTest::phoneThatDoesNotAnswerIsListedAsOffline()
-{
-    VirtualPhone &phone = addWirelessPhone();
-    pair();
-    QCOMPARE(phone.command(u"on 'wireless connection' hang"_s), u"ok"_s);
-    const QString address = model->connectEndpoint();
-    perform([this] { model->connect(); });
-    checkFailure(connecting, u"failed to connect to %1\n"_s.arg(address));
-    // adb goes on waiting for it, and tries no other connection.
-    phone.command(u"off"_s);
-    perform([this] { model->connect(); });
-    QCOMPARE(model->status(), u"already connected to "_s + address);
-    QCOMPARE(model->selected()->state, u"offline"_s);
+    void failedPairingIsToldAndTheNextTryWorks_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("address"); // instead of the pairing address
+        QTest::addColumn<QString>("command"); // to the phone, before the try
+        const QString none;
+        QTest::newRow("wrong code") << u"493818"_s << none << none;
+        QTest::newRow("connection port") << code << u"connection"_s << none;
+        QTest::newRow("closed port") << code << none << u"wireless off"_s;
+        QTest::newRow("goes away at the first word") << code << none << u"on 'wireless pairing' drop 1"_s;
+        QTest::newRow("goes away with the keys known") << code << none << u"on 'wireless pairing' drop 1500"_s;
+    }
+    void failedPairingIsToldAndTheNextTryWorks()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, address);
+        QFETCH(QString, command);
+        VirtualPhone &phone = addWirelessPhone();
+        if (!address.isEmpty())
+            model->pairingEndpoint = shown(phone, address);
+        if (!command.isEmpty())
+            QVERIFY(phone.command(command).startsWith(u"ok"));
+        const QString triedAddress = model->pairingEndpoint();
+        pair(typed);
+        checkFailure(pairing, noStatus);
+        QCOMPARE(model->pairingEndpoint(), triedAddress);
 
-    phone.command(u"wireless off"_s);
-    model->connectEndpoint = phone.command(u"wireless on"_s).section(u' ', 1);
-    perform([this] { model->connect(); });
-    QCOMPARE(model->status(), u"connected to "_s + model->connectEndpoint());
-}
+        phone.command(u"off"_s);
+        model->connectEndpoint = phone.command(u"wireless on"_s).section(u' ', 1);
+        if (shown(phone, u"pairing"_s).isEmpty() || !address.isEmpty())
+            showCode(phone);
+        pairAndConnect();
+    }
 
-void RealWirelessTest::phoneWithTheSameCodeIsNotPaired()
-{
-    VirtualPhone &other = addWirelessPhone();
-    const QString otherConnection = model->connectEndpoint();
-    const QString otherPairing = model->pairingEndpoint();
-    addWirelessPhone();
-    pairAndConnect();
-    QCOMPARE(shown(other, u"pairing"_s), otherPairing); // it still waits
-    model->connectEndpoint = otherConnection;
-    perform([this] { model->connect(); });
-    checkFailure(connecting, u"failed to connect to %1\n"_s.arg(otherConnection));
-    model->pairingEndpoint = otherPairing;
-    pairAndConnect();
-}
+    void fiveDigitsAreNoCode()
+    {
+        addWirelessPhone();
+        const QString address = model->pairingEndpoint();
+        model->pairingCode = u"49381"_s;
+        model->pair();
+        QVERIFY(!model->busy());
+        QCOMPARE(model->error(), std::optional(u"Use the pairing IP:port and six-digit code shown in Android Wireless "
+                                               "debugging → Pair with pairing code."_s));
+        QCOMPARE(model->pairingCode(), u"49381"_s);
+        QCOMPARE(model->pairingEndpoint(), address);
+        QVERIFY(model->wireless());
+        model->error = std::nullopt;
+        pairAndConnect();
+    }
 
-void RealWirelessTest::silentPhoneIsGivenUpAndTheCodeIsOnStandardInputOnly()
-{
-    VirtualPhone &phone = addWirelessPhone();
-    QCOMPARE(phone.command(u"on 'wireless pairing' hang"_s), u"ok"_s);
-    const auto restore =
-        qScopeGuard([former = qInstallMessageHandler(collectMessage)] { qInstallMessageHandler(former); });
-    const QByteArray commandLine = "pair" + QByteArray(1, '\0') + model->pairingEndpoint().toUtf8();
-    model->pairingCode = code;
-    model->pair();
-    VERIFY_SOON(anyContains(processes(u"cmdline"_s), commandLine));
-    QVERIFY(!anyContains(processes(u"cmdline"_s), code.toUtf8()));
-    QVERIFY(!anyContains(processes(u"environ"_s), code.toUtf8()));
-    QCOMPARE(filesWithTheCode(), QStringList());
-    QVERIFY(QTest::qWaitFor([this] { return !model->busy(); }, 55'000));
-    checkFailure(pairing, u"The Android command timed out. Check the phone connection and try again."_s);
-    for (const QString &text : messages + QStringList{model->status(), model->logs(), model->pairingCode()})
-        QVERIFY2(!text.contains(code), qUtf8Printable(text));
-    phone.command(u"off"_s);
-    pairAndConnect();
-}
+    void failedConnectionIsToldAndTheNextTryWorks_data()
+    {
+        QTest::addColumn<bool>("isPaired");
+        QTest::addColumn<QString>("address"); // instead of the connection address
+        QTest::addColumn<QString>("command"); // to the phone, before the try
+        QTest::addColumn<QString>("words");
+        const QString none;
+        const QString failed = u"failed to connect to %1\n"_s;
+        const QString refused = u"failed to connect to '%1': Connection refused\n"_s;
+        QTest::newRow("never paired") << false << none << none << failed;
+        QTest::newRow("forgotten") << true << none << u"forget"_s << failed;
+        QTest::newRow("pairing port") << false << u"pairing"_s << none << failed;
+        QTest::newRow("closed port") << true << none << u"wireless off"_s << refused;
+        QTest::newRow("goes away in mid-handshake") << true << none << u"on 'wireless connection' drop 400"_s << failed;
+    }
+    void failedConnectionIsToldAndTheNextTryWorks()
+    {
+        QFETCH(bool, isPaired);
+        QFETCH(QString, address);
+        QFETCH(QString, command);
+        QFETCH(QString, words);
+        VirtualPhone &phone = addWirelessPhone();
+        if (isPaired)
+            pair();
+        if (!address.isEmpty())
+            model->connectEndpoint = shown(phone, address);
+        if (!command.isEmpty())
+            QVERIFY(phone.command(command).startsWith(u"ok"));
+        const QString triedAddress = model->connectEndpoint();
+        perform([this] { model->connect(); });
+        checkFailure(connecting, words.arg(triedAddress));
+        QCOMPARE(model->connectEndpoint(), triedAddress);
+
+        phone.command(u"off"_s);
+        model->connectEndpoint = phone.command(u"wireless on"_s).section(u' ', 1);
+        showCode(phone);
+        pairAndConnect();
+        VERIFY_SOON((refresh(), model->selected() && model->selected()->ready()));
+    }
+
+    void phoneThatDoesNotAnswerIsListedAsOffline()
+    {
+        VirtualPhone &phone = addWirelessPhone();
+        pair();
+        QCOMPARE(phone.command(u"on 'wireless connection' hang"_s), u"ok"_s);
+        const QString address = model->connectEndpoint();
+        perform([this] { model->connect(); });
+        checkFailure(connecting, u"failed to connect to %1\n"_s.arg(address));
+        // adb goes on waiting for it, and tries no other connection.
+        phone.command(u"off"_s);
+        perform([this] { model->connect(); });
+        QCOMPARE(model->status(), u"already connected to "_s + address);
+        QCOMPARE(model->selected()->state, u"offline"_s);
+
+        phone.command(u"wireless off"_s);
+        model->connectEndpoint = phone.command(u"wireless on"_s).section(u' ', 1);
+        perform([this] { model->connect(); });
+        QCOMPARE(model->status(), u"connected to "_s + model->connectEndpoint());
+    }
+
+    void phoneWithTheSameCodeIsNotPaired()
+    {
+        VirtualPhone &other = addWirelessPhone();
+        const QString otherConnection = model->connectEndpoint();
+        const QString otherPairing = model->pairingEndpoint();
+        addWirelessPhone();
+        pairAndConnect();
+        QCOMPARE(shown(other, u"pairing"_s), otherPairing); // it still waits
+        model->connectEndpoint = otherConnection;
+        perform([this] { model->connect(); });
+        checkFailure(connecting, u"failed to connect to %1\n"_s.arg(otherConnection));
+        model->pairingEndpoint = otherPairing;
+        pairAndConnect();
+    }
+
+    void silentPhoneIsGivenUpAndTheCodeIsOnStandardInputOnly()
+    {
+        VirtualPhone &phone = addWirelessPhone();
+        QCOMPARE(phone.command(u"on 'wireless pairing' hang"_s), u"ok"_s);
+        const auto restore =
+            qScopeGuard([former = qInstallMessageHandler(collectMessage)] { qInstallMessageHandler(former); });
+        const QByteArray commandLine = "pair" + QByteArray(1, '\0') + model->pairingEndpoint().toUtf8();
+        model->pairingCode = code;
+        model->pair();
+        VERIFY_SOON(anyContains(processes(u"cmdline"_s), commandLine));
+        QVERIFY(!anyContains(processes(u"cmdline"_s), code.toUtf8()));
+        QVERIFY(!anyContains(processes(u"environ"_s), code.toUtf8()));
+        QCOMPARE(filesWithTheCode(), QStringList());
+        QVERIFY(QTest::qWaitFor([this] { return !model->busy(); }, 55'000));
+        checkFailure(pairing, u"The Android command timed out. Check the phone connection and try again."_s);
+        for (const QString &text : messages + QStringList{model->status(), model->logs(), model->pairingCode()})
+            QVERIFY2(!text.contains(code), qUtf8Printable(text));
+        phone.command(u"off"_s);
+        pairAndConnect();
+    }
+};
 
 QTEST_GUILESS_MAIN(RealWirelessTest)
 #include "RealWirelessTest.moc"

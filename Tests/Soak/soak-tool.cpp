@@ -1,6 +1,6 @@
-// soak-tool: plays adb and scrcpy for the soak. It answers every command line of the program at once: one run in
-// sixteen fails, and phones come and go with the number of the listing. Beside it lies the file "counters", mapped and
-// shared by all runs.
+// soak-tool: plays adb and scrcpy for the soak, which has no time for the scripts and records of stand-in-tool: it is
+// run a hundred thousand times and answers every command line of the program at once. One run in sixteen fails, and
+// phones come and go with the number of the listing. Beside it lies the file "counters", mapped and shared by all runs.
 #include <array>
 #include <atomic>
 #include <cstdint>

@@ -21,8 +21,14 @@ protected:
     /// A ready phone, and a running mirror that obeys a request to end.
     void openMirror()
     {
-        selectPhone();
         scrcpy().on(command()).hangs().exitsOnTermination(0);
+        startMirror();
+    }
+
+    /// A ready phone, and a mirror that runs as the test has arranged.
+    void startMirror()
+    {
+        selectPhone();
         model->mirrorPhone(false);
         QVERIFY(model->mirrorRunning());
         QVERIFY(called(scrcpy(), command()));

@@ -64,35 +64,16 @@ void ModelTest::arrangeMissing(const QString &missing)
     writes->take();
 }
 
-void ModelTest::addBrokenToolRows()
-{
-    QTest::addColumn<QString>("trouble");
-    QTest::addColumn<QString>("reason");
-    QTest::newRow("no file") << u"absent"_s << u"No such file or directory"_s;
-    QTest::newRow("not executable") << u"plain"_s << u"Permission denied"_s;
-    QTest::newRow("a directory") << u"directory"_s << u"Permission denied"_s;
-    QTest::newRow("no program") << u"garbage"_s << u"Exec format error"_s;
-}
-
-void ModelTest::breakTool(const StandInTool &tool, const QString &trouble)
-{
-    QVERIFY(QFile::remove(tool.path()));
-    if (trouble == u"directory")
-        QVERIFY(QDir().mkdir(tool.path()));
-    if (trouble == u"plain" || trouble == u"garbage") {
-        QFile file(tool.path());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("\x01garbage");
-        file.close();
-        const QFile::Permissions plain = QFile::ReadOwner | QFile::WriteOwner;
-        QVERIFY(file.setPermissions(trouble == u"plain" ? plain : plain | QFile::ExeOwner));
-    }
-}
-
 void ModelTest::perform(const std::function<void()> &start)
 {
     start();
     eventually([this] { return !model->busy(); });
+}
+
+void ModelTest::letGo()
+{
+    tools->open(u"go"_s);
+    COMPARE_SOON(model->busy(), false);
 }
 
 bool ModelTest::called(const StandInTool &tool, const QStringList &arguments, qsizetype times)

@@ -49,16 +49,13 @@ protected:
     /// in flight ("idle"), all there ("nothing"), or the phone in that state. These writes are not recorded.
     void arrangeMissing(const QString &missing);
 
-    /// The rows of a test of tools that cannot be launched: what is the "trouble" with the tool, and the "reason" that
-    /// the user is told.
-    static void addBrokenToolRows();
-    /// Arranges what a row of these says.
-    static void breakTool(const StandInTool &tool, const QString &trouble);
-
     /// Calls `start` and waits for the end of the action that it starts.
     void perform(const std::function<void()> &start);
     /// Waits until the tool has been called `times` times with these arguments.
     static bool called(const StandInTool &tool, const QStringList &arguments, qsizetype times = 1);
+
+    /// Opens the gate "go", and waits for the end of the action that it held up.
+    void letGo();
 
     /// The writes of an action that failed so, from its start to its end.
     static QStringList failure(const QString &working, const QString &error);

@@ -59,6 +59,14 @@ QStringList holdings()
 
 } // namespace
 
+QStringList childProcesses()
+{
+    QStringList ids;
+    for (const QString &child : children())
+        ids << child.section(u' ', 1, 1);
+    return ids;
+}
+
 ProcessCensus::ProcessCensus()
 {
     for (const QString &holding : holdings())

@@ -7,6 +7,9 @@
 
 namespace varda {
 
+/// The ids of this process's children, zombies included.
+QStringList childProcesses();
+
 /// What this process held when the object was made: child processes (zombies too), file descriptors, and capture
 /// directories in its temporary directory.
 ///

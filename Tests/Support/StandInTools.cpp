@@ -63,7 +63,6 @@ ToolCall readCall(const QString &record)
     call.descriptors = QString::fromUtf8(get(record + u"/descriptors")).split(u'\n', Qt::SkipEmptyParts);
     call.descriptors.sort();
     call.workingDirectory = QString::fromUtf8(get(record + u"/directory"));
-    call.status = QString::fromUtf8(get(record + u"/status"));
     call.pid = QFileInfo(record).fileName().section(u'-', -1).toLongLong();
     call.session = get(record + u"/session").toLongLong();
     call.terminationRequests = static_cast<int>(get(record + u"/terminations").size());
@@ -96,72 +95,22 @@ ToolAnswer::~ToolAnswer()
         qFatal("Cannot put the rule %s into force", qUtf8Printable(m_rule));
 }
 
-ToolAnswer &ToolAnswer::prints(const QByteArray &output)
+ToolAnswer &ToolAnswer::file(QStringView name, const QByteArray &bytes)
 {
-    put(m_draft + u"/stdout", output);
+    put(m_draft + u'/' + name, bytes);
     return *this;
 }
 
-ToolAnswer &ToolAnswer::complains(const QByteArray &standardError)
+ToolAnswer &ToolAnswer::plan(QStringView word, const QString &value)
 {
-    put(m_draft + u"/stderr", standardError);
-    return *this;
-}
-
-ToolAnswer &ToolAnswer::exits(int code)
-{
-    m_plan += u"exit %1\n"_s.arg(code);
-    return *this;
-}
-
-ToolAnswer &ToolAnswer::diesBy(int signal)
-{
-    m_plan += u"signal %1\n"_s.arg(signal);
-    return *this;
-}
-
-ToolAnswer &ToolAnswer::waitsFor(const QString &gate)
-{
-    m_plan += u"gate %1\n"_s.arg(gate);
-    return *this;
-}
-
-ToolAnswer &ToolAnswer::staysUntil(const QString &gate)
-{
-    m_plan += u"gate-after-output %1\n"_s.arg(gate);
-    return *this;
-}
-
-ToolAnswer &ToolAnswer::takes(std::chrono::milliseconds time)
-{
-    m_plan += u"delay %1\n"_s.arg(time.count());
-    return *this;
-}
-
-ToolAnswer &ToolAnswer::hangs()
-{
-    m_plan += u"hang yes\n"_s;
-    return *this;
-}
-
-ToolAnswer &ToolAnswer::once()
-{
-    put(m_draft + u"/once", {});
-    return *this;
-}
-
-ToolAnswer &ToolAnswer::ignoresTermination()
-{
-    m_plan += u"termination ignore\n"_s;
+    m_plan += word + u' ' + value + u'\n';
     return *this;
 }
 
 ToolAnswer &ToolAnswer::exitsOnTermination(int code, const QString &gate)
 {
-    m_plan += u"termination exit\ntermination-exit %1\n"_s.arg(code);
-    if (!gate.isEmpty())
-        m_plan += u"termination-gate %1\n"_s.arg(gate);
-    return *this;
+    plan(u"termination", u"exit"_s).plan(u"termination-exit", QString::number(code));
+    return gate.isEmpty() ? *this : plan(u"termination-gate", gate);
 }
 
 StandInTool::StandInTool(QString path, bool readsInput)
@@ -246,11 +195,6 @@ void StandInTool::forgetCalls()
 void StandInTool::open(const QString &gate)
 {
     put(script() + u"/gates/" + gate, {});
-}
-
-void StandInTool::close(const QString &gate)
-{
-    QFile::remove(script() + u"/gates/" + gate);
 }
 
 StandInTools::StandInTools()

@@ -28,7 +28,6 @@ struct ToolCall
     QHash<QByteArray, QByteArray> environment;
     QStringList descriptors; ///< "0 /dev/null", one per held descriptor, by number
     QString workingDirectory;
-    QString status; ///< /proc/self/status at the start: blocked and ignored signals
     qint64 pid = 0;
     qint64 session = 0;
     int terminationRequests = 0; ///< SIGTERMs so far
@@ -44,30 +43,30 @@ class ToolAnswer
 {
 public:
     ToolAnswer(QString draft, QString rule);
-    ToolAnswer(const ToolAnswer &) = delete;
-    ToolAnswer(ToolAnswer &&) = delete;
-    ToolAnswer &operator=(const ToolAnswer &) = delete;
-    ToolAnswer &operator=(ToolAnswer &&) = delete;
     ~ToolAnswer();
+    Q_DISABLE_COPY_MOVE(ToolAnswer)
 
-    ToolAnswer &prints(const QByteArray &output);
-    ToolAnswer &complains(const QByteArray &standardError);
-    ToolAnswer &exits(int code);
-    ToolAnswer &diesBy(int signal);
+    ToolAnswer &prints(const QByteArray &output) { return file(u"stdout", output); }
+    ToolAnswer &complains(const QByteArray &standardError) { return file(u"stderr", standardError); }
+    ToolAnswer &exits(int code) { return plan(u"exit", QString::number(code)); }
+    ToolAnswer &diesBy(int signal) { return plan(u"signal", QString::number(signal)); }
     /// Before its output.
-    ToolAnswer &waitsFor(const QString &gate);
+    ToolAnswer &waitsFor(const QString &gate) { return plan(u"gate", gate); }
     /// After its output, before its end.
-    ToolAnswer &staysUntil(const QString &gate);
-    ToolAnswer &takes(std::chrono::milliseconds time);
+    ToolAnswer &staysUntil(const QString &gate) { return plan(u"gate-after-output", gate); }
+    ToolAnswer &takes(std::chrono::milliseconds time) { return plan(u"delay", QString::number(time.count())); }
     /// After its output; for good.
-    ToolAnswer &hangs();
+    ToolAnswer &hangs() { return plan(u"hang", QStringLiteral("yes")); }
     /// Serves one run only; then the rules before it answer again.
-    ToolAnswer &once();
-    ToolAnswer &ignoresTermination();
+    ToolAnswer &once() { return file(u"once", {}); }
+    ToolAnswer &ignoresTermination() { return plan(u"termination", QStringLiteral("ignore")); }
     /// Ends itself in good order when it is asked to, once `gate` is open where one is named.
     ToolAnswer &exitsOnTermination(int code, const QString &gate = {});
 
 private:
+    ToolAnswer &file(QStringView name, const QByteArray &bytes);
+    ToolAnswer &plan(QStringView word, const QString &value);
+
     const QString m_draft;
     const QString m_rule;
     QString m_plan;
@@ -97,7 +96,6 @@ public:
     void forgetCalls();
 
     void open(const QString &gate);
-    void close(const QString &gate);
 
 private:
     ToolAnswer newRule(const std::optional<QStringList> &arguments);
@@ -111,11 +109,8 @@ class StandInTools
 {
 public:
     StandInTools();
-    StandInTools(const StandInTools &) = delete;
-    StandInTools(StandInTools &&) = delete;
-    StandInTools &operator=(const StandInTools &) = delete;
-    StandInTools &operator=(StandInTools &&) = delete;
     ~StandInTools();
+    Q_DISABLE_COPY_MOVE(StandInTools)
 
     /// Where the tree is staged.
     static QString directory();

@@ -14,15 +14,24 @@ ViewFixture::ViewFixture()
 
 void ViewFixture::show()
 {
+    settle();
     view->show();
     if (!QTest::qWaitForWindowExposed(view.get()))
         qFatal("the window did not come up");
 }
 
-void ViewFixture::attach(const AndroidDevice &device)
+void ViewFixture::activate()
 {
-    model->devices = QList<AndroidDevice>{device};
-    model->selectedID = device.id;
+    show();
+    view->activateWindow();
+    if (!QTest::qWaitForWindowActive(view.get()))
+        qFatal("the window did not get the keyboard");
+}
+
+void ViewFixture::list(const QList<AndroidDevice> &devices, const std::optional<QString> &selected)
+{
+    model->devices = devices;
+    model->selectedID = selected;
     settle();
 }
 

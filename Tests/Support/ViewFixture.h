@@ -9,6 +9,7 @@
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 namespace varda {
 
@@ -18,8 +19,10 @@ class ViewFixture
 public:
     ViewFixture();
 
-    /// Shows the window and waits until it is on the screen.
+    /// Renders what was published, shows the window and waits until it is on the screen.
     void show();
+    /// The same, and until it has the keyboard.
+    void activate();
 
     /// The one widget called `name`, in the window or in a dialog over it; fails the program where there is none.
     template <typename Widget = QWidget>
@@ -31,8 +34,10 @@ public:
         return widget;
     }
 
+    /// Publishes these devices as attached, and which of them is selected.
+    void list(const QList<AndroidDevice> &devices, const std::optional<QString> &selected = std::nullopt);
     /// Publishes one device as attached and selected.
-    void attach(const AndroidDevice &device);
+    void attach(const AndroidDevice &device) { list({device}, device.id); }
 
     /// Lets the window render what was published.
     static void settle();
@@ -40,6 +45,19 @@ public:
     const std::shared_ptr<test::DialogScript> dialogs = std::make_shared<test::DialogScript>();
     std::shared_ptr<VardaModel> model;
     std::unique_ptr<VardaView> view;
+};
+
+/// A test with a new window, not yet shown, for each of its functions.
+class ViewTest : public QObject
+{
+    Q_OBJECT
+
+protected:
+    std::optional<ViewFixture> fixture;
+
+protected Q_SLOTS:
+    void init() { fixture.emplace(); }
+    void cleanup() { fixture.reset(); }
 };
 
 inline const AndroidDevice readyPhone{QStringLiteral("R58M42ABCDE"), QStringLiteral("device"),

@@ -60,25 +60,16 @@ public:
     LoopMonitor()
     {
         m_timer.setTimerType(Qt::PreciseTimer);
-        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] {
-            ++m_turns;
-            m_longestGap = std::max(m_longestGap, std::chrono::milliseconds(m_gap.restart()));
-        });
-        m_gap.start();
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { ++m_turns; });
         m_timer.start(std::chrono::milliseconds(1));
     }
 
     /// How often the timer has fired.
     int turns() const { return m_turns; }
 
-    /// The longest time between two firings.
-    std::chrono::milliseconds longestGap() const { return m_longestGap; }
-
 private:
     QTimer m_timer;
-    QElapsedTimer m_gap;
     int m_turns = 0;
-    std::chrono::milliseconds m_longestGap{0};
 };
 
 } // namespace varda

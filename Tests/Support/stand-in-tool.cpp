@@ -1,4 +1,5 @@
-// stand-in-tool: plays adb or scrcpy as a test has scripted it, and keeps a record of how it was called.
+// stand-in-tool: plays adb or scrcpy as a test has scripted it, and keeps a record of how it was called. Its arguments
+// are the product's, so unlike stand-in it takes its orders from files.
 //
 // A test stages it under the name of the tool. What it does stands in the directory "<itself>.script":
 //   rules/<number>-<key>/   answers the arguments with this key (see `keyOf`), "any": whatever the arguments
@@ -54,7 +55,6 @@ struct Plan
     int exitCode = 0;
     int signal = 0;
     bool hang = false;
-    bool outlive = false; ///< runs on when its parent is gone
     Termination termination = Termination::Die;
     int terminationExit = 0;
     std::string terminationGate;
@@ -90,8 +90,6 @@ Plan readPlan(const fs::path &path)
             plan.signal = std::stoi(value);
         else if (word == "hang")
             plan.hang = value == "yes";
-        else if (word == "outlive")
-            plan.outlive = value == "yes";
         else if (word == "termination")
             plan.termination = value == "ignore" ? Termination::Ignore : Termination::Exit;
         else if (word == "termination-exit")
@@ -249,7 +247,7 @@ private:
     void wait(std::chrono::milliseconds time)
     {
         // Looked at first: a parent that asks for the end and goes is obeyed, whatever comes between.
-        const bool orphaned = !m_plan.outlive && getppid() != m_parent;
+        const bool orphaned = getppid() != m_parent;
         const timespec pause{0, std::chrono::nanoseconds(time).count()};
         if (sigtimedwait(&m_watched, nullptr, &pause) == SIGTERM)
             terminationRequested();
@@ -304,7 +302,6 @@ private:
 int main(int, char **argv)
 {
     const std::string descriptors = heldDescriptors();
-    const std::string status = contents("/proc/self/status");
     const fs::path script = fs::read_symlink("/proc/self/exe").string() + ".script";
 
     sigset_t watched;
@@ -318,7 +315,6 @@ int main(int, char **argv)
     write(draft / "argv", joined(argv));
     write(draft / "environment", joined(environ));
     write(draft / "descriptors", descriptors);
-    write(draft / "status", status);
     write(draft / "directory", fs::current_path().string());
     write(draft / "session", std::to_string(getsid(0)));
     write(draft / "input", readsInput ? pipedInput() : std::string());

@@ -1,5 +1,5 @@
-// A program that behaves as its arguments say: each behaviour is a word and that word's own arguments, carried out from
-// left to right, with exit status 0 at the end of the list.
+// A program that behaves as its arguments say, for the core's tests, which start it themselves: each behaviour is a
+// word and that word's own arguments, carried out from left to right, with exit status 0 at the end of the list.
 //
 //   stand-in error "no devices" exit 1
 //   stand-in ignore TERM sleep 20
@@ -12,13 +12,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <string>
 #include <string_view>
 #include <thread>
 #include <vector>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
@@ -129,60 +129,6 @@ void unlinkStream(int descriptor)
         fail("unlink");
 }
 
-std::string inQuotes(std::string_view text)
-{
-    std::string result = "\"";
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        std::array<char, 8> escaped = {};
-        if (c == '"' || c == '\\') {
-            result += '\\';
-            result += c;
-        } else if (byte < 0x20 || byte == 0x7F) {
-            std::snprintf(escaped.data(), escaped.size(), "\\u%04x", static_cast<unsigned>(byte));
-            result += escaped.data();
-        } else {
-            result += c;
-        }
-    }
-    return result + '"';
-}
-
-std::string list(const std::vector<std::string> &texts)
-{
-    std::string result;
-    for (const std::string &text : texts)
-        result += (result.empty() ? "" : ",") + inQuotes(text);
-    return '[' + result + ']';
-}
-
-/// The open descriptors, as an object of numbers and what they lead to.
-std::string descriptors()
-{
-    std::string result;
-    DIR *directory = ::opendir("/proc/self/fd");
-    if (!directory)
-        fail("/proc/self/fd");
-    while (const dirent *entry = ::readdir(directory)) {
-        const std::string name = entry->d_name;
-        if (name[0] == '.' || name == std::to_string(::dirfd(directory)))
-            continue;
-        result += (result.empty() ? "" : ",") + inQuotes(name) + ':' + inQuotes(linkTarget("/proc/self/fd/" + name));
-    }
-    ::closedir(directory);
-    return '{' + result + '}';
-}
-
-std::vector<std::string> signalsWhere(bool (*holds)(int))
-{
-    std::vector<std::string> numbers;
-    for (int number = 1; number < NSIG; ++number) {
-        if (holds(number))
-            numbers.push_back(std::to_string(number));
-    }
-    return numbers;
-}
-
 bool blocked(int number)
 {
     sigset_t mask;
@@ -196,18 +142,33 @@ bool ignored(int number)
     return ::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
-/// Writes what this process was given as one JSON object.
+void tell(const char *kind, const std::string &text)
+{
+    writeAll(STDOUT_FILENO, std::string(kind) + ' ' + text + '\0');
+}
+
+/// Writes what this process was given: texts that each begin with a word for their kind and end with a NUL.
 void report(const Arguments &arguments)
 {
-    std::vector<std::string> variables;
+    for (const std::string &argument : arguments)
+        tell("argument", argument);
     for (char **variable = environ; *variable; ++variable)
-        variables.emplace_back(*variable);
-    writeAll(STDOUT_FILENO,
-             "{\"arguments\":" + list(arguments) + ",\"environment\":" + list(variables) +
-                 ",\"descriptors\":" + descriptors() + ",\"blockedSignals\":" + list(signalsWhere(&blocked)) +
-                 ",\"ignoredSignals\":" + list(signalsWhere(&ignored)) +
-                 ",\"directory\":" + inQuotes(linkTarget("/proc/self/cwd")) +
-                 ",\"process\":" + std::to_string(::getpid()) + ",\"session\":" + std::to_string(::getsid(0)) + "}\n");
+        tell("variable", *variable);
+    for (const auto &entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        // Not the one through which it is looked.
+        const std::string target = linkTarget(entry.path());
+        if (!target.starts_with("/proc/"))
+            tell("descriptor", entry.path().filename().string() + ' ' + target);
+    }
+    for (int number = 1; number < NSIG; ++number) {
+        if (blocked(number))
+            tell("blocked", std::to_string(number));
+        if (ignored(number))
+            tell("ignored", std::to_string(number));
+    }
+    tell("directory", linkTarget("/proc/self/cwd"));
+    tell("process", std::to_string(::getpid()));
+    tell("session", std::to_string(::getsid(0)));
 }
 
 /// Has the kernel deny this process and what it becomes the calls about pidfds, as a kernel without them does.

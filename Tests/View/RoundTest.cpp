@@ -35,223 +35,199 @@ bool asksForAttention(const QWidget &window)
 
 } // namespace
 
-class RoundTest final : public QObject
+class RoundTest final : public ViewTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void startsEachActionByItsKey_data();
-    void startsEachActionByItsKey();
-    void takesNoKeyThatTextNeeds();
-    void startsNothingOnAHeldKey();
-    void submitsFieldsOnReturn_data();
-    void submitsFieldsOnReturn();
-    void tellsSizeAndAgeOfTheBuild();
-    void tellsThatTheBuildHasChangedOrGone();
-    void takesAChangedBuildAsNewWhenChosenAgain();
-    void asksForAttentionAfterALongActionOnly_data();
-    void asksForAttentionAfterALongActionOnly();
-};
+    void startsEachActionByItsKey_data()
+    {
+        QTest::addColumn<QKeySequence>("key");
+        QTest::addColumn<QString>("status");
+        const auto row = [](const char *button, const char *key, const QString &status = {}) {
+            QTest::newRow(button) << QKeySequence(QString::fromLatin1(key)) << status;
+        };
+        row("installButton", "Ctrl+I", u"Installing demo.apk…"_s);
+        row("mirrorButton", "Ctrl+M");
+        row("recordButton", "Ctrl+Shift+M");
+        row("launchButton", "Ctrl+L", u"Launching app…"_s);
+        row("stopButton", "Ctrl+Shift+L", u"Stopping app…"_s);
+        row("listButton", "Ctrl+Shift+A", u"Reading installed apps…"_s);
+        row("screenshotButton", "Ctrl+P", u"Capturing phone screenshot…"_s);
+        row("logsButton", "Ctrl+T");
+    }
+    void startsEachActionByItsKey()
+    {
+        QFETCH(QKeySequence, key);
+        QFETCH(QString, status);
+        fixture->model->apk = QUrl(u"file:///tmp/demo.apk"_s);
+        fixture->model->packageName = u"com.example.app"_s;
+        fixture->dialogs->locations = {u"/tmp/unused.png"_s, u"/tmp/unused.png"_s};
+        fixture->activate();
+        auto *button = fixture->find<QAbstractButton>(QTest::currentDataTag());
+        QVERIFY(button->toolTip().contains(u'(' + key.toString() + u')'));
+        const auto press = [&] { QTest::keySequence(fixture->find("packageField"), key); };
+        const QString before = fixture->model->status();
 
-void RoundTest::startsEachActionByItsKey_data()
-{
-    QTest::addColumn<QKeySequence>("key");
-    QTest::addColumn<QString>("status");
-    const auto row = [](const char *button, const char *key, const QString &status = {}) {
-        QTest::newRow(button) << QKeySequence(QString::fromLatin1(key)) << status;
-    };
-    row("installButton", "Ctrl+I", u"Installing demo.apk…"_s);
-    row("mirrorButton", "Ctrl+M");
-    row("recordButton", "Ctrl+Shift+M");
-    row("launchButton", "Ctrl+L", u"Launching app…"_s);
-    row("stopButton", "Ctrl+Shift+L", u"Stopping app…"_s);
-    row("listButton", "Ctrl+Shift+A", u"Reading installed apps…"_s);
-    row("screenshotButton", "Ctrl+P", u"Capturing phone screenshot…"_s);
-    row("logsButton", "Ctrl+T");
-}
+        press(); // no phone: neither the button nor the key
+        QVERIFY(!button->isEnabled());
+        QCOMPARE(fixture->model->status(), before);
+        QVERIFY(!fixture->model->error() && !fixture->model->logging());
 
-void RoundTest::startsEachActionByItsKey()
-{
-    QFETCH(QKeySequence, key);
-    QFETCH(QString, status);
-    ViewFixture fixture;
-    fixture.model->apk = QUrl(u"file:///tmp/demo.apk"_s);
-    fixture.model->packageName = u"com.example.app"_s;
-    fixture.dialogs->locations = {u"/tmp/unused.png"_s, u"/tmp/unused.png"_s};
-    fixture.settle();
-    fixture.show();
-    fixture.view->activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(fixture.view.get()));
-    auto *button = fixture.find<QAbstractButton>(QTest::currentDataTag());
-    QVERIFY(button->toolTip().contains(u'(' + key.toString() + u')'));
-    const auto press = [&] { QTest::keySequence(fixture.find("packageField"), key); };
-    const QString before = fixture.model->status();
+        fixture->attach(readyPhone);
+        QVERIFY(button->isEnabled());
+        press();
+        if (!status.isEmpty())
+            QCOMPARE(fixture->model->status(), status);
+        else if (button->objectName() == u"logsButton")
+            QVERIFY(fixture->model->logging());
+        else
+            QVERIFY(fixture->model->error()); // there is no scrcpy beside this test
+    }
 
-    press(); // no phone: neither the button nor the key
-    QVERIFY(!button->isEnabled());
-    QCOMPARE(fixture.model->status(), before);
-    QVERIFY(!fixture.model->error() && !fixture.model->logging());
-
-    fixture.attach(readyPhone);
-    QVERIFY(button->isEnabled());
-    press();
-    if (!status.isEmpty())
-        QCOMPARE(fixture.model->status(), status);
-    else if (button->objectName() == u"logsButton")
-        QVERIFY(fixture.model->logging());
-    else
-        QVERIFY(fixture.model->error()); // there is no scrcpy beside this test
-}
-
-void RoundTest::takesNoKeyThatTextNeeds()
-{
-    const ViewFixture fixture;
-    for (const QAction *action : fixture.view->actions()) {
-        const QKeySequence key = action->shortcut(); // a second one may be of use elsewhere only
-        for (const char *name : {"packageField", "pairingCodeField", "consoleText", "statusText"}) {
-            QKeyEvent asked(QEvent::ShortcutOverride, key[0].key(), key[0].keyboardModifiers());
-            asked.ignore();
-            QCoreApplication::sendEvent(fixture.find(name), &asked);
-            QVERIFY2(!asked.isAccepted(), qPrintable(key.toString() + u" in "_s + QLatin1StringView(name)));
+    void takesNoKeyThatTextNeeds()
+    {
+        for (const QAction *action : fixture->view->actions()) {
+            const QKeySequence key = action->shortcut(); // a second one may be of use elsewhere only
+            for (const char *name : {"packageField", "pairingCodeField", "consoleText", "statusText"}) {
+                QKeyEvent asked(QEvent::ShortcutOverride, key[0].key(), key[0].keyboardModifiers());
+                asked.ignore();
+                QCoreApplication::sendEvent(fixture->find(name), &asked);
+                QVERIFY2(!asked.isAccepted(), qPrintable(key.toString() + u" in "_s + QLatin1StringView(name)));
+            }
         }
     }
-}
 
-void RoundTest::startsNothingOnAHeldKey()
-{
-    const ViewFixture fixture;
-    for (const QAction *action : fixture.view->actions())
-        QVERIFY2(!action->autoRepeat(), qPrintable(action->objectName()));
-}
-
-void RoundTest::submitsFieldsOnReturn_data()
-{
-    QTest::addColumn<QByteArray>("field");
-    QTest::addColumn<QString>("status");
-    QTest::newRow("launches") << "packageField"_ba << u"Launching app…"_s;
-    QTest::newRow("pairs") << "pairingCodeField"_ba << u"Pairing with your Android phone…"_s;
-    QTest::newRow("connects") << "connectEndpointField"_ba << u"Connecting over Wi-Fi…"_s;
-}
-
-void RoundTest::submitsFieldsOnReturn()
-{
-    QFETCH(QByteArray, field);
-    QFETCH(QString, status);
-    ViewFixture fixture;
-    fixture.attach(readyPhone);
-    fixture.model->packageName = u"com.example.app"_s;
-    fixture.model->pairingEndpoint = u"192.168.1.50:37123"_s;
-    fixture.model->pairingCode = u"482913"_s;
-    fixture.model->connectEndpoint = u"192.168.1.50:42137"_s;
-    fixture.model->wireless = field != "packageField";
-    fixture.model->busy = true;
-    fixture.show();
-    auto *line = fixture.find<QLineEdit>(field.constData());
-    QTRY_VERIFY(line->isVisible());
-    const QString before = fixture.model->status();
-    QTest::keyClick(line, Qt::Key_Return); // as disabled as its button
-    QCOMPARE(fixture.model->status(), before);
-    fixture.model->busy = false;
-    fixture.settle();
-    QTest::keyClick(line, Qt::Key_Return);
-    QCOMPARE(fixture.model->status(), status);
-}
-
-void RoundTest::tellsSizeAndAgeOfTheBuild()
-{
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(u"demo.apk"_s);
-    build(path, 24'300'000, 3min + 20s);
-    ViewFixture fixture;
-    fixture.show();
-    fixture.model->apk = QUrl::fromLocalFile(path);
-    const auto *facts = fixture.find<QLabel>("apkFacts");
-    QTRY_COMPARE(facts->text(), u"24 MB · 3 minutes ago"_s);
-    QVERIFY(facts->isVisible());
-    const auto *name = fixture.find("apkName");
-    QVERIFY(name->geometry().right() < facts->geometry().left());
-
-    fixture.model->apk = QUrl::fromLocalFile(folder.filePath(u"other.apk"_s)); // never the one's facts beside the other
-    QCoreApplication::sendPostedEvents(fixture.view.get()); // the render alone, before the disk has answered
-    QCOMPARE(facts->text(), QString());
-    QTRY_COMPARE(facts->text(), u"no longer there"_s);
-}
-
-void RoundTest::tellsThatTheBuildHasChangedOrGone()
-{
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(u"demo.apk"_s);
-    build(path, 2'000'000, 2h + 5min);
-    ViewFixture fixture;
-    fixture.attach(readyPhone);
-    fixture.show();
-    fixture.model->apk = QUrl::fromLocalFile(path);
-    const auto *facts = fixture.find<QLabel>("apkFacts");
-    QTRY_COMPARE(facts->text(), u"2.0 MB · 2 hours ago"_s);
-
-    build(path, 2'000'000, 0s);
-    fixture.model->devices = QList<AndroidDevice>{readyPhone}; // as every tick does
-    QTRY_COMPARE(facts->text(), u"2.0 MB · just now · changed since it was chosen"_s);
-
-    QFile::remove(path);
-    fixture.model->devices = QList<AndroidDevice>{readyPhone};
-    QTRY_COMPARE(facts->text(), u"no longer there"_s);
-}
-
-void RoundTest::takesAChangedBuildAsNewWhenChosenAgain()
-{
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(u"demo.apk"_s);
-    build(path, 999, 2h + 5min);
-    ViewFixture fixture;
-    fixture.show();
-    fixture.model->acceptAPK(QUrl::fromLocalFile(path));
-    const auto *facts = fixture.find<QLabel>("apkFacts");
-    QTRY_COMPARE(facts->text(), u"999 bytes · 2 hours ago"_s);
-    build(path, 1000, 0s);
-    fixture.model->acceptAPK(QUrl::fromLocalFile(path));
-    QTRY_COMPARE(facts->text(), u"1.0 kB · just now"_s);
-}
-
-void RoundTest::asksForAttentionAfterALongActionOnly_data()
-{
-    QTest::addColumn<int>("seconds");
-    QTest::addColumn<bool>("focused");
-    QTest::addColumn<bool>("asks");
-    QTest::newRow("long") << 6 << false << true;
-    QTest::newRow("short") << 4 << false << false;
-    QTest::newRow("long, with the focus") << 6 << true << false;
-}
-
-void RoundTest::asksForAttentionAfterALongActionOnly()
-{
-    QFETCH(int, seconds);
-    QFETCH(bool, focused);
-    QFETCH(bool, asks);
-    QWidget window;
-    QWidget later; // asks for attention after all else: once the window manager knows of it, it knows of all
-    QWidget dialog;
-    for (QWidget *each : {&window, &later}) {
-        each->setAttribute(Qt::WA_ShowWithoutActivating);
-        each->show();
-        QVERIFY(QTest::qWaitForWindowExposed(each));
+    void startsNothingOnAHeldKey()
+    {
+        for (const QAction *action : fixture->view->actions())
+            QVERIFY2(!action->autoRepeat(), qPrintable(action->objectName()));
     }
-    if (focused) {
-        dialog.show();
-        dialog.activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+
+    void submitsFieldsOnReturn_data()
+    {
+        QTest::addColumn<QByteArray>("field");
+        QTest::addColumn<QString>("status");
+        QTest::newRow("launches") << "packageField"_ba << u"Launching app…"_s;
+        QTest::newRow("pairs") << "pairingCodeField"_ba << u"Pairing with your Android phone…"_s;
+        QTest::newRow("connects") << "connectEndpointField"_ba << u"Connecting over Wi-Fi…"_s;
     }
-    QCOMPARE(QApplication::activeWindow(), focused ? &dialog : nullptr);
-    Attention attention(&window);
-    const Attention::Clock::time_point start{};
-    attention.render(false, start);
-    attention.render(true, start);
-    attention.render(true, start + std::chrono::seconds(seconds) / 2);
-    attention.render(false, start + std::chrono::seconds(seconds));
-    QApplication::alert(&later);
-    QTRY_VERIFY(asksForAttention(later));
-    QCOMPARE(asksForAttention(window), asks);
-}
+    void submitsFieldsOnReturn()
+    {
+        QFETCH(QByteArray, field);
+        QFETCH(QString, status);
+        fixture->attach(readyPhone);
+        fixture->model->packageName = u"com.example.app"_s;
+        fixture->model->pairingEndpoint = u"192.168.1.50:37123"_s;
+        fixture->model->pairingCode = u"482913"_s;
+        fixture->model->connectEndpoint = u"192.168.1.50:42137"_s;
+        fixture->model->wireless = field != "packageField";
+        fixture->model->busy = true;
+        fixture->show();
+        auto *line = fixture->find<QLineEdit>(field.constData());
+        QTRY_VERIFY(line->isVisible());
+        const QString before = fixture->model->status();
+        QTest::keyClick(line, Qt::Key_Return); // as disabled as its button
+        QCOMPARE(fixture->model->status(), before);
+        fixture->model->busy = false;
+        fixture->settle();
+        QTest::keyClick(line, Qt::Key_Return);
+        QCOMPARE(fixture->model->status(), status);
+    }
+
+    void tellsSizeAndAgeOfTheBuild()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"demo.apk"_s);
+        build(path, 24'300'000, 3min + 20s);
+        fixture->show();
+        fixture->model->apk = QUrl::fromLocalFile(path);
+        const auto *facts = fixture->find<QLabel>("apkFacts");
+        QTRY_COMPARE(facts->text(), u"24 MB · 3 minutes ago"_s);
+        QVERIFY(facts->isVisible());
+        const auto *name = fixture->find("apkName");
+        QVERIFY(name->geometry().right() < facts->geometry().left());
+
+        fixture->model->apk =
+            QUrl::fromLocalFile(folder.filePath(u"other.apk"_s)); // never the one's facts beside the other
+        QCoreApplication::sendPostedEvents(fixture->view.get());  // the render alone, before the disk has answered
+        QCOMPARE(facts->text(), QString());
+        QTRY_COMPARE(facts->text(), u"no longer there"_s);
+    }
+
+    void tellsThatTheBuildHasChangedOrGone()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"demo.apk"_s);
+        build(path, 2'000'000, 2h + 5min);
+        fixture->attach(readyPhone);
+        fixture->show();
+        fixture->model->apk = QUrl::fromLocalFile(path);
+        const auto *facts = fixture->find<QLabel>("apkFacts");
+        QTRY_COMPARE(facts->text(), u"2.0 MB · 2 hours ago"_s);
+
+        build(path, 2'000'000, 0s);
+        fixture->model->devices = QList<AndroidDevice>{readyPhone}; // as every tick does
+        QTRY_COMPARE(facts->text(), u"2.0 MB · just now · changed since it was chosen"_s);
+
+        QFile::remove(path);
+        fixture->model->devices = QList<AndroidDevice>{readyPhone};
+        QTRY_COMPARE(facts->text(), u"no longer there"_s);
+    }
+
+    void takesAChangedBuildAsNewWhenChosenAgain()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"demo.apk"_s);
+        build(path, 999, 2h + 5min);
+        fixture->show();
+        fixture->model->acceptAPK(QUrl::fromLocalFile(path));
+        const auto *facts = fixture->find<QLabel>("apkFacts");
+        QTRY_COMPARE(facts->text(), u"999 bytes · 2 hours ago"_s);
+        build(path, 1000, 0s);
+        fixture->model->acceptAPK(QUrl::fromLocalFile(path));
+        QTRY_COMPARE(facts->text(), u"1.0 kB · just now"_s);
+    }
+
+    void asksForAttentionAfterALongActionOnly_data()
+    {
+        QTest::addColumn<int>("seconds");
+        QTest::addColumn<bool>("focused");
+        QTest::addColumn<bool>("asks");
+        QTest::newRow("long") << 6 << false << true;
+        QTest::newRow("short") << 4 << false << false;
+        QTest::newRow("long, with the focus") << 6 << true << false;
+    }
+    void asksForAttentionAfterALongActionOnly()
+    {
+        QFETCH(int, seconds);
+        QFETCH(bool, focused);
+        QFETCH(bool, asks);
+        QWidget window;
+        QWidget later; // asks for attention after all else: once the window manager knows of it, it knows of all
+        QWidget dialog;
+        for (QWidget *each : {&window, &later}) {
+            each->setAttribute(Qt::WA_ShowWithoutActivating);
+            each->show();
+            QVERIFY(QTest::qWaitForWindowExposed(each));
+        }
+        if (focused) {
+            dialog.show();
+            dialog.activateWindow();
+            QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        }
+        QCOMPARE(QApplication::activeWindow(), focused ? &dialog : nullptr);
+        Attention attention(&window);
+        const Attention::Clock::time_point start{};
+        attention.render(false, start);
+        attention.render(true, start);
+        attention.render(true, start + std::chrono::seconds(seconds) / 2);
+        attention.render(false, start + std::chrono::seconds(seconds));
+        QApplication::alert(&later);
+        QTRY_VERIFY(asksForAttention(later));
+        QCOMPARE(asksForAttention(window), asks);
+    }
+};
 
 QTEST_MAIN(RoundTest)
 #include "RoundTest.moc"

@@ -91,212 +91,196 @@ class ShellTest final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void endsInOrder_data();
-    void endsInOrder();
-    void endsWithDialogsOpen_data();
-    void endsWithDialogsOpen();
-    void endsInsideAFileDialog();
-    void endsWithTheAboutPaneOpen();
-    void opensAboutFromMenuAndKey();
-    void saysWhoItIs();
-    void dressesDark();
-    void leavesNoSettingsBehind();
-    void opensTheFileThatItIsGiven();
-    void refusesAFileThatIsNoBuild();
-    void takesTheFileOfASecondStart();
-};
-
-void ShellTest::endsInOrder_data()
-{
-    QTest::addColumn<int>("signal");
-    QTest::newRow("closed window") << 0;
-    QTest::newRow("Ctrl+Q") << -1;
-    QTest::newRow("menu") << -2;
-    QTest::newRow("SIGTERM") << SIGTERM;
-    QTest::newRow("SIGINT") << SIGINT;
-    QTest::newRow("SIGHUP") << SIGHUP;
-}
-
-void ShellTest::endsInOrder()
-{
-    QFETCH(int, signal);
-    const Life life([signal](QWidget *window) {
-        if (signal > 0)
-            ::raise(signal);
-        else if (signal == 0)
-            window->close();
-        else if (signal == -1)
-            QTest::keyClick(window, Qt::Key_Q, Qt::ControlModifier);
-        else
-            window->findChild<QAction *>(u"quitAction"_s)->trigger();
-    });
-    QVERIFY(life.inOrder());
-}
-
-void ShellTest::endsWithDialogsOpen_data()
-{
-    QTest::addColumn<bool>("bySignal");
-    QTest::newRow("Ctrl+Q") << false;
-    QTest::newRow("SIGTERM") << true;
-}
-
-void ShellTest::endsWithDialogsOpen()
-{
-    QFETCH(bool, bySignal);
-    const Life life([bySignal](QWidget *window) {
-        button(window, "wirelessButton")->click();
-        QWidget *sheet = window->findChild<QWidget *>(u"wirelessSheet"_s);
-        QTRY_VERIFY(sheet->isVisible());
-        QTRY_COMPARE(QApplication::activeWindow(), sheet);
-        button(sheet, "connectButton")->click(); // an empty address: an error
-        QWidget *alert = window->findChild<QWidget *>(u"alert"_s);
-        QTRY_VERIFY(alert->isVisible());
-        QTRY_COMPARE(QApplication::activeWindow(), alert);
-        if (bySignal)
-            ::raise(SIGTERM);
-        else
-            QTest::keyClick(alert, Qt::Key_Q, Qt::ControlModifier);
-    });
-    QVERIFY(life.inOrder());
-}
-
-void ShellTest::endsInsideAFileDialog()
-{
-    bool opened = false;
-    const Life life([&opened](QWidget *window) {
-        QTimer::singleShot(0, window, [&opened] {
-            QTRY_VERIFY(topLevel(u"fileDialog"_s) && topLevel(u"fileDialog"_s)->isVisible());
-            opened = true;
-            ::raise(SIGTERM);
+    void endsInOrder_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("closed window") << 0;
+        QTest::newRow("Ctrl+Q") << -1;
+        QTest::newRow("menu") << -2;
+        QTest::newRow("SIGTERM") << SIGTERM;
+        QTest::newRow("SIGINT") << SIGINT;
+        QTest::newRow("SIGHUP") << SIGHUP;
+    }
+    void endsInOrder()
+    {
+        QFETCH(int, signal);
+        const Life life([signal](QWidget *window) {
+            if (signal > 0)
+                ::raise(signal);
+            else if (signal == 0)
+                window->close();
+            else if (signal == -1)
+                QTest::keyClick(window, Qt::Key_Q, Qt::ControlModifier);
+            else
+                window->findChild<QAction *>(u"quitAction"_s)->trigger();
         });
-        button(window, "chooseButton")->click(); // returns when the dialog is closed
-    });
-    QVERIFY(opened);
-    QVERIFY(life.inOrder());
-}
+        QVERIFY(life.inOrder());
+    }
 
-void ShellTest::endsWithTheAboutPaneOpen()
-{
-    const Life life([](QWidget *window) {
-        window->findChild<QAction *>(u"aboutAction"_s)->trigger();
-        QTRY_VERIFY(topLevel(u"aboutPane"_s)->isVisible());
-        window->close();
-    });
-    QVERIFY(life.inOrder());
-}
-
-void ShellTest::opensAboutFromMenuAndKey()
-{
-    const Life life([](QWidget *window) {
-        QWidget *about = topLevel(u"aboutPane"_s);
-        QVERIFY(!about->isVisible());
-        QTest::keyClick(window, Qt::Key_F1);
-        QVERIFY(about->isVisible());
-        QCOMPARE(about->windowTitle(), u"About Varda"_s);
-        QVERIFY(QTest::qWaitForWindowActive(about));
-        QTest::keyClick(about, Qt::Key_Escape);
-        QVERIFY(!about->isVisible());
-        window->findChild<QAction *>(u"aboutAction"_s)->trigger();
-        QVERIFY(about->isVisible());
-        ::raise(SIGTERM);
-    });
-    QVERIFY(life.inOrder());
-}
-
-void ShellTest::saysWhoItIs()
-{
-    const Life life([](QWidget *window) {
-        QCOMPARE(QCoreApplication::applicationName(), u"varda"_s);
-        QCOMPARE(QGuiApplication::applicationDisplayName(), u"Varda"_s);
-        QCOMPARE(QGuiApplication::desktopFileName(), u"varda"_s);
-        QCOMPARE(window->windowTitle(), u"Varda"_s);
-        QVERIFY(!QGuiApplication::windowIcon().isNull());
-        QCOMPARE(window->size(), QSize(1180, 820));
-        ::raise(SIGTERM);
-    });
-    QVERIFY(life.inOrder());
-}
-
-void ShellTest::dressesDark()
-{
-    const Life life([](QWidget *window) {
-        QVERIFY(qobject_cast<VardaStyle *>(QApplication::style()));
-        QVERIFY(window->palette().color(QPalette::Window).lightness() < 60);
-        QVERIFY(window->palette().color(QPalette::WindowText).lightness() > 200);
-        ::raise(SIGTERM);
-    });
-    QVERIFY(life.inOrder());
-}
-
-void ShellTest::leavesNoSettingsBehind()
-{
-    const QString settings =
-        QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + u"/QtProject.conf"_s;
-    QVERIFY2(!QFile::exists(settings), "run this test with a home folder of its own");
-    const Life life([](QWidget *window) {
-        QTimer::singleShot(0, window, [] {
-            QTRY_VERIFY(topLevel(u"fileDialog"_s) && topLevel(u"fileDialog"_s)->isVisible());
-            static_cast<QDialog *>(topLevel(u"fileDialog"_s))->reject();
-        });
-        button(window, "chooseButton")->click();
-        ::raise(SIGTERM);
-    });
-    QVERIFY(life.inOrder());
-    QVERIFY(!QFile::exists(settings));
-}
-
-void ShellTest::opensTheFileThatItIsGiven()
-{
-    const QTemporaryDir directory;
-    bool shown = false;
-    const Life life(
-        [&shown](QWidget *window) {
-            shown = QTest::qWaitFor([window] { return shownBuild(window) == u"first.apk"; });
-            window->close();
-        },
-        madeBuild(directory, u"first.apk"_s));
-    QVERIFY(shown);
-    QVERIFY(life.inOrder());
-}
-
-void ShellTest::refusesAFileThatIsNoBuild()
-{
-    QString shown = u"unseen"_s;
-    const Life life(
-        [&shown](QWidget *window) {
-            auto *alert = window->findChild<QWidget *>(u"alert"_s);
+    void endsWithDialogsOpen_data()
+    {
+        QTest::addColumn<bool>("bySignal");
+        QTest::newRow("Ctrl+Q") << false;
+        QTest::newRow("SIGTERM") << true;
+    }
+    void endsWithDialogsOpen()
+    {
+        QFETCH(bool, bySignal);
+        const Life life([bySignal](QWidget *window) {
+            button(window, "wirelessButton")->click();
+            QWidget *sheet = window->findChild<QWidget *>(u"wirelessSheet"_s);
+            QTRY_VERIFY(sheet->isVisible());
+            QTRY_COMPARE(QApplication::activeWindow(), sheet);
+            button(sheet, "connectButton")->click(); // an empty address: an error
+            QWidget *alert = window->findChild<QWidget *>(u"alert"_s);
             QTRY_VERIFY(alert->isVisible());
-            shown = shownBuild(window);
-            QCoreApplication::exit(0);
-        },
-        QUrl::fromLocalFile(u"/nonexistent.apk"_s));
-    QCOMPARE(shown, QString());
-    QVERIFY(life.inOrder());
-}
+            QTRY_COMPARE(QApplication::activeWindow(), alert);
+            if (bySignal)
+                ::raise(SIGTERM);
+            else
+                QTest::keyClick(alert, Qt::Key_Q, Qt::ControlModifier);
+        });
+        QVERIFY(life.inOrder());
+    }
 
-void ShellTest::takesTheFileOfASecondStart()
-{
-    const QTemporaryDir directory;
-    const QUrl build = madeBuild(directory, u"second build.apk"_s);
-    int status = -1;
-    bool shown = false;
-    bool inFront = false;
-    const Life life([&](QWidget *window) {
-        window->showMinimized();
-        QProcess second;
-        second.setWorkingDirectory(directory.path());
-        second.start(QStringLiteral(VARDA_PROGRAM), {build.fileName()});
-        QTRY_COMPARE_WITH_TIMEOUT(second.state(), QProcess::NotRunning, guard / 2);
-        status = second.exitStatus() == QProcess::NormalExit ? second.exitCode() : -1;
-        inFront = QTest::qWaitFor([window] { return !window->isMinimized() && window->isActiveWindow(); });
-        shown = QTest::qWaitFor([window] { return shownBuild(window) == u"second build.apk"; });
-        window->close();
-    });
-    QCOMPARE(status, 0);
-    QVERIFY(shown);
-    QVERIFY(inFront);
-    QVERIFY(life.inOrder());
-}
+    void endsInsideAFileDialog()
+    {
+        bool opened = false;
+        const Life life([&opened](QWidget *window) {
+            QTimer::singleShot(0, window, [&opened] {
+                QTRY_VERIFY(topLevel(u"fileDialog"_s) && topLevel(u"fileDialog"_s)->isVisible());
+                opened = true;
+                ::raise(SIGTERM);
+            });
+            button(window, "chooseButton")->click(); // returns when the dialog is closed
+        });
+        QVERIFY(opened);
+        QVERIFY(life.inOrder());
+    }
+
+    void endsWithTheAboutPaneOpen()
+    {
+        const Life life([](QWidget *window) {
+            window->findChild<QAction *>(u"aboutAction"_s)->trigger();
+            QTRY_VERIFY(topLevel(u"aboutPane"_s)->isVisible());
+            window->close();
+        });
+        QVERIFY(life.inOrder());
+    }
+
+    void opensAboutFromMenuAndKey()
+    {
+        const Life life([](QWidget *window) {
+            QWidget *about = topLevel(u"aboutPane"_s);
+            QVERIFY(!about->isVisible());
+            QTest::keyClick(window, Qt::Key_F1);
+            QVERIFY(about->isVisible());
+            QCOMPARE(about->windowTitle(), u"About Varda"_s);
+            QVERIFY(QTest::qWaitForWindowActive(about));
+            QTest::keyClick(about, Qt::Key_Escape);
+            QVERIFY(!about->isVisible());
+            window->findChild<QAction *>(u"aboutAction"_s)->trigger();
+            QVERIFY(about->isVisible());
+            ::raise(SIGTERM);
+        });
+        QVERIFY(life.inOrder());
+    }
+
+    void saysWhoItIs()
+    {
+        const Life life([](QWidget *window) {
+            QCOMPARE(QCoreApplication::applicationName(), u"varda"_s);
+            QCOMPARE(QGuiApplication::applicationDisplayName(), u"Varda"_s);
+            QCOMPARE(QGuiApplication::desktopFileName(), u"varda"_s);
+            QCOMPARE(window->windowTitle(), u"Varda"_s);
+            QVERIFY(!QGuiApplication::windowIcon().isNull());
+            QCOMPARE(window->size(), QSize(1180, 820));
+            ::raise(SIGTERM);
+        });
+        QVERIFY(life.inOrder());
+    }
+
+    void dressesDark()
+    {
+        const Life life([](QWidget *window) {
+            QVERIFY(qobject_cast<VardaStyle *>(QApplication::style()));
+            QVERIFY(window->palette().color(QPalette::Window).lightness() < 60);
+            QVERIFY(window->palette().color(QPalette::WindowText).lightness() > 200);
+            ::raise(SIGTERM);
+        });
+        QVERIFY(life.inOrder());
+    }
+
+    void leavesNoSettingsBehind()
+    {
+        const QString settings =
+            QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + u"/QtProject.conf"_s;
+        QVERIFY2(!QFile::exists(settings), "run this test with a home folder of its own");
+        const Life life([](QWidget *window) {
+            QTimer::singleShot(0, window, [] {
+                QTRY_VERIFY(topLevel(u"fileDialog"_s) && topLevel(u"fileDialog"_s)->isVisible());
+                static_cast<QDialog *>(topLevel(u"fileDialog"_s))->reject();
+            });
+            button(window, "chooseButton")->click();
+            ::raise(SIGTERM);
+        });
+        QVERIFY(life.inOrder());
+        QVERIFY(!QFile::exists(settings));
+    }
+
+    void opensTheFileThatItIsGiven()
+    {
+        const QTemporaryDir directory;
+        bool shown = false;
+        const Life life(
+            [&shown](QWidget *window) {
+                shown = QTest::qWaitFor([window] { return shownBuild(window) == u"first.apk"; });
+                window->close();
+            },
+            madeBuild(directory, u"first.apk"_s));
+        QVERIFY(shown);
+        QVERIFY(life.inOrder());
+    }
+
+    void refusesAFileThatIsNoBuild()
+    {
+        QString shown = u"unseen"_s;
+        const Life life(
+            [&shown](QWidget *window) {
+                auto *alert = window->findChild<QWidget *>(u"alert"_s);
+                QTRY_VERIFY(alert->isVisible());
+                shown = shownBuild(window);
+                QCoreApplication::exit(0);
+            },
+            QUrl::fromLocalFile(u"/nonexistent.apk"_s));
+        QCOMPARE(shown, QString());
+        QVERIFY(life.inOrder());
+    }
+
+    void takesTheFileOfASecondStart()
+    {
+        const QTemporaryDir directory;
+        const QUrl build = madeBuild(directory, u"second build.apk"_s);
+        int status = -1;
+        bool shown = false;
+        bool inFront = false;
+        const Life life([&](QWidget *window) {
+            window->showMinimized();
+            QProcess second;
+            second.setWorkingDirectory(directory.path());
+            second.start(QStringLiteral(VARDA_PROGRAM), {build.fileName()});
+            QTRY_COMPARE_WITH_TIMEOUT(second.state(), QProcess::NotRunning, guard / 2);
+            status = second.exitStatus() == QProcess::NormalExit ? second.exitCode() : -1;
+            inFront = QTest::qWaitFor([window] { return !window->isMinimized() && window->isActiveWindow(); });
+            shown = QTest::qWaitFor([window] { return shownBuild(window) == u"second build.apk"; });
+            window->close();
+        });
+        QCOMPARE(status, 0);
+        QVERIFY(shown);
+        QVERIFY(inFront);
+        QVERIFY(life.inOrder());
+    }
+};
 
 QTEST_APPLESS_MAIN(ShellTest)
 #include "ShellTest.moc"

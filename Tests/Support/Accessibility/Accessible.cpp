@@ -36,9 +36,8 @@ class IgnoredError
 {
 public:
     IgnoredError() = default;
-    IgnoredError(const IgnoredError &) = delete;
-    IgnoredError &operator=(const IgnoredError &) = delete;
     ~IgnoredError() { g_clear_error(&error); }
+    Q_DISABLE_COPY_MOVE(IgnoredError)
     operator GError **() { return &error; }
 
 private:
@@ -88,11 +87,6 @@ Accessible Accessible::application(qint64 pid)
 QString Accessible::name() const
 {
     return object ? takeText(atspi_accessible_get_name(object.get(), IgnoredError{})) : QString{};
-}
-
-QString Accessible::description() const
-{
-    return object ? takeText(atspi_accessible_get_description(object.get(), IgnoredError{})) : QString{};
 }
 
 QString Accessible::role() const

@@ -30,7 +30,6 @@ public:
     explicit operator bool() const { return object != nullptr; }
 
     QString name() const;
-    QString description() const;
     /// AT-SPI's English name of the role: "push button", "label", "text", "password text", "dialog", "frame" …
     QString role() const;
     /// AT-SPI's names of the states that are set: "enabled", "focused", "checked", "showing" …

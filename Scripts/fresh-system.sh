@@ -3,7 +3,7 @@
 # A system is unpacked from a base that is made once per suite and kept in the cache. Nothing of the machine is mounted in
 # it: what it shall have is copied. What it mounts itself lies in a mount namespace that ends with the command in it, and
 # so do all processes that the command left.
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2154 # what common.sh sets
 
 # shellcheck source=Scripts/private-apt.sh
 source "$(dirname "${BASH_SOURCE[0]}")/private-apt.sh"
@@ -31,8 +31,8 @@ apt_fetch_options() {
 # Makes the base of suite $1 in the folder $2 from the first of the machine's mirrors that debootstrap can verify.
 # debootstrap's words are in $2.log.
 make_base() {
-    local codename origin keyring mirror http_proxy="${http_proxy:-}" updates=
-    describe_system /etc/os-release
+    local codename mirror http_proxy="${http_proxy:-}" updates=
+    codename=$(describe_system /etc/os-release && echo "$codename")
     [[ $1 == sid ]] || updates="$1-updates"
     eval "$(apt-config shell http_proxy Acquire::http::Proxy)"
     export http_proxy
@@ -56,7 +56,7 @@ fresh_base() {
     have debootstrap || fail "there is no debootstrap: install the package of that name"
     say "making a fresh Debian $1 (kept in $base for $base_days days)"
     mkdir -p "$cache"
-    work=$(mktemp -d /var/tmp/varda-base.XXXXXX)
+    work=$(mktemp -d "${TMPDIR:-/var/tmp}/varda-base.XXXXXX")
     if ! make_base "$1" "$work/base"; then
         tail -n 5 "$work/base.log" >&2
         remove_system "$work"

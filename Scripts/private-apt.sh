@@ -3,7 +3,7 @@
 # Packages of other suites than the machine's own are resolved in an apt root of our own and unpacked into a folder, so
 # that neither /etc/apt nor the installed packages change. The machine's apt options (proxy, date checks, …) stay in
 # force but for those that let apt take what is not signed: only what the archive's own keyring vouches for is taken.
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034 # describe_system tells its callers
 
 # Sets `codename`, `origin` and `keyring` by the os-release file $1: the release whose packages run here, how their archive
 # calls itself, and the keys that it is signed with.

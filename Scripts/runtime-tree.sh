@@ -41,7 +41,9 @@ libraries_of() {
         file=${waiting[-1]}
         unset 'waiting[-1]'
         while IFS= read -r name; do
-            [[ ! -v seen[$name] ]] && ! is_system_library "$name" || continue
+            if [[ -v seen[$name] ]] || is_system_library "$name"; then
+                continue
+            fi
             seen[$name]=yes
             path=$(ldd "$file" | awk -v name="$name" '$1 == name { print $3 }')
             [[ -f $path ]] || fail "$file needs $name, which is not here"

@@ -29,10 +29,11 @@ if(VARDA_HARDENING)
     include(CheckPIESupported)
     check_pie_supported(LANGUAGES CXX)
     target_compile_options(VardaOptions INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
-    # Not every processor and compiler has all of these. The last one keeps the folder of the checkout out of the program.
+    # Keeps the folder of the checkout out of the program. Not asked for: the question would fail on a folder with a space.
+    target_compile_options(VardaOptions INTERFACE "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
+    # Not every processor and compiler has all of these.
     include(CheckCXXCompilerFlag)
-    foreach(option -fstack-protector-strong -fstack-clash-protection -fcf-protection -mbranch-protection=standard
-            "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
+    foreach(option -fstack-protector-strong -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
         string(MAKE_C_IDENTIFIER "VARDA_HAS${option}" known)
         check_cxx_compiler_flag("${option}" ${known})
         if(${known})

@@ -151,7 +151,9 @@ stage_scrcpy() {
     say "scrcpy $version ($(< "$fresh/SOURCE"))"
     if [[ -f $fresh/scrcpy-server ]]; then
         rm -rf "$folder.new"
-        cp -a "$fresh" "$folder.new" && settle "$folder.new" "$folder" || fail "scrcpy cannot be put into $folder"
+        if ! cp -a "$fresh" "$folder.new" || ! settle "$folder.new" "$folder"; then
+            fail "scrcpy cannot be put into $folder"
+        fi
     else
         rm -rf "$folder"
         printf 'Stands in for the scrcpy server: good for the simulated phone only.\n' > "$fresh/scrcpy-server"

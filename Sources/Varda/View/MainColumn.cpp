@@ -196,7 +196,7 @@ void MainColumn::placeStatus()
 /// Not QScrollArea's, which would scroll as well when Qt itself moves the focus. VardaView shows what Tab leads to.
 bool MainColumn::focusNextPrevChild(bool next)
 {
-    return QWidget::focusNextPrevChild(next);
+    return QWidget::focusNextPrevChild(next); // NOLINT(bugprone-parent-virtual-call)
 }
 
 void MainColumn::showFocus()

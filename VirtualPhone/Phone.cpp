@@ -24,7 +24,7 @@ constexpr quint16 firstEmulatorPort = 5555;
 constexpr quint16 lastEmulatorPort = 5585;
 
 /// Of more hosts that are not let in than that the one that came first has to go.
-constexpr qsizetype mostWaiting = 64;
+constexpr qsizetype maxWaiting = 64;
 
 bool isEmulatorPort(quint16 port)
 {
@@ -175,7 +175,7 @@ void Phone::take(QTcpSocket *socket, std::unique_ptr<SecureChannel> channel)
     m_log.add(u"connected"_s, {{u"state"_s, stateName(m_state)}});
     QList<Connection *> waiting = m_connections;
     waiting.removeIf([](const Connection *each) { return each->isOnline(); });
-    if (waiting.size() > mostWaiting)
+    if (waiting.size() > maxWaiting)
         waiting.first()->breakOff();
 }
 

@@ -37,7 +37,7 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
 /// No stand-in outlives this, whatever it was told: a test that hangs ends by itself.
-constexpr auto longestLife = 90s;
+constexpr auto maxLifetime = 90s;
 constexpr auto gatePoll = 2ms;
 /// Exit status of a run that no rule fits.
 constexpr int unexpectedCall = 97;
@@ -251,7 +251,7 @@ private:
         const timespec pause{0, std::chrono::nanoseconds(time).count()};
         if (sigtimedwait(&m_watched, nullptr, &pause) == SIGTERM)
             terminationRequested();
-        const bool tooOld = std::chrono::steady_clock::now() - m_start > longestLife;
+        const bool tooOld = std::chrono::steady_clock::now() - m_start > maxLifetime;
         if (orphaned || tooOld || fs::exists(m_script / "released") || !fs::exists(m_script))
             _exit(givenUp);
     }

@@ -89,6 +89,8 @@ private Q_SLOTS:
         QCOMPARE(fixture->find("dropZone")->mapTo(panel, QPoint(0, 0)).x(), 20);
         const QWidget *live = fixture->find("livePhonePanel");
         QCOMPARE(live->y() - panel->geometry().bottom() - 1, 22);
+        const int status = fixture->find("statusText")->mapTo(column, QPoint(TextBlock::inset, 0)).x();
+        QCOMPARE(status, 30); // the text, not its ring
 
         fixture->view->resize(400, 300);
         QCOMPARE(fixture->view->size(), QSize(980, 700));

@@ -205,8 +205,8 @@ QString quit(Phone &, const Words &)
 struct Control
 {
     const char *name;
-    qsizetype fewest;
-    qsizetype most;
+    qsizetype minWords;
+    qsizetype maxWords;
     QString (*run)(Phone &, const Words &);
     const char *help;
 };
@@ -248,7 +248,7 @@ QString executeControl(Phone &phone, const QString &line)
     for (const Control &control : controls) {
         if (name != QLatin1StringView(control.name))
             continue;
-        if (words.size() < control.fewest || words.size() > control.most)
+        if (words.size() < control.minWords || words.size() > control.maxWords)
             return failed(u"usage: %1 %2"_s.arg(name, QLatin1StringView(control.help)));
         return control.run(phone, words);
     }

@@ -17,7 +17,7 @@ namespace varda::phone {
 namespace {
 
 constexpr qsizetype headerSize = 8;
-constexpr quint32 longestRequest = 64 * 1024; // of a path as of a piece of data
+constexpr quint32 maxRequestSize = 64 * 1024; // of a path as of a piece of data
 constexpr quint32 permissionBits = 0777;
 
 QByteArray word(quint32 value)
@@ -62,7 +62,7 @@ bool SyncService::handleNext()
         endFile(length);
         return true;
     }
-    if (length > longestRequest) {
+    if (length > maxRequestSize) {
         fail("request too long");
         m_stream.finish();
         return false;
@@ -130,8 +130,8 @@ void SyncService::sendFile(const QByteArray &path)
     const std::optional<StoredFile> file = m_phone.device().files().file(path);
     if (!file)
         return fail("failed to open file: No such file or directory");
-    for (qsizetype start = 0; start < file->content.size(); start += longestRequest)
-        m_stream.write(message("DATA", file->content.mid(start, longestRequest)));
+    for (qsizetype start = 0; start < file->content.size(); start += maxRequestSize)
+        m_stream.write(message("DATA", file->content.mid(start, maxRequestSize)));
     m_stream.write("DONE" + word(0));
 }
 

@@ -9,9 +9,9 @@ namespace varda::phone {
 
 namespace {
 
-constexpr int mostMistakes = 3;
+constexpr int maxMistakes = 3;
 /// Of more computers than that the one that came first has to go: nobody can keep others out by saying nothing.
-constexpr qsizetype mostSessions = 16;
+constexpr qsizetype maxSessions = 16;
 
 } // namespace
 
@@ -41,7 +41,7 @@ void PairingServer::take(QTcpSocket *socket)
         m_sessions.removeOne(session);
         if (!problem.isEmpty())
             Q_EMIT failed(problem);
-        if (m_mistakes == mostMistakes)
+        if (m_mistakes == maxMistakes)
             end();
     });
     connect(session, &PairingSession::mistaken, this, [this] { ++m_mistakes; });
@@ -50,7 +50,7 @@ void PairingServer::take(QTcpSocket *socket)
             Q_EMIT introduced(publicKey);
         end();
     });
-    if (m_sessions.size() > mostSessions)
+    if (m_sessions.size() > maxSessions)
         delete m_sessions.takeFirst();
 }
 

@@ -15,7 +15,7 @@ namespace {
 
 constexpr quint8 frameVersion = 1;
 constexpr qsizetype frameHeaderSize = 6;
-constexpr quint32 longestFrame = 2 * 8192;
+constexpr quint32 maxFrameSize = 2 * 8192;
 
 const auto secretLabel = QByteArrayLiteral("adb-label\0"); // its terminator counts
 constexpr qsizetype secretSize = 64;
@@ -74,7 +74,7 @@ std::optional<QByteArray> PairingSession::takeFrame(Kind kind)
     if (m_incoming.size() < frameHeaderSize)
         return std::nullopt;
     const auto length = qFromBigEndian<quint32>(m_incoming.constData() + 2);
-    if (m_incoming.at(0) != frameVersion || m_incoming.at(1) != static_cast<char>(kind) || length > longestFrame) {
+    if (m_incoming.at(0) != frameVersion || m_incoming.at(1) != static_cast<char>(kind) || length > maxFrameSize) {
         end(u"a frame that does not belong here"_s);
         return std::nullopt;
     }

@@ -19,9 +19,9 @@ namespace {
 
 constexpr int alertWidth = 460;
 constexpr int padding = 24;
-constexpr int spacing = 12;
+constexpr int spacing = 16;
 constexpr int iconSize = 22;
-constexpr int maxTextHeight = 320;
+constexpr int maxTextHeight = 312;
 
 } // namespace
 
@@ -44,28 +44,13 @@ ErrorAlert::ErrorAlert(QWidget *window)
     ok->setMinimumWidth(88);
     QObject::connect(ok, &Button::clicked, this, &QDialog::accept);
 
-    auto *message = new QHBoxLayout; // lines the text up with the title, in spite of its own inset
-    message->setContentsMargins(0, 0, 0, 0);
-    message->addSpacing(padding - TextBlock::inset);
-    message->addWidget(m_text);
-    message->addSpacing(padding - TextBlock::inset);
-    auto *head = new QHBoxLayout;
-    head->setContentsMargins(padding, 0, padding, 0);
-    head->addWidget(title);
-    auto *advice = new QHBoxLayout;
-    advice->setContentsMargins(padding, 0, padding, 0);
-    advice->addWidget(m_hint);
-    auto *foot = new QHBoxLayout;
-    foot->setContentsMargins(padding, 4, padding, 0);
-    foot->addStretch(1);
-    foot->addWidget(ok);
     auto *stack = new QVBoxLayout(this);
-    stack->setContentsMargins(0, padding, 0, padding - 4);
+    stack->setContentsMargins(padding, padding, padding, padding - 4);
     stack->setSpacing(spacing);
-    stack->addLayout(head);
-    stack->addLayout(message);
-    stack->addLayout(advice);
-    stack->addLayout(foot);
+    stack->addWidget(title);
+    stack->addWidget(m_text);
+    stack->addWidget(m_hint);
+    stack->addWidget(ok, 0, Qt::AlignRight);
     ok->setFocus();
 
     // What lies below may be given the keyboard late, because it was opened just before.

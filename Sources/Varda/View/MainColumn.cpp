@@ -184,8 +184,8 @@ void MainColumn::placeStatus()
     m_status->resize(width, m_status->height());
     m_status->layout()->activate();
     const int height = m_status->layout()->sizeHint().height();
-    m_statusPlace->setFixedHeight(height - 2 * StatusLine::padding());
-    const int place = m_statusPlace->mapTo(viewport(), QPoint(0, -StatusLine::padding())).y();
+    m_statusPlace->setFixedHeight(height - 2 * StatusLine::verticalPadding);
+    const int place = m_statusPlace->mapTo(viewport(), QPoint(0, -StatusLine::verticalPadding)).y();
     const int foot = viewport()->height() - height;
     const bool floating = place > foot;
     m_status->setGeometry(0, floating ? foot : place, width, height);
@@ -196,7 +196,7 @@ void MainColumn::placeStatus()
 /// Not QScrollArea's, which would scroll as well when Qt itself moves the focus. VardaView shows what Tab leads to.
 bool MainColumn::focusNextPrevChild(bool next)
 {
-    return QWidget::focusNextPrevChild(next);
+    return QWidget::focusNextPrevChild(next); // NOLINT(bugprone-parent-virtual-call)
 }
 
 void MainColumn::showFocus()

@@ -121,7 +121,7 @@ std::optional<QString> QtFileDialogs::saveLocation(SaveKind kind, const QString 
         dialog.setOption(QFileDialog::DontConfirmOverwrite);
         dialog.setDirectory(folder);
         dialog.selectFile(offered);
-        const std::optional<QString> path = ask(dialog, folder);
+        std::optional<QString> path = ask(dialog, folder);
         if (!path || mayWrite(*path, below))
             return path;
         offered = QFileInfo(*path).fileName();

@@ -15,10 +15,11 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int spinnerSize = 14;
+constexpr double spinnerDiameter = 11; // to the middle of its stroke
 constexpr int spinnerSteps = 24;
 constexpr int spinnerInterval = 40; // ms
 constexpr double spinnerStroke = 1.75;
-constexpr int verticalPadding = 8;
+constexpr int hintGap = 8;
 
 } // namespace
 
@@ -27,7 +28,8 @@ Spinner::Spinner(QWidget *parent)
     , m_timer(new QTimer(this))
 {
     setAccessibleName(u"Working"_s);
-    setFixedSize(spinnerSize, spinnerSize);
+    setFixedWidth(spinnerSize);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Ignored); // the text alone makes the line high
     m_timer->setInterval(spinnerInterval);
     QObject::connect(m_timer, &QTimer::timeout, this, [this] {
         m_step = (m_step + 1) % spinnerSteps;
@@ -49,7 +51,8 @@ void Spinner::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF circle = QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5);
+    QRectF circle(0, 0, spinnerDiameter, spinnerDiameter);
+    circle.moveCenter(QRectF(rect()).center());
     painter.setPen(QPen(theme::white(0.16), spinnerStroke));
     painter.drawEllipse(circle);
     painter.setPen(QPen(theme::accent, spinnerStroke, Qt::SolidLine, Qt::RoundCap));
@@ -72,13 +75,12 @@ StatusLine::StatusLine(QWidget *parent)
     m_hint->hide();
 
     auto *row = new QHBoxLayout;
-    row->setSpacing(theme::controlSpacing - TextBlock::inset);
+    row->setSpacing(theme::controlSpacing);
     row->addWidget(m_spinner);
     row->addWidget(m_text, 1);
     auto *stack = new QVBoxLayout(this);
-    stack->setContentsMargins(theme::mainPadding, verticalPadding, theme::mainPadding - TextBlock::inset,
-                              verticalPadding);
-    stack->setSpacing(0); // their insets part them
+    stack->setContentsMargins(theme::mainPadding, verticalPadding, theme::mainPadding, verticalPadding);
+    stack->setSpacing(hintGap);
     stack->addLayout(row);
     stack->addWidget(m_hint);
 }
@@ -86,22 +88,10 @@ StatusLine::StatusLine(QWidget *parent)
 void StatusLine::setStatus(const QString &status, bool busy, const std::optional<QString> &hint)
 {
     m_spinner->setVisible(busy);
-    // The text's own inset lines it up with the column where no spinner stands before it.
-    const int left = theme::mainPadding - (busy ? 0 : TextBlock::inset);
-    QMargins margins = layout()->contentsMargins();
-    if (margins.left() != left) {
-        margins.setLeft(left);
-        layout()->setContentsMargins(margins);
-    }
     m_text->setMessage(status);
     if (hint)
         m_hint->setMessage(*hint);
     m_hint->setVisible(hint.has_value());
-}
-
-int StatusLine::padding()
-{
-    return verticalPadding + TextBlock::inset;
 }
 
 void StatusLine::limitHeight(int pixels)
@@ -110,7 +100,7 @@ void StatusLine::limitHeight(int pixels)
         return;
     m_limit = pixels;
     const int line = m_text->fontMetrics().lineSpacing();
-    m_text->setMaximumTextHeight((pixels - 2 * padding()) / line * line + 2 * TextBlock::inset); // whole lines
+    m_text->setMaximumTextHeight((pixels - 2 * verticalPadding) / line * line); // whole lines
 }
 
 void StatusLine::setFloating(bool floating)

@@ -40,7 +40,7 @@ public:
     void setStatus(const QString &status, bool busy, const std::optional<QString> &hint);
 
     /// How far its text is from its upper and lower edges.
-    static int padding();
+    static constexpr int verticalPadding = 12;
 
     /// Is at most so high; what does not fit scrolls inside.
     void limitHeight(int pixels);

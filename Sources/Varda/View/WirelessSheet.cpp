@@ -19,7 +19,7 @@ namespace {
 constexpr int sheetWidth = 560;
 constexpr int padding = 30;
 constexpr int spacing = 18;
-constexpr int maxStatusHeight = 120;
+constexpr int maxStatusHeight = 112;
 
 } // namespace
 
@@ -38,22 +38,16 @@ WirelessSheet::WirelessSheet(VardaModel &model, QWidget *window)
     setObjectName(u"wirelessSheet"_s);
     setWindowTitle(u"Go wireless"_s);
     setWindowModality(Qt::WindowModal);
-    // The status has an inset of its own, so that it alone reaches into the padding.
-    constexpr int inset = TextBlock::inset;
-    auto *outer = new QVBoxLayout(this);
-    outer->setContentsMargins(padding - inset, padding, padding - inset, padding - inset);
-    outer->setSpacing(spacing - inset);
-    auto *stack = new QVBoxLayout;
-    stack->setContentsMargins(inset, 0, inset, 0);
+    auto *stack = new QVBoxLayout(this);
+    stack->setContentsMargins(padding, padding, padding, padding);
     stack->setSpacing(spacing);
-    outer->addLayout(stack);
-    outer->addWidget(m_status);
     addHeader(*stack);
     addPairing(*stack);
     auto *divider = new Surface(theme::hairline, Qt::transparent, 0, this);
     divider->setFixedHeight(1);
     stack->addWidget(divider);
     addConnection(*stack);
+    stack->addWidget(m_status);
     m_status->setObjectName(u"sheetStatusText"_s);
     m_status->setMaximumTextHeight(maxStatusHeight);
 

@@ -218,7 +218,9 @@ QTextCursor ConsoleText::placeInSight(bool fromTop) const
     const QTextCursor top(firstVisibleBlock());
     const QTextCursor bottom = cursorForPosition(viewport()->rect().bottomRight());
     const bool inSight = cursor.blockNumber() >= top.blockNumber() && cursor.blockNumber() <= bottom.blockNumber();
-    return inSight ? cursor : (fromTop ? top : bottom);
+    if (inSight)
+        return cursor;
+    return fromTop ? top : bottom;
 }
 
 void ConsoleText::goToNearestMatch()

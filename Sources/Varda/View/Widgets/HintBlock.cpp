@@ -18,9 +18,7 @@ HintBlock::HintBlock(const QString &name, QWidget *parent)
 {
     m_text->setObjectName(name);
     auto *stack = new QVBoxLayout(this);
-    constexpr int inset = TextBlock::inset;
-    stack->setContentsMargins(horizontalPadding - inset, verticalPadding - inset, horizontalPadding - inset,
-                              verticalPadding - inset);
+    stack->setContentsMargins(horizontalPadding, verticalPadding, horizontalPadding, verticalPadding);
     stack->addWidget(m_text);
     hide();
 }

@@ -217,7 +217,7 @@ void TextBlock::setMessage(const QString &text)
 
 void TextBlock::setMaximumTextHeight(int pixels)
 {
-    m_maximumHeight = pixels;
+    m_maximumHeight = pixels + 2 * inset;
     setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     verticalScrollBar()->setSingleStep(fontMetrics().height());
     forgetHeight();

@@ -83,7 +83,7 @@ public:
     void setMessage(const QString &text);
     void setMaximumTextHeight(int pixels);
 
-    /// How far the text is inset from the widget's edges, where the focus ring runs.
+    /// How far the text is inset from the widget's edges, where the focus ring runs. Layouts do not count it.
     static constexpr int inset = 4;
 
     QSize minimumSizeHint() const override { return {40, 0}; }

@@ -4,6 +4,7 @@
 #include "Varda/View/Widgets/ButtonPainting.h"
 #include "Varda/View/Widgets/FocusRing.h"
 #include "Varda/View/Widgets/Icon.h"
+#include "Varda/View/Widgets/Labels.h"
 #include "Varda/View/Widgets/Painting.h"
 #include "Varda/View/Widgets/Theme.h"
 
@@ -150,6 +151,9 @@ QRect VardaStyle::subElementRect(SubElement element, const QStyleOption *option,
 {
     if (element == SE_LineEditContents && isFramedField(option, widget))
         return option->rect.adjusted(fieldPadding, 0, -fieldPadding, 0);
+    // Layouts line a text up by its letters; its focus ring reaches into the space around them.
+    if (element == SE_FrameLayoutItem && qobject_cast<const TextBlock *>(widget))
+        return option->rect.marginsRemoved(QMargins() + TextBlock::inset);
     return QProxyStyle::subElementRect(element, option, widget);
 }
 

@@ -121,6 +121,7 @@ private Q_SLOTS:
     void showsTheErrorUntilItIsDismissed_data();
     void showsTheErrorUntilItIsDismissed();
     void treatsAnEmptyTextAsAnError();
+    void measuresNoDialogBeforeItIsShown();
     void opensOverTheMiddleOfTheWindow_data();
     void opensOverTheMiddleOfTheWindow();
     void takesNoRoomForSpaceAtTheEnd_data();
@@ -194,6 +195,17 @@ void DialogsTest::treatsAnEmptyTextAsAnError()
     QVERIFY(hint->y() - title->geometry().bottom() < fixture.find("alertButton")->height()); // no empty line between
     fixture.find<QAbstractButton>("alertButton")->click();
     QVERIFY(!fixture.model->error());
+}
+
+void DialogsTest::measuresNoDialogBeforeItIsShown()
+{
+    ViewFixture fixture;
+    fixture.show();
+    const auto *sheet = fixture.find("wirelessSheet");
+    QCOMPARE(sheet->maximumHeight(), QWIDGETSIZE_MAX);
+    fixture.model->wireless = true;
+    QTRY_VERIFY(sheet->isVisible());
+    QVERIFY(sheet->maximumHeight() < QWIDGETSIZE_MAX);
 }
 
 void DialogsTest::opensOverTheMiddleOfTheWindow_data()

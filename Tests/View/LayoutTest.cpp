@@ -295,6 +295,7 @@ void LayoutTest::givesAWrappingTextTheHeightOfALabel()
     const QString words = u"as many words as it takes to fill several lines of a narrow column "_s.repeated(3);
     const QFont font = theme::font(theme::bodySize);
     const std::unique_ptr<QLabel> text(makeText(words, font, theme::text));
+    QCOMPARE(text->sizeHint().width(), 0); // a good one would be sought by setting the text over and over
     QLabel label(words);
     label.setWordWrap(true);
     label.setFont(font);

@@ -171,6 +171,15 @@ private Q_SLOTS:
         QVERIFY(!fixture->model->error());
     }
 
+    void measuresNoDialogBeforeItIsShown()
+    {
+        const auto *sheet = fixture->find("wirelessSheet");
+        QCOMPARE(sheet->maximumHeight(), QWIDGETSIZE_MAX);
+        fixture->model->wireless = true;
+        QTRY_VERIFY(sheet->isVisible());
+        QVERIFY(sheet->maximumHeight() < QWIDGETSIZE_MAX);
+    }
+
     void opensOverTheMiddleOfTheWindow_data()
     {
         QTest::addColumn<QString>("text");

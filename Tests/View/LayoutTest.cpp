@@ -35,7 +35,12 @@ QStringList clipped(const QWidget &window)
         } else if (const auto *label = qobject_cast<const QLabel *>(widget)) {
             const int wanted = label->wordWrap() ? label->heightForWidth(label->width()) : label->sizeHint().height();
             const bool elides = qobject_cast<const ElidedLabel *>(label);
-            if (label->height() < wanted || (!elides && label->width() < label->minimumSizeHint().width()))
+            // A text that wraps has to have room for its longest word.
+            const int narrowest = label->wordWrap()
+                                      ? label->fontMetrics().size(0, label->text().replace(u' ', u'\n')).width() +
+                                            label->width() - label->contentsRect().width()
+                                      : label->minimumSizeHint().width();
+            if (label->height() < wanted || (!elides && label->width() < narrowest))
                 found << name;
         } else if (qobject_cast<const DeviceRow *>(widget) || qobject_cast<const QLineEdit *>(widget)) {
             if (widget->height() < widget->sizeHint().height())
@@ -262,6 +267,7 @@ private Q_SLOTS:
         const QString words = u"as many words as it takes to fill several lines of a narrow column "_s.repeated(3);
         const QFont font = theme::font(theme::bodySize);
         const std::unique_ptr<QLabel> text(makeText(words, font, theme::text));
+        QCOMPARE(text->sizeHint().width(), 0); // a good one would be sought by setting the text over and over
         QLabel label(words);
         label.setWordWrap(true);
         label.setFont(font);

@@ -215,6 +215,6 @@ int main(int argc, char *argv[])
     AboutPane about;
     about.present();
     album.save(u"about"_s, picture(about));
-    album.save(u"icon"_s, applicationIcon().pixmap(256, 256));
+    album.save(u"icon"_s, applicationIcon().pixmap(128, 128));
     return 0;
 }

@@ -7,6 +7,7 @@
 #include <QDesktopServices>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QSet>
 
 using namespace Qt::StringLiterals;
 using namespace varda;
@@ -178,6 +179,21 @@ private Q_SLOTS:
         const QFont font = fixture->find(QTest::currentDataTag())->font();
         QCOMPARE(font.pixelSize(), pixels);
         QCOMPARE(font.weight() >= QFont::Bold, bold);
+    }
+
+    void setsItsFirstPictureInTwelveFaces()
+    {
+        fixture->show();
+        QSet<QString> faces;
+        for (const QWidget *widget : fixture->view->findChildren<QWidget *>()) {
+            const QFont font = widget->font();
+            if (widget->isVisible() && !textOf(widget).isEmpty())
+                faces << u"%1 %2 %3 %4"_s.arg(font.family())
+                             .arg(font.pixelSize())
+                             .arg(font.weight())
+                             .arg(font.styleStrategy());
+        }
+        QVERIFY2(faces.size() <= 12, qPrintable(faces.values().join(u", "_s)));
     }
 
     void saysWhatItIs()

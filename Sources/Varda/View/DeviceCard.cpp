@@ -34,7 +34,7 @@ DeviceCard::DeviceCard(QWidget *parent)
     m_transport->setFont(theme::font(theme::bodySize));
     setTextColour(*m_transport, theme::secondaryText);
     m_state->setObjectName(u"deviceState"_s);
-    m_state->setFont(theme::font(theme::bodySize, QFont::Medium));
+    m_state->setFont(theme::font(theme::bodySize, QFont::DemiBold));
 
     auto *first = new QHBoxLayout;
     first->setSpacing(theme::controlSpacing);

@@ -38,12 +38,12 @@ DeviceList::DeviceList(VardaModel &model, QWidget *tabPredecessor, QWidget *pare
     setWidgetResizable(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Maximum);
+    setWidget(m_content); // while it is empty: QScrollArea takes its present size, which is not the final one
     m_waiting->setObjectName(u"waitingText"_s);
     m_waiting->setContentsMargins(0, waitingPadding, 0, waitingPadding);
     m_stack->setContentsMargins(0, 0, 0, 0);
     m_stack->setSpacing(rowGap);
     m_stack->addWidget(m_waiting);
-    setWidget(m_content);
     viewport()->setAutoFillBackground(false);
     m_content->setAutoFillBackground(false);
 }

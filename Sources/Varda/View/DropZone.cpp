@@ -81,7 +81,7 @@ DropZone::DropZone(VardaModel &model, QWidget *parent)
     setObjectName(u"dropZone"_s);
     setAcceptDrops(true);
     QLabel *heading =
-        makeText(u"Drop your APK here"_s, theme::font(theme::headlineSize, QFont::DemiBold), theme::text, this);
+        makeText(u"Drop your APK here"_s, theme::font(theme::bodySize, QFont::DemiBold), theme::text, this);
     heading->setObjectName(u"dropHeading"_s);
     QLabel *text = makeText(u"Install an Android development build on the selected device. Updates keep the app’s "
                             "existing data."_s,

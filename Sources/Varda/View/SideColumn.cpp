@@ -115,7 +115,7 @@ void SideColumn::addDevices(QVBoxLayout &stack, const WindowActions &actions)
 void SideColumn::addTrustNote(QVBoxLayout &stack)
 {
     auto *title = new IconLabel(Icon::Shield, noteIcon, u"Real hardware. Real results."_s,
-                                theme::font(theme::bodySize, QFont::Medium), this);
+                                theme::font(theme::bodySize, QFont::DemiBold), this);
     title->setObjectName(u"trustTitle"_s);
     title->setWordWrap(true);
     title->setIconColour(theme::accent);

@@ -63,7 +63,7 @@ void Spinner::paintEvent(QPaintEvent *)
 StatusLine::StatusLine(QWidget *parent)
     : QWidget(parent)
     , m_spinner(new Spinner(this))
-    , m_text(new TextBlock(theme::font(theme::captionSize, QFont::Medium), theme::text, QAccessible::StatusBar, this))
+    , m_text(new TextBlock(theme::font(theme::captionSize), theme::text, QAccessible::StatusBar, this))
     , m_hint(new TextBlock(theme::font(theme::captionSize), theme::accent, QAccessible::StaticText, this))
 {
     setObjectName(u"statusLine"_s);

@@ -57,7 +57,7 @@ LivePhonePanel::LivePhonePanel(const WindowActions &actions, QWidget *parent)
     setObjectName(u"livePhonePanel"_s);
     auto *record = makeButton(Kind::Secondary, u"recordButton"_s, u"Record test"_s, this);
     QLabel *headline =
-        makeText(u"Control the real screen."_s, theme::font(theme::headlineSize, QFont::DemiBold), theme::text, this);
+        makeText(u"Control the real screen."_s, theme::font(theme::bodySize, QFont::DemiBold), theme::text, this);
     headline->setObjectName(u"liveHeadline"_s);
     QLabel *text = makeText(u"Opens a real scrcpy window. Use your Mac’s mouse and keyboard, or save a recording of "
                             "your test session."_s,

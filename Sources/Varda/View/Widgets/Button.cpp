@@ -11,7 +11,7 @@ Button::Button(Kind kind, const QString &text, std::optional<Icon> icon, QWidget
     : QPushButton(text, parent)
     , m_kind(kind)
 {
-    setFont(theme::font(theme::bodySize, kind == Kind::Primary ? QFont::DemiBold : QFont::Medium));
+    setFont(theme::font(theme::bodySize, QFont::DemiBold));
     setAutoDefault(false);
     setAttribute(Qt::WA_Hover);
     setFocusPolicy(Qt::StrongFocus);

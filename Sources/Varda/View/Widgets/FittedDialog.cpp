@@ -28,7 +28,7 @@ void FittedDialog::setVisible(bool visible)
 bool FittedDialog::event(QEvent *event)
 {
     const bool handled = QDialog::event(event);
-    if (event->type() == QEvent::LayoutRequest)
+    if (event->type() == QEvent::LayoutRequest && isVisible()) // it is fitted when it is shown
         fit();
     return handled;
 }

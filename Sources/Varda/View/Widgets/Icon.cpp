@@ -157,7 +157,7 @@ QIcon applicationIcon()
 {
     QIcon icon;
     QSvgRenderer renderer(resource("varda"_L1));
-    for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+    for (const int size : {16, 24, 32, 48, 64, 128}) {
         QPixmap pixmap(size, size);
         pixmap.fill(Qt::transparent);
         QPainter painter(&pixmap);

@@ -8,7 +8,6 @@
 
 #include <QAbstractTextDocumentLayout>
 #include <QEvent>
-#include <QHash>
 #include <QPainter>
 #include <QResizeEvent>
 #include <QScrollBar>
@@ -24,40 +23,7 @@ namespace varda {
 
 namespace {
 
-/// A text that wraps. Layouts ask for a width's height again and again, and a label would set its lines each time.
-class Paragraph final : public QLabel
-{
-public:
-    explicit Paragraph(QWidget *parent)
-        : QLabel(parent)
-    {
-        setWordWrap(true);
-    }
-
-    int heightForWidth(int width) const override
-    {
-        if (m_measured != text() || m_heights.size() >= keptHeights)
-            m_heights.clear();
-        m_measured = text();
-        const auto known = m_heights.constFind(width);
-        return known != m_heights.cend() ? *known : *m_heights.insert(width, QLabel::heightForWidth(width));
-    }
-
-protected:
-    bool event(QEvent *event) override
-    {
-        const auto type = event->type();
-        if (type == QEvent::FontChange || type == QEvent::StyleChange || type == QEvent::ContentsRectChange)
-            m_heights.clear();
-        return QLabel::event(event);
-    }
-
-private:
-    static constexpr qsizetype keptHeights = 8;
-
-    mutable QHash<int, int> m_heights; ///< by width
-    mutable QString m_measured;        ///< the text that they are of
-};
+constexpr qsizetype keptHeights = 8;
 
 /// Tools end what they say with a line feed, which would show as an empty line.
 QString withoutTrailingSpace(const QString &text)
@@ -92,24 +58,52 @@ void setTextColour(QWidget &widget, const QColor &colour)
     widget.setPalette(palette);
 }
 
+TextLabel::TextLabel(const QString &text, const QFont &font, QWidget *parent)
+    : QLabel(parent)
+{
+    setTextFormat(Qt::PlainText);
+    setFont(font);
+    setText(text);
+}
+
+QSize TextLabel::sizeHint() const
+{
+    const QFontMetrics metrics = fontMetrics();
+    const QMargins margins = contentsMargins();
+    const QSize size = wordWrap() ? QSize(0, metrics.height()) : metrics.size(Qt::TextSingleLine, text());
+    return size.grownBy(margins);
+}
+
+int TextLabel::heightForWidth(int width) const
+{
+    if (m_measured != text() || m_heights.size() >= keptHeights)
+        m_heights.clear();
+    m_measured = text();
+    const auto known = m_heights.constFind(width);
+    return known != m_heights.cend() ? *known : *m_heights.insert(width, QLabel::heightForWidth(width));
+}
+
+bool TextLabel::event(QEvent *event)
+{
+    const auto type = event->type();
+    if (type == QEvent::FontChange || type == QEvent::StyleChange || type == QEvent::ContentsRectChange)
+        m_heights.clear();
+    return QLabel::event(event);
+}
+
 QLabel *makeText(const QString &text, const QFont &font, const QColor &colour, QWidget *parent)
 {
-    auto *label = new Paragraph(parent);
-    label->setTextFormat(Qt::PlainText);
-    label->setFont(font);
-    label->setText(text);
+    auto *label = new TextLabel(text, font, parent);
+    label->setWordWrap(true);
     setTextColour(*label, colour);
     return label;
 }
 
 IconLabel::IconLabel(Icon icon, int iconSize, const QString &text, const QFont &font, QWidget *parent)
-    : QLabel(parent)
+    : TextLabel(text, font, parent)
     , m_icon(icon)
     , m_iconPerPixel(static_cast<double>(iconSize) / font.pixelSize())
 {
-    setTextFormat(Qt::PlainText);
-    setFont(font);
-    setText(text);
     makeRoom();
 }
 
@@ -133,14 +127,14 @@ void IconLabel::makeRoom()
 
 void IconLabel::changeEvent(QEvent *event)
 {
-    QLabel::changeEvent(event);
+    TextLabel::changeEvent(event);
     if (event->type() == QEvent::FontChange)
         makeRoom();
 }
 
 void IconLabel::paintEvent(QPaintEvent *event)
 {
-    QLabel::paintEvent(event);
+    TextLabel::paintEvent(event);
     QPainter painter(this);
     const int size = scaledIcon();
     paintIcon(painter, m_icon, QRectF(0, (height() - size) / 2.0, size, size),

@@ -4,6 +4,7 @@
 #include "Varda/View/Widgets/Icon.h"
 
 #include <QAccessible>
+#include <QHash>
 #include <QLabel>
 #include <QTextEdit>
 
@@ -14,12 +15,34 @@ namespace varda {
 /// Gives the text of `widget` the colour `colour`.
 void setTextColour(QWidget &widget, const QColor &colour);
 
+/// A label of plain text that measures it when it has to. Layouts ask for heights again and again, and QLabel sets the
+/// lines anew each time; and it sets them up to five times to find a good width for a text that wraps, which takes any
+/// width here.
+class TextLabel : public QLabel
+{
+    Q_OBJECT
+
+public:
+    TextLabel(const QString &text, const QFont &font, QWidget *parent = nullptr);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+    int heightForWidth(int width) const override;
+
+protected:
+    bool event(QEvent *event) override;
+
+private:
+    mutable QHash<int, int> m_heights; ///< by width
+    mutable QString m_measured;        ///< the text that they are of
+};
+
 /// A text of the program's own that wraps at its words.
 QLabel *makeText(const QString &text, const QFont &font, const QColor &colour, QWidget *parent = nullptr);
 
 /// A one-line label with a decorative icon before it, which screen readers ignore. QLabel shows a picture or a text,
 /// not both.
-class IconLabel final : public QLabel
+class IconLabel final : public TextLabel
 {
     Q_OBJECT
 

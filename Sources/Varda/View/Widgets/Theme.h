@@ -68,7 +68,6 @@ inline constexpr int tagSize = 9;
 inline constexpr int captionSize = 10;
 inline constexpr int consoleSize = 11;
 inline constexpr int bodySize = 13;
-inline constexpr int headlineSize = 15;
 inline constexpr int title2Size = 17;
 inline constexpr int largeTitleSize = 26;
 inline constexpr int heroSize = 32;

@@ -31,9 +31,10 @@ public:
     /// may be gone at any moment.
     void schedule()
     {
+        QObject *receiver = m_receiver.get(); // read before the flag is set: that is the last touch of this object
         m_scheduled.store(true, std::memory_order_release);
         QMetaObject::invokeMethod(
-            m_receiver.get(), [this] { resume(); }, Qt::QueuedConnection);
+            receiver, [this] { resume(); }, Qt::QueuedConnection);
     }
 
 private:

@@ -1,4 +1,4 @@
-// Attention: renders come with every change, so that the first and the last of an action bound it.
+// Attention: an action begins with the first render that is busy, and ends with the first that is not.
 #include "Varda/View/Attention.h"
 
 #include <QApplication>

@@ -15,7 +15,7 @@ class Attention
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// What took no longer was waited for.
+    /// The user is likely to have watched an action that took no longer.
     static constexpr std::chrono::seconds patience{5};
 
     explicit Attention(QWidget *window)

@@ -1,4 +1,4 @@
-// DeviceCard: the selected device and whether it can be worked with, and what to do where the phone has yet to agree.
+// DeviceCard: the selected device and whether it can be worked with, and what to do if the phone does not allow that.
 #pragma once
 
 #include "Varda/View/Widgets/Panel.h"

@@ -1,4 +1,4 @@
-// DeviceList: the attached devices as an exclusive list, or a word of patience.
+// DeviceList: the attached devices as an exclusive list, or a text that says that none is attached.
 #pragma once
 
 #include "Varda/Model/VardaModel.h"

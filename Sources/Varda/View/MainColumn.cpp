@@ -44,7 +44,7 @@ QWidget *makeBadge()
     return badge;
 }
 
-/// What helps if `device` cannot be worked with. A phone that has yet to agree has a warning of its own.
+/// What helps if `device` cannot be worked with. A phone that does not trust this computer has a warning of its own.
 std::optional<QString> hintForDevice(const AndroidDevice &device)
 {
     if (device.ready() || device.state == u"unauthorized")

@@ -22,14 +22,6 @@ constexpr int noteIcon = 18;
 constexpr int headerGap = 6;
 constexpr int listGap = 10;
 
-/// A thin line across the column.
-QWidget *makeDivider()
-{
-    auto *line = new Surface(theme::hairline, Qt::transparent, 0);
-    line->setFixedHeight(1);
-    return line;
-}
-
 } // namespace
 
 SideColumn::SideColumn(VardaModel &model, const WindowActions &actions, QWidget *parent)

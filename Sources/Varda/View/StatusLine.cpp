@@ -99,8 +99,8 @@ void StatusLine::limitHeight(int pixels)
     if (pixels == m_limit)
         return;
     m_limit = pixels;
-    const int line = m_text->fontMetrics().lineSpacing();
-    m_text->setMaximumTextHeight((pixels - 2 * verticalPadding) / line * line); // whole lines
+    const int lineHeight = m_text->fontMetrics().lineSpacing();
+    m_text->setMaximumTextHeight((pixels - 2 * verticalPadding) / lineHeight * lineHeight); // whole lines
 }
 
 void StatusLine::setFloating(bool floating)

@@ -43,9 +43,7 @@ WirelessSheet::WirelessSheet(VardaModel &model, QWidget *window)
     stack->setSpacing(spacing);
     addHeader(*stack);
     addPairing(*stack);
-    auto *divider = new Surface(theme::hairline, Qt::transparent, 0, this);
-    divider->setFixedHeight(1);
-    stack->addWidget(divider);
+    stack->addWidget(makeDivider());
     addConnection(*stack);
     stack->addWidget(m_status);
     m_status->setObjectName(u"sheetStatusText"_s);

@@ -1,5 +1,6 @@
 // FittedDialog: sized and placed before it is on the screen, for a window manager loses its place if it is resized
-// then.
+// then. A layout's size constraint would make it as wide as its texts like to be, and QDialog, which guesses the height
+// of the frame, places it off the middle.
 #include "Varda/View/Widgets/FittedDialog.h"
 
 #include <QEvent>

@@ -102,9 +102,10 @@ QLabel *makeText(const QString &text, const QFont &font, const QColor &colour, Q
 IconLabel::IconLabel(Icon icon, int iconSize, const QString &text, const QFont &font, QWidget *parent)
     : TextLabel(text, font, parent)
     , m_icon(icon)
-    , m_iconPerPixel(static_cast<double>(iconSize) / font.pixelSize())
+    , m_iconSize(iconSize)
 {
-    makeRoom();
+    setContentsMargins(iconSize + qMax(6, iconSize * 2 / 5), 0, 0, 0);
+    setMinimumHeight(iconSize);
 }
 
 void IconLabel::setIconColour(const QColor &colour)
@@ -113,31 +114,11 @@ void IconLabel::setIconColour(const QColor &colour)
     update();
 }
 
-int IconLabel::scaledIcon() const
-{
-    return static_cast<int>(std::lround(font().pixelSize() * m_iconPerPixel));
-}
-
-void IconLabel::makeRoom()
-{
-    const int icon = scaledIcon();
-    setContentsMargins(icon + qMax(6, icon * 2 / 5), 0, 0, 0);
-    setMinimumHeight(icon);
-}
-
-void IconLabel::changeEvent(QEvent *event)
-{
-    TextLabel::changeEvent(event);
-    if (event->type() == QEvent::FontChange)
-        makeRoom();
-}
-
 void IconLabel::paintEvent(QPaintEvent *event)
 {
     TextLabel::paintEvent(event);
     QPainter painter(this);
-    const int size = scaledIcon();
-    paintIcon(painter, m_icon, QRectF(0, (height() - size) / 2.0, size, size),
+    paintIcon(painter, m_icon, QRectF(0, (height() - m_iconSize) / 2.0, m_iconSize, m_iconSize),
               m_iconColour.value_or(palette().color(QPalette::WindowText)));
 }
 
@@ -277,13 +258,6 @@ void TextBlock::wheelEvent(QWheelEvent *event)
         QTextEdit::wheelEvent(event);
     else
         event->ignore();
-}
-
-void TextBlock::changeEvent(QEvent *event)
-{
-    QTextEdit::changeEvent(event);
-    if (event->type() == QEvent::FontChange)
-        forgetHeight();
 }
 
 } // namespace varda

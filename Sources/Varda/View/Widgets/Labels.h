@@ -54,14 +54,10 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
-    void changeEvent(QEvent *event) override;
 
 private:
-    int scaledIcon() const;
-    void makeRoom();
-
     const Icon m_icon;
-    const double m_iconPerPixel;
+    const int m_iconSize;
     std::optional<QColor> m_iconColour;
 };
 
@@ -119,7 +115,6 @@ protected:
     void focusInEvent(QFocusEvent *event) override;
     void focusOutEvent(QFocusEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
-    void changeEvent(QEvent *event) override;
 
 private:
     void forgetHeight();

@@ -48,6 +48,13 @@ IconLabel *makeHeading(Icon icon, const QString &text, QWidget *parent)
     return heading;
 }
 
+QWidget *makeDivider()
+{
+    auto *line = new Surface(theme::hairline, Qt::transparent, 0);
+    line->setFixedHeight(1);
+    return line;
+}
+
 QHBoxLayout *makeRow(std::initializer_list<QWidget *> widgets)
 {
     auto *row = new QHBoxLayout;

@@ -46,6 +46,9 @@ private:
 /// The heading of a panel: capitals in the accent colour behind an icon.
 IconLabel *makeHeading(Icon icon, const QString &text, QWidget *parent);
 
+/// A thin line across a stack.
+QWidget *makeDivider();
+
 /// A row of controls, aligned to the leading edge.
 QHBoxLayout *makeRow(std::initializer_list<QWidget *> widgets);
 

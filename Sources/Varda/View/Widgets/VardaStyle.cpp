@@ -114,7 +114,7 @@ QSize VardaStyle::sizeFromContents(ContentsType type, const QStyleOption *option
     return size;
 }
 
-/// For Qt's own file dialog, which is shown if the desktop has none: Qt's icons are drawn for light backgrounds.
+/// For Qt's own file dialog, which is shown if the desktop has none: Qt's icons are shaded pictures in many colours.
 QIcon VardaStyle::standardIcon(StandardPixmap standard, const QStyleOption *option, const QWidget *widget) const
 {
     switch (standard) {

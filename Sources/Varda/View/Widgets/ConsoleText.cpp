@@ -54,7 +54,9 @@ ConsoleText::ConsoleText(QWidget *parent)
     setLineWrapMode(QPlainTextEdit::NoWrap);
     setTabChangesFocus(true);
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    setFont(theme::literal(theme::monospaced(theme::consoleSize)));
+    QFont font = theme::literal(theme::monospaced(theme::consoleSize));
+    font.setHintingPreference(QFont::PreferNoHinting); // which takes most of the time to draw an ideograph
+    setFont(font);
     setFixedHeight(theme::consoleHeight);
     document()->setDocumentMargin(2);
     setTextColour(*this, theme::consoleText);

@@ -15,7 +15,6 @@
 #include <QWheelEvent>
 
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 #include <memory>
 

@@ -184,7 +184,8 @@ void MainColumn::placeStatus()
     m_status->resize(width, m_status->height());
     m_status->layout()->activate();
     const int height = m_status->layout()->sizeHint().height();
-    m_statusPlace->setFixedHeight(height - 2 * StatusLine::verticalPadding);
+    // Before its text is laid out, the line may be lower than its paddings.
+    m_statusPlace->setFixedHeight(std::max(height - 2 * StatusLine::verticalPadding, 0));
     const int place = m_statusPlace->mapTo(viewport(), QPoint(0, -StatusLine::verticalPadding)).y();
     const int foot = viewport()->height() - height;
     const bool floating = place > foot;

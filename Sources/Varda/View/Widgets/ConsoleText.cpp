@@ -44,6 +44,15 @@ std::optional<qsizetype> overlap(const QString &former, const QString &next)
     return std::nullopt;
 }
 
+/// The text in one case, as long as it was; letters outside the BMP keep theirs. Qt 6.8 finds nothing outside the BMP
+/// where it ignores case itself.
+QString inOneCase(QString text)
+{
+    for (QChar &character : text)
+        character = character.toCaseFolded();
+    return text;
+}
+
 } // namespace
 
 ConsoleText::ConsoleText(QWidget *parent)
@@ -194,9 +203,9 @@ void ConsoleText::mark(const QString &words)
 void ConsoleText::findMatches()
 {
     m_matches.clear();
-    const QStringMatcher matcher(m_words, Qt::CaseInsensitive);
+    const QStringMatcher matcher(inOneCase(m_words));
     for (QTextBlock block = document()->begin(); block.isValid() && !m_words.isEmpty(); block = block.next()) {
-        const QString line = block.text();
+        const QString line = inOneCase(block.text());
         for (qsizetype at = matcher.indexIn(line); at >= 0; at = matcher.indexIn(line, at + m_words.size()))
             m_matches.append(block.position() + static_cast<int>(at));
     }

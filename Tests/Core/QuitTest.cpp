@@ -58,7 +58,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("timeout");
         QTest::addColumn<QStringList>("behaviour");
         QTest::addColumn<QString>("ending");
-        QTest::newRow("ends by itself") << u"60"_s << QStringList{u"sleep"_s, u"0.3"_s} << u"exit 0"_s;
+        QTest::newRow("ends by itself") << u"60"_s << QStringList{u"await-file"_s, u"keeper found"_s} << u"exit 0"_s;
         QTest::newRow("hangs") << u"3"_s << QStringList{u"sleep"_s, u"60"_s} << u"signal 15"_s;
         QTest::newRow("ignores SIGTERM") << u"3"_s << QStringList{u"ignore"_s, u"TERM"_s, u"sleep"_s, u"60"_s}
                                          << u"signal 9"_s;
@@ -68,6 +68,8 @@ private Q_SLOTS:
         QFETCH(QString, timeout);
         QFETCH(QStringList, behaviour);
         QFETCH(QString, ending);
+        const QString keeperFound = m_home->filePath(u"keeper found"_s);
+        behaviour.replaceInStrings(u"keeper found"_s, keeperFound);
         const Subreaper subreaper;
         const QString running = m_home->filePath(u"running"_s);
         // As adb's server does, what it leaves behind has to live on.
@@ -78,6 +80,7 @@ private Q_SLOTS:
         const pid_t keeper = childCalled(u"varda-keeper"_s);
         const pid_t command = childCalled(u"stand-in"_s);
         QVERIFY(command > 0);
+        QVERIFY(QFile(keeperFound).open(QIODevice::WriteOnly));
         QCOMPARE(endingOf(command), ending);
         QCOMPARE(endingOf(keeper), u"exit 0"_s);
         const pid_t left = childCalled(u"stand-in"_s);

@@ -122,6 +122,10 @@ private:
         model->error = std::nullopt;
     }
 
+    /// After a failed connection adb 34's server closes the descriptor before it ends TLS, so that its last record may be
+    /// the answer to a command that has come meanwhile: "protocol fault (status 17 03 03 00?!)".
+    void restartServer() { adb({u"kill-server"_s}); }
+
 private Q_SLOTS:
     void codeLeadsToAnInstalledBuild()
     {
@@ -228,6 +232,7 @@ private Q_SLOTS:
         perform([this] { model->connect(); });
         checkFailure(connecting, words.arg(triedAddress));
         QCOMPARE(model->connectEndpoint(), triedAddress);
+        restartServer();
 
         phone.command(u"off"_s);
         model->connectEndpoint = phone.command(u"wireless on"_s).section(u' ', 1);
@@ -267,6 +272,7 @@ private Q_SLOTS:
         model->connectEndpoint = otherConnection;
         perform([this] { model->connect(); });
         checkFailure(connecting, u"failed to connect to %1\n"_s.arg(otherConnection));
+        restartServer();
         model->pairingEndpoint = otherPairing;
         pairAndConnect();
     }

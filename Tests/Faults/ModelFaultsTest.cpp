@@ -102,7 +102,7 @@ private:
             QTest::qWait(2);
             meanwhile();
         }
-        const Outcome outcome = outcomeOf(*model);
+        Outcome outcome = outcomeOf(*model);
         model->error = std::nullopt;
         model->logs = QString();
         model->logging = false;
@@ -115,7 +115,7 @@ private:
         QDir().mkpath(scratch(u"saved"_s));
         for (const Command &command : step.commands)
             adb().on(command.arguments).prints(command.answer);
-        const Outcome outcome = perform(step, [] {});
+        Outcome outcome = perform(step, [] {});
         if (outcome.error)
             QTest::qFail(qPrintable(*outcome.error), __FILE__, __LINE__);
         adb().forgetCalls();
@@ -125,7 +125,7 @@ private:
     Outcome faultyOutcome(const Step &step, const ModelFault &fault)
     {
         fault.arrange(step, *tools);
-        const Outcome outcome = perform(step, [&] { fault.meanwhile(step, *tools); });
+        Outcome outcome = perform(step, [&] { fault.meanwhile(step, *tools); });
         if (clearFault() == 0 && fault.injected)
             QTest::qFail("The fault was not met.", __FILE__, __LINE__);
         return outcome;

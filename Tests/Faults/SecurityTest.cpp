@@ -144,12 +144,10 @@ private Q_SLOTS:
     void typedTextNeverBecomesAnOption_data()
     {
         QTest::addColumn<QString>("typed");
-        for (const char *text : {"-s", "--pid", "-p.x", " -com.example.app", "\n-host:1", "--host:1", "-1.2.3.4:5",
-                                 "com.example.app -n", "com.example.app;reboot", "$(reboot).x", "`reboot`.x",
-                                 "com.example.app\n-W", "host:1 -L tcp:0", "host:1\n", "\xE2\x80\x90host:1",
-                                 "\xE2\x80\x93"
-                                 "com.example.app",
-                                 "com.example.app\xC2\xA0-n"})
+        for (const char *text :
+             {"-s", "--pid", "-p.x", " -com.example.app", "\n-host:1", "--host:1", "-1.2.3.4:5", "com.example.app -n",
+              "com.example.app;reboot", "$(reboot).x", "`reboot`.x", "com.example.app\n-W", "host:1 -L tcp:0",
+              "host:1\n", "\u2010host:1", "\u2013com.example.app", "com.example.app\u00A0-n"})
             QTest::newRow(text) << QString::fromUtf8(text);
     }
     void typedTextNeverBecomesAnOption()
@@ -195,13 +193,12 @@ private Q_SLOTS:
                                  "-r",
                                  "--help",
                                  "%s%n",
-                                 "\xC3\xA9\xE2\x80\xAE",
+                                 "\u00E9\u202E",
                                  " two  blanks ",
                                  "two\nlines\tand",
                                  "100%25#?&=+",
                                  "<>[]{}()!",
-                                 "Gro\xCC\x88\xC3\x9F"
-                                 "e",
+                                 "Gro\u0308\u00DFe",
                                  "日本 👍🏽"})
             QTest::newRow(text) << QString::fromUtf8(text);
     }

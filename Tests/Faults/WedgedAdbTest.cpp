@@ -91,7 +91,7 @@ private Q_SLOTS:
     }
 
 private:
-    static constexpr qint64 floodSize = 320 * 1024 * 1024;
+    static constexpr qint64 floodSize = 320LL * 1024 * 1024;
 
     /// Starts a tool that floods one of its streams, then adds "more" to both and stays; returns when it has written.
     void flood(const QString &behaviour, Ending *ending)

@@ -13,7 +13,7 @@
 #include <functional>
 #include <memory>
 
-using AtspiAccessible = struct _AtspiAccessible;
+using AtspiAccessible = struct _AtspiAccessible; // NOLINT(bugprone-reserved-identifier): libatspi's own
 
 namespace varda::test {
 

@@ -12,7 +12,7 @@ endif()
 
 # The tests with one of these labels run under the address sanitizer (Scripts/sanitize) and have the label `sanitized`,
 # too. Preset `rest` builds what is left.
-set(VARDA_SANITIZED_LABELS core model faults security lifetime view)
+set(VARDA_SANITIZED_LABELS values core model faults security lifetime view)
 option(VARDA_SANITIZED_TESTS "Build the tests that run under the address sanitizer by default" ON)
 
 # About the seconds of the longest tests: a system that has not run them yet starts them first, too.

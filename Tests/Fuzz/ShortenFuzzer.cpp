@@ -15,7 +15,7 @@ namespace varda::fuzz {
 namespace {
 
 /// Long enough for several windows of the search, short enough to try many.
-constexpr qsizetype longestText = 64 * 1024;
+constexpr qsizetype longestText = 64LL * 1024;
 
 /// The ends of all clusters of `text`, found by one pass over all of it.
 std::vector<qsizetype> clusterEnds(const QString &text)
@@ -51,7 +51,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const qsizetype count = data[0] * 256 + data[1];
     const QString pattern = text(data + 3, size - 3);
     const qsizetype most = pattern.isEmpty() ? 0 : longestText / pattern.size();
-    const QString whole = pattern.repeated(std::clamp<qsizetype>(data[2] * 16, 1, std::max<qsizetype>(most, 1)));
+    const QString whole = pattern.repeated(std::clamp<qsizetype>(data[2] * 16LL, 1, std::max<qsizetype>(most, 1)));
 
     const std::vector<qsizetype> ends = clusterEnds(whole);
     const QString shortened = varda::firstCharacters(whole, count);

@@ -20,6 +20,7 @@ private Q_SLOTS:
             QTest::newRow(qPrintable(words)) << size << age << words;
         };
         constexpr qint64 hour = 3600;
+        constexpr qint64 day = 24 * hour;
         row(24'300'000, 3 * 60 + 59, u"24 MB · 3 minutes ago"_s);
         row(0, 0, u"0 bytes · just now"_s);
         row(999, 59, u"999 bytes · just now"_s);
@@ -27,11 +28,11 @@ private Q_SLOTS:
         row(9'949, -60, u"9.9 kB · just now"_s);
         row(9'960, 59 * 60 + 59, u"10 kB · 59 minutes ago"_s);
         row(999'600, hour, u"1.0 MB · 1 hour ago"_s);
-        row(1'400'000, 24 * hour - 1, u"1.4 MB · 23 hours ago"_s);
-        row(2'500'000'000, 24 * hour, u"2.5 GB · 1 day ago"_s);
-        row(4'000'000'000'000, 7 * 24 * hour - 1, u"4000 GB · 6 days ago"_s);
-        row(1'000'000, 7 * 24 * hour, u"1.0 MB · 14 November 2026"_s);
-        row(1'000'000, -2 * 24 * hour, u"1.0 MB · 23 November 2026"_s);
+        row(1'400'000, day - 1, u"1.4 MB · 23 hours ago"_s);
+        row(2'500'000'000, day, u"2.5 GB · 1 day ago"_s);
+        row(4'000'000'000'000, 7 * day - 1, u"4000 GB · 6 days ago"_s);
+        row(1'000'000, 7 * day, u"1.0 MB · 14 November 2026"_s);
+        row(1'000'000, -2 * day, u"1.0 MB · 23 November 2026"_s);
     }
     void saysSizeAndAge()
     {

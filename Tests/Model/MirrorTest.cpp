@@ -6,8 +6,6 @@
 
 #include <unistd.h>
 
-extern char **environ;
-
 using namespace Qt::StringLiterals;
 using namespace varda::test;
 using varda::SaveKind;

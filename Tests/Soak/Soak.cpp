@@ -46,9 +46,9 @@ constexpr int samplesPerRun = 40;
 
 /// In bytes: what may be in use at the end beyond what was in use after the first quarter. An allocation lost per tick
 /// would be many times as much.
-constexpr long allowedGrowth = 8 * 1024;
+constexpr long allowedGrowth = 8L * 1024;
 /// With the window, whose caches and layouts come and go.
-constexpr long allowedGrowthOfWindow = 24 * 1024;
+constexpr long allowedGrowthOfWindow = 24L * 1024;
 /// In bytes: what is larger is counted by number, for a picture of an alert is as large as the alert was.
 constexpr int largeBlock = 48 * 1024;
 constexpr long allowedLargeBlocks = 1;

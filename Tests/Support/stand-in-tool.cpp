@@ -29,8 +29,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-extern char **environ;
-
 namespace {
 
 namespace fs = std::filesystem;

@@ -243,7 +243,7 @@ void Accessible::appendTree(QString &lines, int depth) const
 {
     const QString ownName = name();
     const QString ownText = text();
-    lines += QString(2 * depth, u' ') + role() + u" \"" + ownName + u'"';
+    lines += QString(2LL * depth, u' ') + role() + u" \"" + ownName + u'"';
     if (!ownText.isEmpty() && ownText != ownName)
         lines += u" text \"" + ownText + u'"';
     lines += u" [" + states().join(u' ') + u"]\n";

@@ -81,7 +81,7 @@ QString Phone::listen()
     else
         return u"no such state: "_s + m_options.state;
     for (const QString &command : std::as_const(m_options.commands)) {
-        const QString reply = execute(command);
+        QString reply = execute(command);
         if (!reply.startsWith("ok"_L1))
             return reply;
     }

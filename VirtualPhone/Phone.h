@@ -32,6 +32,7 @@ class Phone : public QObject
 public:
     explicit Phone(const PhoneOptions &options);
     ~Phone() override;
+    Q_DISABLE_COPY_MOVE(Phone)
 
     /// Starts to listen. Empty on success, else why it does not.
     QString listen();

@@ -216,7 +216,7 @@ void Connection::sendBanner()
 
 void Connection::sendToken()
 {
-    QByteArray token(tokenWords * 4, Qt::Uninitialized);
+    QByteArray token(tokenWords * 4LL, Qt::Uninitialized);
     QRandomGenerator::global()->fillRange(reinterpret_cast<quint32 *>(token.data()), tokenWords);
     send({PacketCommand::Authenticate, static_cast<quint32>(AuthenticationKind::Token), 0, token});
 }

@@ -35,6 +35,7 @@ public:
     Connection(QTcpSocket *socket, std::unique_ptr<SecureChannel> channel, Greeting greeting, const QByteArray &banner,
                QObject *parent);
     ~Connection() override;
+    Q_DISABLE_COPY_MOVE(Connection)
 
     /// Lets a host in that has been challenged so far. One that has not shown its key yet comes in when it does.
     void accept();

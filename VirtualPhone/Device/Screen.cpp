@@ -28,9 +28,9 @@ const QColor dark(30, 34, 42);
 const QColor dot(230, 60, 60);
 
 /// A value that runs from 0 to `range` and back as `step` grows.
-int bounce(qint64 step, int range)
+int bounce(qint64 step, qint64 range)
 {
-    const qint64 position = step % (2 * qMax(1, range));
+    const qint64 position = step % (2 * qMax<qint64>(1, range));
     return static_cast<int>(position < range ? position : 2 * range - position);
 }
 

@@ -33,7 +33,7 @@ public:
             m_missing = true;
             return {};
         }
-        const QByteArray bytes = m_bytes.mid(m_position, size);
+        QByteArray bytes = m_bytes.mid(m_position, size);
         m_position += size;
         return bytes;
     }

@@ -30,6 +30,7 @@ public:
     /// Runs as the program behind `channel`, whose exit status tells how it ended.
     MirrorServer(Phone &phone, CommandChannel &channel, const ServerOptions &options);
     ~MirrorServer() override;
+    Q_DISABLE_COPY_MOVE(MirrorServer)
 
     /// A stream that the client opened to this server's socket, with "tunnel_forward". False when none is missing.
     bool take(Stream &stream);

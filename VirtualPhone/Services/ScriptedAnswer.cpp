@@ -11,7 +11,7 @@ namespace varda::phone {
 
 namespace {
 
-constexpr qint64 floodPiece = 64 * 1024;
+constexpr qint64 floodPiece = 64LL * 1024;
 constexpr qsizetype fillerLine = 64;
 
 /// Stray continuation bytes, a sequence cut short, an overlong form, a surrogate, a value beyond Unicode, and NUL.

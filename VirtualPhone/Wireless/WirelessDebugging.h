@@ -26,6 +26,7 @@ public:
     /// `take` is handed whoever comes to the connection port.
     WirelessDebugging(Phone &phone, Taker take);
     ~WirelessDebugging() override;
+    Q_DISABLE_COPY_MOVE(WirelessDebugging)
 
     /// Opens a connection port, another one each time. Empty on success, else why there is none.
     QString turnOn();

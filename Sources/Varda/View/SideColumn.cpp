@@ -4,6 +4,7 @@
 #include "Varda/View/DeviceList.h"
 #include "Varda/View/Widgets/Button.h"
 #include "Varda/View/Widgets/Labels.h"
+#include "Varda/View/Widgets/Painting.h"
 #include "Varda/View/Widgets/Panel.h"
 #include "Varda/View/Widgets/Theme.h"
 #include "Varda/View/WindowActions.h"
@@ -131,7 +132,7 @@ void SideColumn::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.fillRect(rect(), theme::sideBackground);
-    painter.fillRect(QRect(width() - 1, 0, 1, height()), theme::white(0.05));
+    fillRows(painter, QRect(width() - 1, 0, 1, height()), theme::white(0.05));
 }
 
 } // namespace varda

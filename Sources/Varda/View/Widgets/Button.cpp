@@ -1,9 +1,10 @@
-// Button: VardaStyle paints it; here are only its size policy and its keys.
+// Button: VardaStyle measures and paints it; here are the width of its text, its size policy and its keys.
 #include "Varda/View/Widgets/Button.h"
 
 #include "Varda/View/Widgets/Theme.h"
 
 #include <QKeyEvent>
+#include <QStyleOptionButton>
 
 namespace varda {
 
@@ -20,6 +21,21 @@ Button::Button(Kind kind, const QString &text, std::optional<Icon> icon, QWidget
         setCursor(Qt::PointingHandCursor);
     if (icon)
         setIcon(varda::icon(*icon));
+}
+
+int Button::textWidth() const
+{
+    m_label.set(text(), font());
+    return m_label.size().width();
+}
+
+/// Without Qt's own measuring of the text, which the style does not need.
+QSize Button::sizeHint() const
+{
+    ensurePolished();
+    QStyleOptionButton option;
+    initStyleOption(&option);
+    return style()->sizeFromContents(QStyle::CT_PushButton, &option, {}, this);
 }
 
 void Button::keyPressEvent(QKeyEvent *event)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Varda/View/Widgets/Icon.h"
+#include "Varda/View/Widgets/MeasuredText.h"
 
 #include <QPushButton>
 
@@ -27,12 +28,17 @@ public:
     Button(Kind kind, const QString &text, std::optional<Icon> icon = std::nullopt, QWidget *parent = nullptr);
 
     Kind kind() const { return m_kind; }
+    /// How wide its text is. Ampersands mark no letter in it.
+    int textWidth() const;
+
+    QSize sizeHint() const override;
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
     const Kind m_kind;
+    mutable MeasuredText m_label;
 };
 
 } // namespace varda

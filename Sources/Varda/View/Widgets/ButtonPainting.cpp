@@ -32,6 +32,12 @@ Kind kindOf(const QStyleOptionButton &option, const QWidget *widget)
     return option.features.testFlag(QStyleOptionButton::DefaultButton) ? Kind::Primary : Kind::Secondary;
 }
 
+int widthOfText(const QStyleOptionButton &option, const QWidget *widget)
+{
+    const auto *button = qobject_cast<const Button *>(widget);
+    return button ? button->textWidth() : option.fontMetrics.size(Qt::TextShowMnemonic, option.text).width();
+}
+
 ButtonLook lookOf(Kind kind, QStyle::State state)
 {
     const bool enabled = state.testFlag(QStyle::State_Enabled);
@@ -69,7 +75,7 @@ QSize buttonSize(const QStyleOptionButton &option, const QWidget *widget)
     const Kind kind = kindOf(option, widget);
     if (kind == Kind::Bare)
         return {theme::compactControlHeight, theme::compactControlHeight};
-    const int textWidth = option.fontMetrics.size(Qt::TextShowMnemonic, option.text).width();
+    const int textWidth = widthOfText(option, widget);
     const int textHeight = option.fontMetrics.height();
     if (kind == Kind::Link)
         return {textWidth + 8, textHeight + 8};
@@ -101,7 +107,7 @@ void paintButton(const QStyleOptionButton &option, QPainter &painter, const QWid
     font.setUnderline(kind == Kind::Link);
     painter.setFont(font);
     painter.setPen(look.text);
-    const int textWidth = option.fontMetrics.size(Qt::TextShowMnemonic, option.text).width();
+    const int textWidth = widthOfText(option, widget);
     const int iconSize = option.icon.isNull() ? 0 : buttonIcon;
     const int gap = iconSize && textWidth ? iconGap : 0;
     int x = option.rect.x() + (option.rect.width() - iconSize - gap - textWidth) / 2;

@@ -22,8 +22,6 @@ namespace varda {
 
 namespace {
 
-constexpr qsizetype keptHeights = 8;
-
 /// Tools end what they say with a line feed, which would show as an empty line.
 QString withoutTrailingSpace(const QString &text)
 {
@@ -67,27 +65,23 @@ TextLabel::TextLabel(const QString &text, const QFont &font, QWidget *parent)
 
 QSize TextLabel::sizeHint() const
 {
-    const QFontMetrics metrics = fontMetrics();
-    const QMargins margins = contentsMargins();
-    const QSize size = wordWrap() ? QSize(0, metrics.height()) : metrics.size(Qt::TextSingleLine, text());
-    return size.grownBy(margins);
+    const QSize size = wordWrap() ? QSize(0, fontMetrics().height()) : measured().size();
+    return size.grownBy(contentsMargins());
 }
 
 int TextLabel::heightForWidth(int width) const
 {
-    if (m_measured != text() || m_heights.size() >= keptHeights)
-        m_heights.clear();
-    m_measured = text();
-    const auto known = m_heights.constFind(width);
-    return known != m_heights.cend() ? *known : *m_heights.insert(width, QLabel::heightForWidth(width));
+    if (!wordWrap())
+        return QLabel::heightForWidth(width);
+    const QMargins margins = contentsMargins();
+    const int height = measured().heightForWidth(qMax(0, width - margins.left() - margins.right()));
+    return qMax(height + margins.top() + margins.bottom(), minimumHeight());
 }
 
-bool TextLabel::event(QEvent *event)
+MeasuredText &TextLabel::measured() const
 {
-    const auto type = event->type();
-    if (type == QEvent::FontChange || type == QEvent::StyleChange || type == QEvent::ContentsRectChange)
-        m_heights.clear();
-    return QLabel::event(event);
+    m_measured.set(text(), font());
+    return m_measured;
 }
 
 QLabel *makeText(const QString &text, const QFont &font, const QColor &colour, QWidget *parent)

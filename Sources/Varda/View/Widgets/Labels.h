@@ -2,9 +2,9 @@
 #pragma once
 
 #include "Varda/View/Widgets/Icon.h"
+#include "Varda/View/Widgets/MeasuredText.h"
 
 #include <QAccessible>
-#include <QHash>
 #include <QLabel>
 #include <QTextEdit>
 
@@ -29,12 +29,10 @@ public:
     QSize minimumSizeHint() const override { return sizeHint(); }
     int heightForWidth(int width) const override;
 
-protected:
-    bool event(QEvent *event) override;
-
 private:
-    mutable QHash<int, int> m_heights; ///< by width
-    mutable QString m_measured;        ///< the text that they are of
+    MeasuredText &measured() const;
+
+    mutable MeasuredText m_measured;
 };
 
 /// A text of the program's own that wraps at its words.

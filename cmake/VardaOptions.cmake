@@ -8,7 +8,9 @@ target_compile_options(VardaOptions INTERFACE
     # GCC 12 mistakes coroutine parameters and Qt's implicitly shared types for dangling ones when it inlines.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-null-dereference>
     # A file that is compiled together with others is a header to GCC, where an anonymous namespace would be a mistake.
-    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:${CMAKE_UNITY_BUILD}>>:-Wno-subobject-linkage>)
+    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:${CMAKE_UNITY_BUILD}>>:-Wno-subobject-linkage>
+    # Programs read headers that were precompiled for libraries, so both need one kind of code. Qt asks for it up to 6.4.
+    $<$<NOT:$<BOOL:${CMAKE_DISABLE_PRECOMPILE_HEADERS}>>:-fPIC>)
 
 # No accidental conversion between bytes and text, no Qt keywords that look like the language's.
 target_compile_definitions(VardaOptions INTERFACE

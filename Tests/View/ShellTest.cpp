@@ -1,4 +1,6 @@
 // The shell: the program comes up with one window, and every way to end it ends it in order.
+#include "Support/StandInTools.h"
+#include "Support/Wait.h"
 #include "Varda/App/VardaApp.h"
 #include "Varda/View/Widgets/VardaStyle.h"
 
@@ -30,14 +32,17 @@ QWidget *topLevel(const QString &name)
     return nullptr;
 }
 
-/// One life of the program: runs it, calls `during` once its window is up, and answers how it ended.
+/// One life of the program: runs it, calls `during` once its window is up, and `afterwards` once it has run, and
+/// answers how it ended.
 struct Life
 {
     int status = -1;
-    int quits = 0; ///< how often the program announced its end, upon which the model is stopped
+    int quits = 0; ///< how often the program announced its end
     bool inTime = true;
 
-    explicit Life(const std::function<void(QWidget *)> &during, const std::optional<QUrl> &file = std::nullopt)
+    explicit Life(
+        const std::function<void(QWidget *)> &during, const std::optional<QUrl> &file = std::nullopt,
+        const std::function<void()> &afterwards = [] {})
     {
         int count = 1;
         QByteArray name("varda");
@@ -58,6 +63,7 @@ struct Life
             during(window);
         });
         status = app.run(file);
+        afterwards();
     }
 
     bool inOrder() const { return inTime && status == 0 && quits == 1; }
@@ -155,6 +161,28 @@ private Q_SLOTS:
             button(window, "chooseButton")->click(); // returns when the dialog is closed
         });
         QVERIFY(opened);
+        QVERIFY(life.inOrder());
+    }
+
+    void endsAMirrorThatIsOpenedInTheLastMoment()
+    {
+        std::optional<test::StandInTools> tools;
+        bool ended = false;
+        const auto openMirrorWhileQuitting = [&tools](QWidget *window) {
+            tools.emplace();
+            tools->adb().onAnything().prints("List of devices attached\nR58M42ABCDE\tdevice\n");
+            tools->scrcpy().onAnything().hangs().exitsOnTermination(0);
+            auto *livePhone = window->findChild<QAction *>(u"livePhoneAction"_s);
+            QTRY_VERIFY(livePhone->isEnabled());
+            QCoreApplication::exit(0);
+            livePhone->trigger();
+            QTRY_COMPARE(tools->scrcpy().calls().size(), 1);
+        };
+        const Life life(openMirrorWhileQuitting, std::nullopt, [&] {
+            ended = eventually([&] { return tools->scrcpy().calls().value(0).ended; });
+            tools.reset();
+        });
+        QVERIFY(ended);
         QVERIFY(life.inOrder());
     }
 

@@ -69,7 +69,6 @@ VardaApp::VardaApp(int &argc, char **argv)
     QObject::connect(new QuitSignals(&m_application), &QuitSignals::received, &m_application, quit);
     QObject::connect(m_requests.get(), &OpenRequests::requested, m_view.get(),
                      [this](const QUrl &file) { open(file); });
-    QObject::connect(&m_application, &QCoreApplication::aboutToQuit, m_model.get(), &VardaModel::stop);
 }
 
 VardaApp::~VardaApp() = default;
@@ -121,6 +120,8 @@ int VardaApp::run(const std::optional<QUrl> &file)
     runningModel = m_model;
     std::atexit(stopRunningModel);
     const int status = QApplication::exec();
+    // Not upon aboutToQuit: later versions of Qt emit it while event loops still run, and a mirror may still be opened.
+    m_model->stop();
     runningModel.reset();
     // A poll loop that was cancelled in its pause ends on its next turn. Nothing else may begin: a dialog that opened
     // now would keep the program for ever, and a mirror would not be asked to end.

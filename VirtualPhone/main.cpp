@@ -126,7 +126,7 @@ QString problemWith(const QCommandLineParser &parser, const PhoneOptions &option
 /// Carries out the complete lines of what standard input holds; false at its end.
 bool answerInput(VirtualPhone &phone, QByteArray &pending)
 {
-    std::array<char, pieceSize> piece;
+    std::array<char, pieceSize> piece{};
     const ssize_t size = read(STDIN_FILENO, piece.data(), piece.size());
     if (size <= 0)
         return false;

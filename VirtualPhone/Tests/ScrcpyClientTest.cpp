@@ -14,7 +14,6 @@
 #include <optional>
 
 using namespace Qt::StringLiterals;
-using varda::PhoneOptions;
 using varda::VirtualPhone;
 using varda::test::AdbServer;
 

@@ -18,7 +18,6 @@
 
 using namespace Qt::StringLiterals;
 using namespace varda::phone;
-using varda::PhoneOptions;
 using varda::VirtualPhone;
 using varda::test::AdbServer;
 

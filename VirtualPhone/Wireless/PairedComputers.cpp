@@ -13,7 +13,7 @@ namespace {
 // as long as the modulus, and the exponent.
 constexpr quint32 modulusWords = 64;
 constexpr qsizetype modulusStart = 8;
-constexpr qsizetype modulusSize = modulusWords * 4;
+constexpr qsizetype modulusSize = 4LL * modulusWords;
 constexpr qsizetype keySize = modulusStart + 2 * modulusSize + 4;
 
 } // namespace

@@ -25,6 +25,7 @@ public:
     PairingServer(const QString &code, const QByteArray &introduction, ChannelMaker makeChannel, Trouble trouble,
                   QObject *parent);
     ~PairingServer() override;
+    Q_DISABLE_COPY_MOVE(PairingServer)
 
     /// Takes a free port of the loopback address. False where there is none.
     bool listen() { return m_server.open(); }

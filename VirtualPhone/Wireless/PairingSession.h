@@ -23,6 +23,7 @@ public:
     PairingSession(QTcpSocket *socket, std::unique_ptr<SecureChannel> channel, const QString &code,
                    const QByteArray &introduction, QObject *parent);
     ~PairingSession() override;
+    Q_DISABLE_COPY_MOVE(PairingSession)
 
 Q_SIGNALS:
     /// The computer knows the code, and this is its public key.

@@ -21,7 +21,7 @@ namespace varda::phone {
 namespace {
 
 constexpr long certificateSeconds = 10L * 365 * 24 * 60 * 60;
-constexpr std::size_t pieceSize = 16 * 1024;
+constexpr std::size_t pieceSize = std::size_t{16} * 1024;
 
 bssl::UniquePtr<X509> makeCertificate(EVP_PKEY *key)
 {
@@ -97,7 +97,7 @@ bool TlsChannel::receive(const QByteArray &wire)
         if (!m_open)
             return goesOnAfter(result);
     }
-    std::array<char, pieceSize> piece;
+    std::array<char, pieceSize> piece{};
     for (;;) {
         const int size = SSL_read(m_ssl.get(), piece.data(), piece.size());
         if (size <= 0)

@@ -21,10 +21,10 @@ constexpr int rectRows = 32;
 
 struct Look
 {
-    double radius;
+    double radius = 0;
     QColor fill;
     QColor line;
-    double width;
+    double width = 0;
 
     Look scaled(int scale) const { return {radius * scale, fill, line, width * scale}; }
 };

@@ -122,8 +122,8 @@ private:
         model->error = std::nullopt;
     }
 
-    /// After a failed connection adb 34's server closes the descriptor before it ends TLS, so that its last record may be
-    /// the answer to a command that has come meanwhile: "protocol fault (status 17 03 03 00?!)".
+    /// After a failed connection adb 34's server closes the descriptor before it ends TLS, so that its last record may
+    /// be the answer to a command that has come meanwhile: "protocol fault (status 17 03 03 00?!)".
     void restartServer() { adb({u"kill-server"_s}); }
 
 private Q_SLOTS:

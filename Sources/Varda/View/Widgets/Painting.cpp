@@ -65,8 +65,11 @@ QPixmap corners(int side, int scale, const Look &look)
     pixmap.fill(Qt::transparent);
     painter.begin(&pixmap);
     for (const bool right : {false, true}) {
-        for (const bool bottom : {false, true})
-            painter.drawImage(right ? pixels : 0, bottom ? pixels : 0, corner.mirrored(right, bottom));
+        for (const bool bottom : {false, true}) {
+            painter.setTransform(
+                {right ? -1.0 : 1.0, 0, 0, bottom ? -1.0 : 1.0, right ? 2.0 * pixels : 0, bottom ? 2.0 * pixels : 0});
+            painter.drawImage(0, 0, corner);
+        }
     }
     painter.end();
     QPixmapCache::insert(key, pixmap);

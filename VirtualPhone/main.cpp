@@ -144,7 +144,7 @@ bool answerInput(VirtualPhone &phone, QByteArray &pending)
 QString turnOnWireless(VirtualPhone &phone)
 {
     for (const QString &command : {u"wireless on"_s, u"pair"_s}) {
-        const QString reply = phone.command(command);
+        QString reply = phone.command(command);
         if (!reply.startsWith("ok"_L1))
             return reply;
     }

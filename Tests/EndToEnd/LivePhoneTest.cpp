@@ -1,5 +1,6 @@
 // The live phone for real: the real window, the real adb and the real scrcpy, with a simulated phone behind them.
 #include "Stage.h"
+#include "Support/MirrorWindow.h"
 #include "VardaWindow.h"
 #include "X11Input.h"
 
@@ -11,7 +12,6 @@
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QStandardPaths>
 #include <QTest>
 
 #include <ctime>
@@ -28,39 +28,11 @@ namespace {
 
 constexpr auto recordedMilliseconds = 3'000;
 constexpr QSize phoneScreen{720, 1600};
+const auto stoppedText =
+    QStringLiteral("Screen control stopped (exit %1). Check USB authorization and reconnect the phone.");
 
 /// The scrcpy that is staged for the simulated phone, and the folder with its server file.
 const auto stagedScrcpy = QStringLiteral(STAGED_SCRCPY);
-
-/// Runs a helper program and returns its standard output; nothing where it fails.
-std::optional<QByteArray> output(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.start(program, arguments, QIODevice::ReadOnly);
-    if (!process.waitForFinished(guardMilliseconds) || process.exitCode() != 0)
-        return std::nullopt;
-    return process.readAllStandardOutput();
-}
-
-/// The mirror's window; empty until it is there. In the C locale, xdotool matches no other characters.
-QString mirrorWindow()
-{
-    const auto found = output(u"xdotool"_s, {u"search"_s, u"--onlyvisible"_s, u"--name"_s, u"^Varda .+ Pixel 8$"_s});
-    return QString::fromLatin1(found.value_or(QByteArray{}).split('\n').first());
-}
-
-QImage pictureOf(const QString &window)
-{
-    const auto png = output(u"import"_s, {u"-window"_s, window, u"png:-"_s});
-    return QImage::fromData(png.value_or(QByteArray{}), "PNG");
-}
-
-/// Whether the window shows the phone's home screen and not the black of a window without a picture.
-bool showsPhone(const QString &window)
-{
-    const QImage picture = window.isEmpty() ? QImage{} : pictureOf(window);
-    return !picture.isNull() && picture.pixelColor(picture.width() / 18, picture.height() / 2).blue() > 40;
-}
 
 /// Milliseconds since the machine's start.
 qint64 sinceBoot()
@@ -80,6 +52,12 @@ qint64 startOf(const QString &pid)
     const QByteArray all = file.readAll();
     const QList<QByteArray> fields = all.mid(all.lastIndexOf(')') + 2).split(' ');
     return fields.value(19).toLongLong() * 1000 / sysconf(_SC_CLK_TCK);
+}
+
+QByteArray contents(const QString &path)
+{
+    QFile file{path};
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray{};
 }
 
 QString compact(const QJsonObject &object)
@@ -129,7 +107,7 @@ private Q_SLOTS:
         STEP(openLivePhone());
         QVERIFY(window->statusBecomes(u"Live phone opened. Use your Mac keyboard and mouse to test the app."_s));
         const QString mirror = mirrorWindow();
-        const auto title = output(u"xdotool"_s, {u"getwindowname"_s, mirror});
+        const auto title = outputOf(u"xdotool"_s, {u"getwindowname"_s, mirror});
         QCOMPARE(QString::fromUtf8(title.value_or(QByteArray{})).trimmed(), u"Varda · Pixel 8"_s);
         const QImage first = pictureOf(mirror);
         QVERIFY(eventually([&] { return pictureOf(mirror) != first; }));
@@ -170,6 +148,7 @@ private Q_SLOTS:
     void endsSilentlyWithItsOwnWindow()
     {
         STEP(openWithScrcpy());
+        watchScrcpy();
         STEP(openLivePhone());
         // The window manager may miss the keys while the new window takes the focus; a user presses them again.
         QVERIFY(eventually([] {
@@ -180,7 +159,7 @@ private Q_SLOTS:
         }));
         QVERIFY(window->buttonBecomes(u"Open live phone"_s, true));
         QCOMPARE(processesOf(u"scrcpy"_s), QStringList{});
-        checkNoAlert();
+        STEP(checkEnd(0));
         QCOMPARE(window->status(), u"Live phone opened. Use your Mac keyboard and mouse to test the app."_s);
     }
 
@@ -203,11 +182,11 @@ private Q_SLOTS:
     void saysThatThePhoneVanished()
     {
         STEP(openWithScrcpy());
+        watchScrcpy();
         STEP(openLivePhone());
         QVERIFY(phone->command(u"drop"_s).startsWith(u"ok"_s));
-        QCOMPARE(window->takeAlert(),
-                 u"Screen control stopped (exit 2). Check USB authorization and reconnect the phone."_s);
-        QCOMPARE(processesOf(u"scrcpy"_s), QStringList{});
+        QVERIFY(eventually([this] { return processesOf(u"scrcpy"_s).isEmpty(); }));
+        STEP(checkEnd(2));
         QVERIFY(mirrorWindow().isEmpty());
     }
 
@@ -219,8 +198,8 @@ private:
             Programs{.varda = QStringLiteral(VARDA_PROGRAM), .adb = QStringLiteral(STAGED_ADB), .scrcpy = scrcpy});
         QVERIFY2(stage->errorString().isEmpty(), qUtf8Printable(stage->errorString()));
         if (!scrcpy.isEmpty())
-            QVERIFY(QFile::copy(QFileInfo{scrcpy}.absolutePath() + u"/scrcpy-server",
-                                QFileInfo{stage->home()}.absolutePath() + u"/lib/varda/Tools/scrcpy/scrcpy-server"));
+            QVERIFY(
+                QFile::copy(QFileInfo{scrcpy}.absolutePath() + u"/scrcpy-server", besideScrcpy(u"scrcpy-server"_s)));
         phoneStarted = sinceBoot();
         phone = std::make_unique<VirtualPhone>();
         QVERIFY2(phone->errorString().isEmpty(), qUtf8Printable(phone->errorString()));
@@ -240,10 +219,8 @@ private:
     {
         if (!QFileInfo{stagedScrcpy}.isExecutable())
             QSKIP("there is no scrcpy at " STAGED_SCRCPY "; Scripts/stage-tools puts it there");
-        for (const QString &program : {u"xdotool"_s, u"import"_s, u"ffprobe"_s}) {
-            if (QStandardPaths::findExecutable(program).isEmpty())
-                QSKIP(qUtf8Printable(program + u" is not installed"_s));
-        }
+        if (const QString tool = missingMirrorTool(); !tool.isEmpty())
+            QSKIP(qUtf8Printable(tool + u" is not installed"_s));
         open(stagedScrcpy);
     }
 
@@ -257,7 +234,7 @@ private:
         const qint64 launched = startOf(processesOf(u"scrcpy"_s).value(0).section(u' ', 0, 0));
         // The phone's log counts from the phone's own start.
         const qint64 streamed = mirrored().last()[u"time"_s].toInteger() + phoneStarted;
-        QVERIFY(eventually([] { return showsPhone(mirrorWindow()); }));
+        QVERIFY(eventually(mirrorShowsPhone));
         qInfo() << "milliseconds since the press: scrcpy launched" << launched - pressed << "(to 10 ms), phone streams"
                 << streamed - pressed << ", picture seen" << sinceBoot() - pressed;
     }
@@ -267,7 +244,7 @@ private:
         QVERIFY(window->press(u"Record test"_s));
         QVERIFY(window->answerFileDialog(path));
         QVERIFY(window->statusBecomes(u"Recording the real device in the live phone window."_s));
-        QVERIFY(eventually([] { return showsPhone(mirrorWindow()); }));
+        QVERIFY(eventually(mirrorShowsPhone));
         QTest::qWait(recordedMilliseconds); // the length to be recorded
     }
 
@@ -277,7 +254,36 @@ private:
         QVERIFY(window->buttonBecomes(u"Open live phone"_s, true));
         QCOMPARE(processesOf(u"scrcpy"_s), QStringList{});
         QVERIFY(mirrorWindow().isEmpty());
-        checkNoAlert();
+        QCOMPARE(window->alert(), QString{});
+    }
+
+    /// The path of a file beside the scrcpy that Varda runs.
+    QString besideScrcpy(const QString &name) const
+    {
+        return QFileInfo{stage->home()}.absolutePath() + u"/lib/varda/Tools/scrcpy/"_s + name;
+    }
+
+    /// Has scrcpy's messages and exit status written down. Not for a mirror that Varda ends: the script would get the
+    /// signal.
+    void watchScrcpy() const
+    {
+        QFile script{besideScrcpy(u"scrcpy"_s)};
+        QVERIFY(script.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        script.write("#!/bin/sh\n'" + QFile::encodeName(stagedScrcpy) +
+                     "' \"$@\" 2> \"$0.messages\"\nstatus=$?\necho $status > \"$0.status\"\nexit $status\n");
+    }
+
+    /// Checks that the scrcpy that was watched ended with `wanted`, and that Varda says so unless the status is 0.
+    void checkEnd(int wanted) const
+    {
+        bool written = false;
+        const int status = contents(besideScrcpy(u"scrcpy.status"_s)).trimmed().toInt(&written);
+        const QByteArray messages = contents(besideScrcpy(u"scrcpy.messages"_s));
+        QVERIFY2(written && isScrcpyStatus(status, wanted, messages), messages.constData());
+        if (status == 0)
+            QCOMPARE(window->alert(), QString{});
+        else
+            QCOMPARE(window->takeAlert(), stoppedText.arg(status));
     }
 
     void quitVarda()
@@ -315,12 +321,8 @@ private:
     /// Checks the recording's codec and picture, and that its seconds lie between these.
     void checkRecording(const QString &path, double least, double most) const
     {
-        const auto report =
-            output(u"ffprobe"_s, {u"-v"_s, u"error"_s, u"-of"_s, u"json"_s, u"-count_frames"_s, u"-show_entries"_s,
-                                  u"stream=codec_name,width,height,nb_read_frames:format=duration"_s, path});
-        QVERIFY2(report, "ffprobe cannot read the recording");
-        qInfo().noquote() << *report;
-        const QJsonObject probed = QJsonDocument::fromJson(*report).object();
+        const QJsonObject probed = probeRecording(path);
+        qInfo().noquote() << compact(probed);
         const QJsonObject stream = probed[u"streams"_s].toArray().first().toObject();
         QCOMPARE(stream[u"codec_name"_s].toString(), u"h264"_s);
         QCOMPARE(QSize(stream[u"width"_s].toInt(), stream[u"height"_s].toInt()), phoneScreen);
@@ -328,9 +330,6 @@ private:
         const double duration = probed[u"format"_s][u"duration"_s].toString().toDouble();
         QVERIFY2(duration >= least && duration <= most, qUtf8Printable(QString::number(duration)));
     }
-
-    /// Fails with what the window shows if an alert is open.
-    void checkNoAlert() const { QVERIFY2(!window->look(u"push button"_s, u"OK"_s), qUtf8Printable(window->tree())); }
 
     std::unique_ptr<Stage> stage;
     std::unique_ptr<VirtualPhone> phone;

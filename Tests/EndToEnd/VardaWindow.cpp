@@ -86,16 +86,20 @@ bool VardaWindow::answerFileDialog(const QString &path) const
            });
 }
 
+QString VardaWindow::alert() const
+{
+    const Accessible text = byRole(root(), u"alert"_s).find([](const Accessible &candidate) {
+        return candidate.role() != u"push button"_s && candidate.role() != u"filler"_s && !candidate.name().isEmpty() &&
+               candidate.name() != u"Varda"_s;
+    });
+    return text.name();
+}
+
 QString VardaWindow::takeAlert() const
 {
     QString message;
     awaited(u"the alert"_s, [&] {
-        const Accessible alert = byRole(root(), u"alert"_s);
-        const Accessible text = alert.find([](const Accessible &candidate) {
-            return candidate.role() != u"push button"_s && candidate.role() != u"filler"_s &&
-                   !candidate.name().isEmpty() && candidate.name() != u"Varda"_s;
-        });
-        message = text.name();
+        message = alert();
         return !message.isEmpty();
     });
     if (message.isEmpty() || !press(u"OK"_s))

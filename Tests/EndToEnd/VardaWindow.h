@@ -27,6 +27,8 @@ public:
     /// Answers the file dialog that is open, or about to be, with `path`.
     bool answerFileDialog(const QString &path) const;
 
+    /// The message of the error alert that is open; empty if none is.
+    QString alert() const;
     /// Waits for the error alert, reads it and closes it by its button "OK". Empty when none came.
     QString takeAlert() const;
 

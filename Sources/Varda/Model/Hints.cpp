@@ -140,9 +140,10 @@ constexpr auto hints = std::to_array<Hint>({
      u"package "
      "again.",
      own},
+    // scrcpy 4.1 also ends so about once in a hundred times that its window is closed while the picture moves.
     {u"Screen control stopped (exit 1)",
-     u"scrcpy could not start: unlock the phone and try again. Some makes may need “USB debugging (Security settings)” "
-     "in the developer options.",
+     u"If you have just closed its window, all is well. Otherwise unlock the phone and try again; some makes may need "
+     "“USB debugging (Security settings)” in the developer options.",
      reported},
     {u"Screen control stopped (exit 2)", u"The phone went away while it was shown. Plug it in or connect it again.",
      measured},

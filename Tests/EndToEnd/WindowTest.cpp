@@ -100,7 +100,9 @@ private Q_SLOTS:
     void showsItsProductInformation()
     {
         QVERIFY(activate(mainWindow()));
-        pressKeys({u"F1"_s});
+        // F1 by the key's number. xdotool takes from a keyboard layout which modifiers a symbol needs, and presses Alt
+        // with F1 if the layout says, as newer ones do, that Alt leaves F1 as it is.
+        pressKeys({u"67"_s});
         const auto title = u"Varda by Halvex"_s;
         QVERIFY(window->await(u"label"_s, title));
         QVERIFY(window->await(u"link"_s, u"Android debugging documentation"_s));

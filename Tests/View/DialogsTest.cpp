@@ -31,7 +31,8 @@ bool comesUp(QDialog *dialog)
     return QTest::qWaitFor([dialog] { return dialog->isVisible(); }) && QTest::qWaitForWindowExposed(dialog);
 }
 
-/// Remembers whether a dialog was resized while it was on the screen.
+/// Remembers whether a dialog was resized while it was on the screen. Not by the display server, whose word about an
+/// earlier showing may come late.
 class SizeWatch final : public QObject
 {
 public:
@@ -42,7 +43,7 @@ public:
 protected:
     bool eventFilter(QObject *dialog, QEvent *event) override
     {
-        if (event->type() == QEvent::Resize && static_cast<QDialog *>(dialog)->isVisible())
+        if (event->type() == QEvent::Resize && !event->spontaneous() && static_cast<QDialog *>(dialog)->isVisible())
             resizedWhileShown = true;
         return false;
     }

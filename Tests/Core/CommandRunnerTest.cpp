@@ -326,8 +326,8 @@ private Q_SLOTS:
     void leavesWhatTheChildStartedAliveAtATimeout()
     {
         const QString note = m_home->filePath(u"note"_s);
-        const QStringList arguments = {u"leave-behind"_s, u"0.6"_s, note, u"sleep"_s, u"60"_s};
-        QCOMPARE(failureOf(standInThat(arguments, std::nullopt, 0.1s)), timedOut);
+        const QStringList arguments = {u"leave-behind"_s, u"3"_s, note, u"sleep"_s, u"60"_s};
+        QCOMPARE(failureOf(standInThat(arguments, std::nullopt, 0.5s)), timedOut);
         QVERIFY(!QFile::exists(note));
         VERIFY_SOON(QFile::exists(note));
     }

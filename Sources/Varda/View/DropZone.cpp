@@ -89,7 +89,7 @@ DropZone::DropZone(VardaModel &model, QWidget *parent)
     text->setObjectName(u"dropText"_s);
 
     m_fileName->setObjectName(u"apkName"_s);
-    m_fileName->setFont(theme::literal(theme::font(theme::bodySize, QFont::DemiBold)));
+    m_fileName->setFont(theme::font(theme::bodySize, QFont::DemiBold));
     m_fileFacts->setObjectName(u"apkFacts"_s);
     m_fileFacts->setTextFormat(Qt::PlainText);
     m_fileFacts->setFont(theme::font(theme::bodySize));

@@ -28,7 +28,7 @@ DeviceCard::DeviceCard(QWidget *parent)
 {
     setObjectName(u"deviceCard"_s);
     m_name->setObjectName(u"deviceName"_s);
-    m_name->setFont(theme::literal(theme::font(theme::bodySize, QFont::Bold)));
+    m_name->setFont(theme::font(theme::bodySize, QFont::Bold));
     m_transport->setObjectName(u"deviceTransport"_s);
     m_transport->setTextFormat(Qt::PlainText);
     m_transport->setFont(theme::font(theme::bodySize));

@@ -44,7 +44,7 @@ DeviceRow::DeviceRow(QWidget *parent)
 {
     setObjectName(u"deviceRow"_s);
     setCheckable(true);
-    setFont(theme::literal(theme::font(theme::bodySize)));
+    setFont(theme::font(theme::bodySize));
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);

@@ -11,9 +11,11 @@
 #include <QFileInfo>
 #include <QMimeData>
 #include <QPainter>
+#include <QPainterPath>
 #include <QPointer>
 #include <QTimer>
 
+#include <cmath>
 #include <system_error>
 
 namespace varda {
@@ -36,6 +38,20 @@ std::optional<QUrl> take(QDropEvent &event)
     event.setDropAction(Qt::CopyAction);
     event.setAccepted(file.has_value());
     return file;
+}
+
+/// The dashes of the outline inside `zone`, as many as fit, evenly. The outline begins and ends within a gap.
+QList<QPolygonF> dashes(const QRectF &zone)
+{
+    constexpr double inset = dashWidth / 2;
+    QPainterPath outline;
+    outline.addRoundedRect(zone.adjusted(inset, inset, -inset, -inset), theme::rowRadius, theme::rowRadius);
+    const double length = outline.length() / dashWidth;
+    const double dash = length / (2 * std::round(length / (2 * dashLength)));
+    QPen pen(theme::dropLine, dashWidth);
+    pen.setDashPattern({dash, dash});
+    pen.setDashOffset(1.5 * dash);
+    return QPainterPathStroker(pen).createStroke(outline).toSubpathPolygons();
 }
 
 /// The chosen build's mark, which has no text of its own.
@@ -89,7 +105,7 @@ DropZone::DropZone(VardaModel &model, QWidget *parent)
     text->setObjectName(u"dropText"_s);
 
     m_fileName->setObjectName(u"apkName"_s);
-    m_fileName->setFont(theme::literal(theme::font(theme::bodySize, QFont::DemiBold)));
+    m_fileName->setFont(theme::font(theme::bodySize, QFont::DemiBold));
     m_fileFacts->setObjectName(u"apkFacts"_s);
     m_fileFacts->setTextFormat(Qt::PlainText);
     m_fileFacts->setFont(theme::font(theme::bodySize));
@@ -182,11 +198,11 @@ void DropZone::paintEvent(QPaintEvent *event)
     Surface::paintEvent(event);
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    QPen pen(theme::dropLine, dashWidth);
-    pen.setDashPattern({dashLength, dashLength});
-    painter.setPen(pen);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(dashWidth / 2, dashWidth / 2, -dashWidth / 2, -dashWidth / 2),
-                            theme::rowRadius, theme::rowRadius);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(theme::dropLine);
+    // One by one, for Qt has other threads fill what has a hundred spans or more, and waits for them.
+    for (const QPolygonF &dash : dashes(rect()))
+        painter.drawPolygon(dash);
     paintIcon(painter, Icon::Drop, QRectF(padding, (height() - iconSize) / 2.0, iconSize, iconSize), theme::accent);
 }
 

@@ -17,7 +17,7 @@ QLineEdit *makeField(const QString &objectName, const QString &accessibleName, c
     field->setAccessibleName(accessibleName);
     field->setPlaceholderText(placeholder);
     field->setAcceptDrops(false); // a build that misses its zone would be typed in as an address
-    field->setFont(theme::literal(theme::font(theme::bodySize)));
+    field->setFont(theme::font(theme::bodySize));
     return field;
 }
 

@@ -63,7 +63,7 @@ ConsoleText::ConsoleText(QWidget *parent)
     setLineWrapMode(QPlainTextEdit::NoWrap);
     setTabChangesFocus(true);
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    QFont font = theme::literal(theme::monospaced(theme::consoleSize));
+    QFont font = theme::monospaced(theme::consoleSize);
     font.setHintingPreference(QFont::PreferNoHinting); // which takes most of the time to draw an ideograph
     setFont(font);
     setFixedHeight(theme::consoleHeight);

@@ -49,7 +49,7 @@ FindLine::FindLine(const QString &name, QWidget *parent)
     m_field->setAccessibleName(name);
     m_field->setPlaceholderText(name);
     m_field->setAcceptDrops(false);
-    m_field->setFont(theme::literal(theme::font(theme::bodySize)));
+    m_field->setFont(theme::font(theme::bodySize));
     m_count->setObjectName(u"findCount"_s);
     m_count->setWordWrap(false);
     setTabOrder(m_field, previous);

@@ -151,7 +151,7 @@ TextBlock::TextBlock(const QFont &font, const QColor &colour, QAccessible::Role 
     : QTextEdit(parent)
     , m_role(role)
 {
-    setFont(theme::literal(font));
+    setFont(font);
     setTextColour(*this, colour);
     setFrameShape(QFrame::NoFrame);
     viewport()->setAutoFillBackground(false);

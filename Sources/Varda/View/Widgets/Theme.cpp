@@ -21,6 +21,7 @@ QFont font(int pixels, QFont::Weight weight)
     QFont font(sans);
     font.setPixelSize(pixels);
     font.setWeight(weight);
+    font.setStyleStrategy(pixels < title2Size ? QFont::PreferNoShaping : QFont::PreferDefault);
     return font;
 }
 
@@ -31,18 +32,13 @@ QFont capitals(int pixels)
     return capitals;
 }
 
-QFont literal(QFont base)
-{
-    base.setStyleStrategy(QFont::PreferNoShaping);
-    return base;
-}
-
 QFont monospaced(int pixels)
 {
     static const QString fixed = family(QStringLiteral("DejaVu Sans Mono"), QFontDatabase::FixedFont);
     QFont font(fixed);
     font.setStyleHint(QFont::Monospace);
     font.setFixedPitch(true);
+    font.setStyleStrategy(QFont::PreferNoShaping);
     font.setPixelSize(pixels);
     return font;
 }

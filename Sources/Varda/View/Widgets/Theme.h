@@ -96,14 +96,14 @@ inline constexpr int scrollBarExtent = 10;
 inline constexpr int statusDot = 7;
 inline constexpr double focusRing = 2.0;
 
-/// The window's sans-serif face ("Inter" if installed, else the desktop's own) at `pixels`.
+/// The window's sans-serif face ("Inter" if installed, else the desktop's own) at `pixels`. Titles are shaped. Smaller
+/// text is set letter by letter, without kerning, ligatures and contextual forms: a fine sans shows "64 x86" from
+/// outside with a multiplication sign otherwise, kerning hardly shows at that size, and shaping was a seventh of the
+/// start.
 QFont font(int pixels, QFont::Weight weight = QFont::Normal);
 /// The bold face of headings in capitals, which stand a little apart.
 QFont capitals(int pixels);
-/// `base` without ligatures and contextual forms, for text from outside: a fine sans shows "64 x86" with a
-/// multiplication sign otherwise.
-QFont literal(QFont base);
-/// The fixed-pitch face at `pixels`.
+/// The fixed-pitch face at `pixels`, set letter by letter.
 QFont monospaced(int pixels);
 /// `base` brought from body size to `pixels`, so that a widget that paints several sizes follows its own font.
 QFont relative(const QFont &base, int pixels, QFont::Weight weight = QFont::Normal);

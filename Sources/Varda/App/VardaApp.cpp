@@ -116,7 +116,7 @@ int VardaApp::run(const std::optional<QUrl> &file)
     m_model->start();
     if (file)
         m_model->acceptAPK(*file);
-    QTimer::singleShot(0, m_requests.get(), &OpenRequests::listen); // after the first picture
+    QTimer::singleShot(0, m_requests.get(), &OpenRequests::listen); // while the display prepares the window
     runningModel = m_model;
     std::atexit(stopRunningModel);
     const int status = QApplication::exec();

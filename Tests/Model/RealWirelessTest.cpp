@@ -126,8 +126,8 @@ private:
         model->error = std::nullopt;
     }
 
-    /// When a connection fails or breaks off, adb 34's server closes the descriptor before it ends TLS, so that its last
-    /// record may be the answer to a command that has come meanwhile: "protocol fault (status 17 03 03 00?!)".
+    /// When a connection fails or breaks off, adb 34's server closes the descriptor before it ends TLS, so that its
+    /// last record may be the answer to a command that has come meanwhile: "protocol fault (status 17 03 03 00?!)".
     void restartServer() { adb({u"kill-server"_s}); }
 
 private Q_SLOTS:

@@ -128,7 +128,11 @@ private:
 
     /// When a connection fails or breaks off, adb 34's server closes the descriptor before it ends TLS, so that its
     /// last record may be the answer to a command that has come meanwhile: "protocol fault (status 17 03 03 00?!)".
-    void restartServer() { adb({u"kill-server"_s}); }
+    void restartServer()
+    {
+        adb({u"kill-server"_s});
+        adb({u"start-server"_s}); // a command that starts it says so in its error text
+    }
 
 private Q_SLOTS:
     void codeLeadsToAnInstalledBuild()

@@ -33,7 +33,7 @@ inline bool eventually(const std::function<bool()> &condition, std::chrono::mill
             return true;
         if (deadline.hasExpired() || (!failedBefore && QTest::currentTestFailed()))
             return false;
-        QTest::qWait(static_cast<int>(std::clamp<qint64>(4 * look.elapsed(), 10, 100)));
+        QTest::qWait(static_cast<int>(std::clamp<qint64>(4 * look.elapsed(), 10, 250)));
     }
 }
 

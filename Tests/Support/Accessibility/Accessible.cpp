@@ -50,11 +50,13 @@ QString takeText(gchar *owned)
     return QString::fromUtf8(text.get());
 }
 
-/// Views of models have any number of children, and Qt's answers about cells that it has not laid out are warnings.
-bool isView(const Accessible &object)
+/// Whether a walk ends here. Views of models have any number of children, and Qt's answers about cells that it has not
+/// laid out are warnings; buttons and labels have none, which need not be asked.
+bool isLeaf(const Accessible &object)
 {
-    const QString role = object.role();
-    return role == u"table"_s || role == u"tree table"_s || role == u"tree"_s || role == u"list"_s;
+    static const QStringList leaves{u"table"_s,       u"tree table"_s, u"tree"_s,        u"list"_s,
+                                    u"push button"_s, u"label"_s,      u"radio button"_s};
+    return leaves.contains(object.role());
 }
 
 void joinBus()
@@ -91,12 +93,15 @@ QString Accessible::name() const
 
 QString Accessible::role() const
 {
-    if (!object)
-        return {};
+    if (!knownRole.isEmpty() || !object)
+        return knownRole;
+    const AtspiRole number = atspi_accessible_get_role(object.get(), IgnoredError{});
     // The number is the same in every version of AT-SPI; its name has been "button" since 2.56.
-    if (atspi_accessible_get_role(object.get(), IgnoredError{}) == ATSPI_ROLE_PUSH_BUTTON)
-        return u"push button"_s;
-    return takeText(atspi_accessible_get_role_name(object.get(), IgnoredError{}));
+    if (number == ATSPI_ROLE_PUSH_BUTTON)
+        knownRole = u"push button"_s;
+    else if (number != ATSPI_ROLE_INVALID)
+        knownRole = takeText(atspi_role_get_name(number));
+    return knownRole;
 }
 
 QStringList Accessible::states() const
@@ -212,7 +217,7 @@ bool Accessible::walk(const std::function<bool(const Accessible &)> &visit) cons
 {
     const std::function<bool(const Accessible &, int)> below = [&](const Accessible &parent, int depth) {
         for (const Accessible &child : parent.children()) {
-            if (visit(child) || (depth < deepest && !isView(child) && below(child, depth + 1)))
+            if (visit(child) || (depth < deepest && !isLeaf(child) && below(child, depth + 1)))
                 return true;
         }
         return false;
@@ -247,7 +252,7 @@ void Accessible::appendTree(QString &lines, int depth) const
     if (!ownText.isEmpty() && ownText != ownName)
         lines += u" text \"" + ownText + u'"';
     lines += u" [" + states().join(u' ') + u"]\n";
-    if (depth > deepest || isView(*this))
+    if (depth > deepest || isLeaf(*this))
         return;
     for (const Accessible &child : children())
         child.appendTree(lines, depth + 1);

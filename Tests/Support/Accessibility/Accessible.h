@@ -1,8 +1,9 @@
 // Accessible: one object of another program's accessibility tree, as a screen reader sees it over AT-SPI.
 //
-// Nothing is cached: every question is asked over D-Bus when it is put. An object that has gone (its widget was
-// deleted, its program ended) answers almost like an absent one: empty texts, no state but "defunct", no children,
-// false for every act. So a test asks and asks again until it reads what it waits for, and never has to catch anything.
+// Nothing is cached but the role, which an object keeps: every other question is asked over D-Bus when it is put. An
+// object that has gone (its widget was deleted, its program ended) answers almost like an absent one: empty texts, no
+// state but "defunct", no children, false for every act. So a test asks and asks again until it reads what it waits
+// for, and never has to catch anything.
 #pragma once
 
 #include <QList>
@@ -67,6 +68,7 @@ private:
     void appendTree(QString &lines, int depth) const;
 
     std::shared_ptr<AtspiAccessible> object;
+    mutable QString knownRole; // empty: not asked for yet
 };
 
 } // namespace varda::test

@@ -3,6 +3,7 @@
 
 #include <QDebug>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 
@@ -46,9 +47,13 @@ bool WindowDriver::opens()
 
 Accessible WindowDriver::look(const QString &role, const QString &name) const
 {
-    return root().find([&](const Accessible &candidate) {
+    const auto fits = [&](const Accessible &candidate) {
         return candidate.role() == role && candidate.name() == name && candidate.visible();
-    });
+    };
+    Accessible &found = seen[role + u'/' + name];
+    if (!fits(found))
+        found = root().find(fits);
+    return found;
 }
 
 Accessible WindowDriver::await(const QString &role, const QString &name) const
@@ -72,11 +77,8 @@ bool WindowDriver::press(const QString &button) const
 bool WindowDriver::fill(const QString &field, const QString &text) const
 {
     return awaited(u"field \""_s + field + u'"', [&] {
-        const Accessible found = root().find([&](const Accessible &candidate) {
-            const QString role = candidate.role();
-            return (role == u"text" || role == u"password text") && candidate.name() == field && candidate.visible();
-        });
-        return found && found.setText(text);
+        return std::ranges::any_of(QStringList{u"text"_s, u"password text"_s},
+                                   [&](const QString &role) { return look(role, field).setText(text); });
     });
 }
 

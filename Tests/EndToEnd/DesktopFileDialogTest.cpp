@@ -1,5 +1,6 @@
 // GNOME's file dialog, as its user meets it: it knows nothing of the suffix that a name is given afterwards.
 #include "Stage.h"
+#include "Support/FileContents.h"
 #include "VardaWindow.h"
 #include "X11Input.h"
 
@@ -15,12 +16,6 @@ namespace varda::test {
 namespace {
 
 const auto dialogTitle = u"Save Screenshot"_s;
-
-QByteArray contents(const QString &path)
-{
-    QFile file{path};
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray{};
-}
 
 } // namespace
 

@@ -1,6 +1,7 @@
 // A whole session in the real window, with the real adb and simulated phones: from an empty list to quitting, worked
 // over AT-SPI. The acts build on each other; the first that fails ends the play.
 #include "Stage.h"
+#include "Support/FileContents.h"
 #include "Support/StandInTools.h"
 #include "VardaWindow.h"
 #include "X11Input.h"
@@ -33,12 +34,6 @@ constexpr auto buildSize = 3'000'017;
 
 const QStringList phoneButtons{u"Launch"_s,          u"Stop app"_s,    u"List apps"_s, u"Screenshot"_s,
                                u"Open live phone"_s, u"Record test"_s, u"Start logs"_s};
-
-QByteArray contents(const QString &path)
-{
-    QFile file{path};
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray{};
-}
 
 bool write(const QString &path, const QByteArray &bytes)
 {

@@ -1,5 +1,6 @@
 // The live phone for real: the real window, the real adb and the real scrcpy, with a simulated phone behind them.
 #include "Stage.h"
+#include "Support/FileContents.h"
 #include "Support/MirrorWindow.h"
 #include "VardaWindow.h"
 #include "X11Input.h"
@@ -52,12 +53,6 @@ qint64 startOf(const QString &pid)
     const QByteArray all = file.readAll();
     const QList<QByteArray> fields = all.mid(all.lastIndexOf(')') + 2).split(' ');
     return fields.value(19).toLongLong() * 1000 / sysconf(_SC_CLK_TCK);
-}
-
-QByteArray contents(const QString &path)
-{
-    QFile file{path};
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray{};
 }
 
 QString compact(const QJsonObject &object)
@@ -148,7 +143,7 @@ private Q_SLOTS:
     void endsSilentlyWithItsOwnWindow()
     {
         STEP(openWithScrcpy());
-        watchScrcpy();
+        STEP(watchScrcpy());
         STEP(openLivePhone());
         // The window manager may miss the keys while the new window takes the focus; a user presses them again.
         QVERIFY(eventually([] {
@@ -182,7 +177,7 @@ private Q_SLOTS:
     void saysThatThePhoneVanished()
     {
         STEP(openWithScrcpy());
-        watchScrcpy();
+        STEP(watchScrcpy());
         STEP(openLivePhone());
         QVERIFY(phone->command(u"drop"_s).startsWith(u"ok"_s));
         QVERIFY(eventually([this] { return processesOf(u"scrcpy"_s).isEmpty(); }));

@@ -1,11 +1,11 @@
 // The model with the real adb client and the simulated phone's wireless debugging: from the code to an installed build,
 // and what a user meets on the way.
+#include "Support/FileContents.h"
 #include "Support/RealAdbModelTest.h"
 
 #include <QCryptographicHash>
 #include <QDir>
 #include <QDirIterator>
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QScopeGuard>
@@ -22,12 +22,6 @@ const QString paired = u"Paired. Now enter the connection IP:port from the main 
 const QString connecting = u"Connecting over Wi-Fi…"_s;
 /// All that adb 34 says of a pairing that failed, whatever the reason.
 const QString noStatus = u"error: protocol fault (couldn't read status message): Success\n"_s;
-
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 /// The files whose contents hold the code, of those that adb and Varda may write.
 QStringList filesWithTheCode()

@@ -68,7 +68,7 @@ inline bool isScrcpyStatus(int status, int wanted, const QByteArray &messages)
     return status == wanted || (status == 1 && messages.contains("BadWindow") && messages.contains("X_SendEvent"));
 }
 
-/// ffprobe's report on the recording, with its duration and the packets, codec and size of its stream; empty if it
+/// ffprobe's report on the recording, with its duration and the frames, codec and size of its stream; empty if it
 /// cannot read it.
 inline QJsonObject probeRecording(const QString &path)
 {

@@ -3,7 +3,6 @@
 #include "Support/ViewFixture.h"
 #include "Varda/View/Widgets/Button.h"
 #include "Varda/View/Widgets/Labels.h"
-#include "Varda/View/Widgets/Panel.h"
 #include "Varda/View/Widgets/Theme.h"
 
 #include <QDir>
@@ -89,7 +88,7 @@ private Q_SLOTS:
         button.setFont(font);
         const int before = shapings;
         for (const int width : {300, 400, 500})
-            QVERIFY(label->heightForWidth(width) > 0);
+            QVERIFY(qAbs(label->heightForWidth(width) - label->fontMetrics().height()) <= 1);
         QCOMPARE(shapings - before, 1);
         QCOMPARE(button.sizeHint(), button.minimumSizeHint());
         QCOMPARE(shapings - before, 2);

@@ -140,7 +140,7 @@ constexpr auto hints = std::to_array<Hint>({
      u"package "
      "again.",
      own},
-    // scrcpy 4.1 also ends so about once in a hundred times that its window is closed while the picture moves.
+    // scrcpy 4.1 also ends so about once in a hundred times that its window is closed on a busy machine.
     {u"Screen control stopped (exit 1)",
      u"If you have just closed its window, all is well. Otherwise unlock the phone and try again; some makes may need "
      "“USB debugging (Security settings)” in the developer options.",

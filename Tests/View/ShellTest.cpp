@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QWindow>
 
 #include <csignal>
 
@@ -32,8 +33,8 @@ QWidget *topLevel(const QString &name)
     return nullptr;
 }
 
-/// One life of the program: runs it, calls `during` once its window is up, and `afterwards` once it has run, and
-/// answers how it ended.
+/// One life of the program: runs it with a window in the state `state`, calls `during` once that is up or minimized,
+/// and `afterwards` once it has run, and answers how it ended.
 struct Life
 {
     int status = -1;
@@ -42,24 +43,27 @@ struct Life
 
     explicit Life(
         const std::function<void(QWidget *)> &during, const std::optional<QUrl> &file = std::nullopt,
-        const std::function<void()> &afterwards = [] {})
+        const std::function<void()> &afterwards = [] {}, Qt::WindowState state = Qt::WindowNoState)
     {
         int count = 1;
         QByteArray name("varda");
         std::array<char *, 2> arguments{name.data(), nullptr};
         VardaApp app(count, arguments.data());
+        topLevel(u"workspace"_s)->setWindowState(state);
         QObject::connect(qApp, &QCoreApplication::aboutToQuit, qApp, [this] { ++quits; });
         QTimer::singleShot(guard, qApp, [this] {
             inTime = false;
             QCoreApplication::exit(99);
         });
-        QTimer::singleShot(0, qApp, [&during] {
+        QTimer::singleShot(0, qApp, [&during, state] {
             QWidget *window = topLevel(u"workspace"_s);
-            if (!QTest::qWaitForWindowExposed(window))
-                qFatal("the window did not come up");
-            window->activateWindow();
-            if (!QTest::qWaitForWindowActive(window))
-                qFatal("the window did not become active");
+            if (state != Qt::WindowMinimized) {
+                if (!QTest::qWaitForWindowExposed(window))
+                    qFatal("the window did not come up");
+                window->activateWindow();
+                if (!QTest::qWaitForWindowActive(window))
+                    qFatal("the window did not become active");
+            }
             during(window);
         });
         status = app.run(file);
@@ -164,24 +168,30 @@ private Q_SLOTS:
         QVERIFY(life.inOrder());
     }
 
+    /// In a minimized window: the model starts without a picture, too. The one test that runs commands, for the threads
+    /// that wait for them end with the first application object.
     void endsAMirrorThatIsOpenedInTheLastMoment()
     {
         std::optional<test::StandInTools> tools;
+        bool drawn = true;
         bool ended = false;
-        const auto openMirrorWhileQuitting = [&tools](QWidget *window) {
+        const auto openMirrorWhileQuitting = [&](QWidget *window) {
             tools.emplace();
             tools->adb().onAnything().prints("List of devices attached\nR58M42ABCDE\tdevice\n");
             tools->scrcpy().onAnything().hangs().exitsOnTermination(0);
             auto *livePhone = window->findChild<QAction *>(u"livePhoneAction"_s);
             QTRY_VERIFY(livePhone->isEnabled());
+            drawn = window->windowHandle()->isExposed();
             QCoreApplication::exit(0);
             livePhone->trigger();
             QTRY_COMPARE(tools->scrcpy().calls().size(), 1);
         };
-        const Life life(openMirrorWhileQuitting, std::nullopt, [&] {
+        const auto waitForMirror = [&] {
             ended = eventually([&] { return tools->scrcpy().calls().value(0).ended; });
             tools.reset();
-        });
+        };
+        const Life life(openMirrorWhileQuitting, std::nullopt, waitForMirror, Qt::WindowMinimized);
+        QVERIFY(!drawn);
         QVERIFY(ended);
         QVERIFY(life.inOrder());
     }

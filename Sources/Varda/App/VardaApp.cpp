@@ -10,22 +10,54 @@
 #include "Varda/View/Widgets/Icon.h"
 
 #include <QAction>
+#include <QEvent>
 #include <QMenu>
 #include <QScreen>
 #include <QSettings>
 #include <QTimer>
+#include <QWindow>
 
 #include <cstdlib>
 
 namespace varda {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
 /// Room for what the window manager draws around the window, which is known only once the window is on the screen. The
 /// tallest common title bar has 37 pixels.
 constexpr QSize frameAllowance{10, 40};
+
+/// A window that is opened minimized draws no picture; its model starts after this time.
+constexpr auto longestWaitForPicture = 100ms;
+
+/// Starts the model as soon as the window has its first picture: the model's threads and commands would take the
+/// processors from it.
+class Starter final : public QObject
+{
+public:
+    Starter(VardaModel &model, QWindow &window)
+    {
+        window.installEventFilter(this);
+        m_timer.setSingleShot(true);
+        QObject::connect(&m_timer, &QTimer::timeout, this, [&model] { model.start(); });
+        m_timer.start(longestWaitForPicture);
+    }
+
+    bool eventFilter(QObject *window, QEvent *event) override
+    {
+        if (event->type() == QEvent::Expose) {
+            window->removeEventFilter(this);
+            m_timer.start(0ms); // on the turn after the one that draws
+        }
+        return false;
+    }
+
+private:
+    QTimer m_timer;
+};
 
 void quit()
 {
@@ -113,13 +145,14 @@ void VardaApp::open(const QUrl &file)
 int VardaApp::run(const std::optional<QUrl> &file)
 {
     showWindow();
-    m_model->start();
+    std::optional<Starter> starter(std::in_place, *m_model, *m_view->windowHandle());
     if (file)
         m_model->acceptAPK(*file);
     QTimer::singleShot(0, m_requests.get(), &OpenRequests::listen); // while the display prepares the window
     runningModel = m_model;
     std::atexit(stopRunningModel);
     const int status = QApplication::exec();
+    starter.reset();
     // Not upon aboutToQuit: later versions of Qt emit it while event loops still run, and a mirror may still be opened.
     m_model->stop();
     runningModel.reset();

@@ -24,8 +24,8 @@ public:
     Q_DISABLE_COPY_MOVE(VardaApp)
     ~VardaApp();
 
-    /// Shows the window, starts the model, takes the build `file` if there is one, and runs until the program is to
-    /// end. Returns its exit status.
+    /// Shows the window, takes the build `file` if there is one, starts the model after the first picture, and runs
+    /// until the program is to end. Returns its exit status.
     int run(const std::optional<QUrl> &file = std::nullopt);
 
 private:

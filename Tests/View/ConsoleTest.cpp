@@ -49,6 +49,20 @@ private Q_SLOTS:
         tools.reset();
     }
 
+    /// Which Qt would find by itself, but anew for each letter.
+    void namesTheFontOfEastAsianLetters()
+    {
+        const QFont own = text->font();
+        show(lines(u"first"_s, 40));
+        QCOMPARE(text->font(), own);
+        show(lines(u"日志 로그 ログ"_s, 40));
+        QCOMPARE(text->font().families().size(), 2);
+        QCOMPARE(text->font().families().constFirst(), own.family());
+        const QImage shown = text->grab().toImage();
+        text->setFont(own);
+        QCOMPARE(text->grab().toImage(), shown);
+    }
+
     void followsTheEndUntilTheUserScrollsAway_data()
     {
         using Gesture = std::function<void(ConsoleTest &)>;

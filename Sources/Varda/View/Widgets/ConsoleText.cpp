@@ -5,12 +5,15 @@
 #include "Varda/View/Widgets/Painting.h"
 #include "Varda/View/Widgets/Theme.h"
 
+#include <QGlyphRun>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QRawFont>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QStringMatcher>
 #include <QTextCursor>
+#include <QTextLayout>
 
 #include <algorithm>
 
@@ -20,7 +23,8 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
-constexpr int longLine = 500; // characters
+constexpr int longLine = 500;               // characters
+constexpr qsizetype lengthInSight = 20'000; // about; less if lines are very long
 constexpr double markRadius = 2;
 
 /// `text` with line ends of one character, as the document counts them.
@@ -42,6 +46,24 @@ std::optional<qsizetype> overlap(const QString &former, const QString &next)
         start = lineEnd + 1;
     }
     return std::nullopt;
+}
+
+/// In Unicode's blocks from the radicals to the ideographs, or a Hangul syllable.
+bool isEastAsian(QChar letter)
+{
+    const char16_t code = letter.unicode();
+    return (code >= 0x2E80 && code < 0xA000) || (code >= 0xAC00 && code < 0xD7B0);
+}
+
+/// The family of the font in which Qt shows `letter` in a text in `font`.
+QString fallbackFamily(const QFont &font, QChar letter)
+{
+    QTextLayout layout(letter, font);
+    layout.beginLayout();
+    layout.createLine();
+    layout.endLayout();
+    const QList<QGlyphRun> runs = layout.glyphRuns();
+    return runs.isEmpty() ? font.family() : runs.constFirst().rawFont().familyName();
 }
 
 /// The text in one case, as long as it was; letters outside the BMP keep theirs. Qt 6.8 finds nothing outside the BMP
@@ -124,6 +146,22 @@ void ConsoleText::showLog(const QString &text)
     replace(text);
 }
 
+/// Names the font for East Asian letters as the second one, once there are such letters at the end. Qt would look into
+/// each font that comes before it, for every single letter again.
+void ConsoleText::nameEastAsianFont(const QString &text)
+{
+    if (m_eastAsianNamed)
+        return;
+    const QStringView end = QStringView(text).last(std::min(text.size(), lengthInSight));
+    const auto letter = std::ranges::find_if(end, isEastAsian);
+    if (letter == end.end())
+        return;
+    m_eastAsianNamed = true;
+    QFont named = font();
+    named.setFamilies(named.families() << fallbackFamily(named, *letter));
+    setFont(named);
+}
+
 /// Shows `text` and stays at the end or at the same lines.
 void ConsoleText::replace(const QString &text)
 {
@@ -134,6 +172,7 @@ void ConsoleText::replace(const QString &text)
     // Whatever comes into view has its lines laid out at once. With updates off only the place where this ends does,
     // not the start of the text on the way there.
     viewport()->setUpdatesEnabled(false);
+    nameEastAsianFont(text);
     std::optional<int> dropped = advance(text);
     if (!dropped)
         dropped = replaceAll(text);

@@ -49,6 +49,7 @@ protected:
 
 private:
     void replace(const QString &text);
+    void nameEastAsianFont(const QString &text);
     void noticeScrolling();
     void place(int row);
     std::optional<int> advance(const QString &text);
@@ -67,6 +68,7 @@ private:
     bool m_following = true;
     bool m_atMatch = false; ///< a match that was gone to holds the text where it is
     bool m_placing = false;
+    bool m_eastAsianNamed = false;
 };
 
 } // namespace varda

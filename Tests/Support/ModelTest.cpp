@@ -132,7 +132,7 @@ void ModelTest::cleanup()
     writes.reset();
     model.reset();
     VERIFY_SOON(watched.expired());
-    COMPARE_SOON(m_census->newcomers(), QStringList());
+    QCOMPARE(m_census->leftovers().join(u"; "_s), QString());
     COMPARE_SOON(QDir(QDir::tempPath()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
     for (const ToolCall &call : tools->unexpectedCalls())
         QFAIL(qPrintable(u"No rule for the call: "_s + call.arguments().join(u' ')));

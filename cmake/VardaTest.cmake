@@ -1,6 +1,6 @@
-# How a test program is added: one program per subject. Each gets a folder of its own, shaped like an installation
-# (<name>/bin/<name>, <name>/lib/varda/Tools), so that a test can stage tools beside itself. For each label there is a
-# target that builds the programs of that label: `core-tests` and so on.
+# How a test program and a stand-in for a tool are added. One test program per subject. Each gets a folder of its own,
+# shaped like an installation (<name>/bin/<name>, <name>/lib/varda/Tools), so that a test can stage tools beside itself.
+# For each label there is a target that builds the programs of that label: `core-tests` and so on.
 find_package(Qt6 6.4 REQUIRED COMPONENTS Test Network)
 
 # The QTRY_ macros of these versions of Qt put milliseconds into an int. Linked after the project's options to come later

@@ -3,6 +3,7 @@
 #include "StandInChild.h"
 #include "Support/CoreTest.h"
 #include "Support/FailureOf.h"
+#include "Support/FileContents.h"
 #include "Support/Wait.h"
 
 #include <QRegularExpression>
@@ -241,11 +242,7 @@ private:
         return file;
     }
 
-    QByteArray contents(const QString &name) const
-    {
-        QFile file(m_home->filePath(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
-    }
+    QByteArray contents(const QString &name) const { return varda::test::contents(m_home->filePath(name)); }
 
     /// What a child that reports was given.
     QHash<QString, QStringList> report(ChildDescription description) const

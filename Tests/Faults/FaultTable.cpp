@@ -1,6 +1,8 @@
 // FaultTable: what the tests have seen, as the tables of docs/tables/faults.md.
 #include "FaultTable.h"
 
+#include "Support/FileContents.h"
+
 #include <QFile>
 
 using namespace Qt::StringLiterals;
@@ -12,12 +14,6 @@ namespace {
 QString line(const QStringList &cells)
 {
     return u"| "_s + cells.join(u" | "_s) + u" |\n"_s;
-}
-
-QString contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
 /// Start and end of the part called `name` in `text`; behind the text where there is none.
@@ -55,14 +51,14 @@ QString FaultTable::markdown() const
 
 QString documented(const QString &path, const QString &name)
 {
-    const QString text = contents(path);
+    const QString text = QString::fromUtf8(contents(path));
     const auto [start, end] = place(text, name);
     return text.mid(start, end - start);
 }
 
 void document(const QString &path, const QString &name, const QString &text)
 {
-    QString whole = contents(path);
+    QString whole = QString::fromUtf8(contents(path));
     const auto [start, end] = place(whole, name);
     whole.replace(start, end - start, text);
     QFile file(path);

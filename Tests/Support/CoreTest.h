@@ -32,7 +32,7 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        QCOMPARE(m_census->leftovers(), QStringList());
+        QCOMPARE(m_census->leftovers(), QString());
         QVERIFY(QDir::temp().isEmpty());
         qunsetenv("TMPDIR");
     }

@@ -6,11 +6,11 @@
 
 namespace varda::test {
 
-/// All bytes of the file; empty if it cannot be read.
+/// All bytes of the file; "(cannot be read)" if so.
 inline QByteArray contents(const QString &path)
 {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArrayLiteral("(cannot be read)");
 }
 
 } // namespace varda::test

@@ -106,12 +106,6 @@ QString ModelTest::makeFile(const QString &name, const QByteArray &contents) con
     return path;
 }
 
-QByteArray ModelTest::contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArrayLiteral("(cannot be read)");
-}
-
 void ModelTest::init()
 {
     QDir(m_home.path()).mkdir(u"files"_s);
@@ -132,7 +126,7 @@ void ModelTest::cleanup()
     writes.reset();
     model.reset();
     VERIFY_SOON(watched.expired());
-    QCOMPARE(m_census->leftovers().join(u"; "_s), QString());
+    QCOMPARE(m_census->leftovers(), QString());
     COMPARE_SOON(QDir(QDir::tempPath()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
     for (const ToolCall &call : tools->unexpectedCalls())
         QFAIL(qPrintable(u"No rule for the call: "_s + call.arguments().join(u' ')));

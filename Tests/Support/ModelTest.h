@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Support/FakeFileDialogs.h"
+#include "Support/FileContents.h"
 #include "Support/StandInTools.h"
 #include "Support/Wait.h"
 #include "Support/WriteRecorder.h"
@@ -66,7 +67,6 @@ protected:
     QString scratch(const QString &name) const;
     /// Makes a file there.
     QString makeFile(const QString &name, const QByteArray &contents = "contents") const;
-    static QByteArray contents(const QString &path);
 
     const QString serial = QStringLiteral("R58M42ABCDE");
 

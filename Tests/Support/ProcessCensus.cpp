@@ -73,14 +73,14 @@ ProcessCensus::ProcessCensus()
         m_before.insert(holding);
 }
 
-QStringList ProcessCensus::leftovers() const
+QString ProcessCensus::leftovers() const
 {
     QStringList found;
     eventually([&] {
         found = newcomers();
         return found.isEmpty();
     });
-    return found;
+    return found.join(u'\n');
 }
 
 QStringList ProcessCensus::newcomers() const

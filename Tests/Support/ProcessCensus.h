@@ -13,7 +13,7 @@ QStringList childProcesses();
 /// What this process held when the object was made: child processes (zombies too), file descriptors, and capture
 /// directories in its temporary directory.
 ///
-/// Make one in a test's `init()` and check it in `cleanup()`: `QCOMPARE(m_census->leftovers(), QStringList());`. A test
+/// Make one in a test's `init()` and check it in `cleanup()`: `QCOMPARE(m_census->leftovers(), QString());`. A test
 /// program sets TMPDIR to a directory of its own first, or it sees what other programs make there meanwhile.
 class ProcessCensus
 {
@@ -22,7 +22,7 @@ public:
 
     /// What this process has come to hold and does not give up within the guard time, while its event loop turns; one
     /// readable line each. Returns as soon as there is nothing: an abandoned child, for one, is reaped a little later.
-    QStringList leftovers() const;
+    QString leftovers() const;
 
     /// What this process holds at this moment but did not then, one readable line each.
     QStringList newcomers() const;

@@ -44,7 +44,7 @@ void RealAdbModelTest::cleanup()
     model.reset();
     VERIFY_SOON(watched.expired());
     phones.clear();
-    COMPARE_SOON(m_census->newcomers(), QStringList());
+    QCOMPARE(m_census->leftovers(), QString());
     adb({u"disconnect"_s});
     m_files.reset();
 }

@@ -129,8 +129,8 @@ void WirelessTest::checkThatPairingAndConnectingWork()
     QVERIFY2(paired.output.contains("Successfully paired to "), paired.error.constData());
     QCOMPARE(connectOver(m_connection).trimmed(), "connected to " + m_connection.toLatin1());
     // adb takes the phone for offline for a moment, and its wait-for-device may end within that moment.
-    const auto echo = [this] { return m_adb->run({u"-s"_s, m_connection, u"shell"_s, u"echo"_s, u"over TLS"_s}); };
-    QVERIFY(QTest::qWaitFor([&] { return echo().output.trimmed() == "over TLS"; }, 60'000));
+    const QStringList echo{u"-s"_s, m_connection, u"shell"_s, u"echo"_s, u"over TLS"_s};
+    QVERIFY(QTest::qWaitFor([&] { return m_adb->run(echo).output.trimmed() == "over TLS"; }, 60'000));
 }
 
 void WirelessTest::eachCodeAndItsPortAreNew()

@@ -17,7 +17,9 @@
 #include <QTimer>
 #include <QWindow>
 
+#include <chrono>
 #include <cstdlib>
+#include <optional>
 
 namespace varda {
 
@@ -30,7 +32,7 @@ namespace {
 /// tallest common title bar has 37 pixels.
 constexpr QSize frameAllowance{10, 40};
 
-/// A window that is opened minimized draws no picture; its model starts after this time.
+/// The model does not wait longer than this: a window that is opened minimized draws no picture.
 constexpr auto longestWaitForPicture = 100ms;
 
 /// Starts the model as soon as the window has its first picture: the model's threads and commands would take the
@@ -152,7 +154,7 @@ int VardaApp::run(const std::optional<QUrl> &file)
     runningModel = m_model;
     std::atexit(stopRunningModel);
     const int status = QApplication::exec();
-    starter.reset();
+    starter.reset(); // or a model that was not started yet would be after its stop
     // Not upon aboutToQuit: later versions of Qt emit it while event loops still run, and a mirror may still be opened.
     m_model->stop();
     runningModel.reset();

@@ -55,7 +55,7 @@ public:
     bool grabFocus() const;
 
     /// The first object below this one, in depth-first order, that `predicate` accepts. Items of
-    /// tables, trees and lists are not looked at, here and below.
+    /// tables, trees and lists are not looked at, nor what is below buttons and labels.
     Accessible find(const std::function<bool(const Accessible &)> &predicate) const;
 
     /// This object and all below it, one line each, indented: role, name, text where it differs, states.

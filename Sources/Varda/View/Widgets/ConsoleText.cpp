@@ -24,7 +24,7 @@ namespace {
 using namespace Qt::StringLiterals;
 
 constexpr int longLine = 500;               // characters
-constexpr qsizetype lengthInSight = 20'000; // about; less if lines are very long
+constexpr qsizetype lengthInSight = 20'000; // characters at the end of a log, about
 constexpr double markRadius = 2;
 
 /// `text` with line ends of one character, as the document counts them.
@@ -150,13 +150,12 @@ void ConsoleText::showLog(const QString &text)
 /// each font that comes before it, for every single letter again.
 void ConsoleText::nameEastAsianFont(const QString &text)
 {
-    if (m_eastAsianNamed)
+    if (font().families().size() > 1)
         return;
     const QStringView end = QStringView(text).last(std::min(text.size(), lengthInSight));
     const auto letter = std::ranges::find_if(end, isEastAsian);
     if (letter == end.end())
         return;
-    m_eastAsianNamed = true;
     QFont named = font();
     named.setFamilies(named.families() << fallbackFamily(named, *letter));
     setFont(named);

@@ -68,7 +68,6 @@ private:
     bool m_following = true;
     bool m_atMatch = false; ///< a match that was gone to holds the text where it is
     bool m_placing = false;
-    bool m_eastAsianNamed = false;
 };
 
 } // namespace varda

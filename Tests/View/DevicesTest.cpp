@@ -145,10 +145,23 @@ private Q_SLOTS:
         expectStop(rows.at(2));
     }
 
+    void keepsTheFocusWhenItsDeviceGoes_data()
+    {
+        QTest::addColumn<bool>("behind");
+        QTest::newRow("in front") << false;
+        QTest::newRow("behind another window") << true;
+    }
     void keepsTheFocusWhenItsDeviceGoes()
     {
+        QFETCH(bool, behind);
         fixture->list({readyPhone, shyPhone, anEmulator}, readyPhone.id);
-        fixture->show();
+        fixture->activate();
+        QWidget other;
+        if (behind) {
+            other.show();
+            other.activateWindow();
+            QVERIFY(QTest::qWaitForWindowActive(&other));
+        }
         const auto rows = rowsOf(*fixture);
         rows.at(0)->setFocus();
         fixture->list({shyPhone, anEmulator}, anEmulator.id);

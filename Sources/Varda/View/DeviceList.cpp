@@ -57,7 +57,9 @@ void DeviceList::render()
         row->setDevice(device, m_model.selectedID() == device.id);
         rows.append(row);
     }
-    const bool focusGoes = std::ranges::any_of(former, &DeviceRow::hasFocus);
+    // Not hasFocus(): the phone may go while another window is in front.
+    const bool focusGoes =
+        std::ranges::any_of(former, [this](DeviceRow *row) { return row == window()->focusWidget(); });
     qDeleteAll(former);
     if (rows != m_rows)
         arrange(rows);

@@ -7,6 +7,8 @@ target_compile_options(VardaOptions INTERFACE
     -Woverloaded-virtual -Wnull-dereference -Wimplicit-fallthrough -Wformat=2
     # GCC 12 mistakes coroutine parameters and Qt's implicitly shared types for dangling ones when it inlines.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-null-dereference>
+    # GCC would spend a tenth of its time on freeing memory that a compilation does not need back: below 1 GB (in KB).
+    $<$<CXX_COMPILER_ID:GNU>:--param=ggc-min-heapsize=1048576>
     # A file that is compiled together with others is a header to GCC, where an anonymous namespace would be a mistake.
     $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:${CMAKE_UNITY_BUILD}>>:-Wno-subobject-linkage>
     # Programs read headers that were precompiled for libraries, so both need one kind of code. Qt asks for it up to 6.4.
@@ -24,6 +26,15 @@ target_compile_definitions(VardaOptions INTERFACE
     QT_STRICT_ITERATORS
     QT_USE_QSTRINGBUILDER
     QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+
+# Links three times as fast. What people run is linked by the system's own linker.
+if(CMAKE_BUILD_TYPE STREQUAL Debug)
+    include(CheckLinkerFlag)
+    check_linker_flag(CXX -fuse-ld=mold VARDA_HAS_MOLD)
+    if(VARDA_HAS_MOLD)
+        target_link_options(VardaOptions INTERFACE -fuse-ld=mold)
+    endif()
+endif()
 
 # The release build is hardened: it runs tools on bytes that a phone sends.
 option(VARDA_HARDENING "Build position independent, with full RELRO, FORTIFY and stack protection" OFF)

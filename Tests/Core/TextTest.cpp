@@ -89,11 +89,13 @@ private Q_SLOTS:
         QFETCH(int, shift);
         QFETCH(QByteArray, sequence);
         QFETCH(QString, text);
-        const QByteArray front(chunk - shift, 'x');
-        const QString decoded = decodeUtf8(QByteArray(front + sequence + "y"));
-        QCOMPARE(decoded.size(), front.size() + text.size() + 1);
-        QCOMPARE(decoded.sliced(front.size()), text + u'y');
-        QVERIFY(decoded.startsWith(u"xxx") && decoded[front.size() - 1] == u'x');
+        const qsizetype front = chunk - shift;
+        QByteArray bytes(front, 'x');
+        bytes.append(sequence).append('y');
+        const QString decoded = decodeUtf8(bytes);
+        QCOMPARE(decoded.size(), front + text.size() + 1);
+        QCOMPARE(decoded.sliced(front), text + u'y');
+        QVERIFY(decoded.startsWith(u"xxx") && decoded[front - 1] == u'x');
     }
 
     void takesFirstCharacters_data()

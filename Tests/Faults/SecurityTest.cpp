@@ -24,12 +24,6 @@ void keepMessage(QtMsgType, const QMessageLogContext &, const QString &message)
     messages << message;
 }
 
-QByteArray contentsOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 /// What anybody who may look at this process and its children can read of them.
 QStringList processPlaces()
 {
@@ -41,14 +35,14 @@ QStringList processPlaces()
     return places;
 }
 
-/// Every file below `folder`, but for the record that the stand-in keeps of its own input.
+/// Every file below `folder`, but for what the stand-in keeps of its own input.
 QStringList filesBelow(const QString &folder)
 {
     QStringList files;
     QDirIterator iterator(folder, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
     while (iterator.hasNext()) {
         const QString path = iterator.next();
-        if (!path.endsWith(u"/input"_s))
+        if (!path.contains(u"/inputs/"_s))
             files << path;
     }
     return files;
@@ -59,7 +53,7 @@ QStringList placesHolding(const QString &secret, const QStringList &places)
 {
     QStringList holding;
     for (const QString &place : places) {
-        if (place.contains(secret) || contentsOf(place).contains(secret.toUtf8()))
+        if (place.contains(secret) || contents(place).contains(secret.toUtf8()))
             holding << place;
     }
     return holding;

@@ -63,7 +63,7 @@ private Q_SLOTS:
     {
         QFETCH(QStringList, behaviour);
         Ending ending;
-        run(behaviour, 700ms, &ending);
+        run(behaviour, 200ms, &ending);
         VERIFY_SOON(ending.ended);
         QCOMPARE(ending.error, timeOut);
     }

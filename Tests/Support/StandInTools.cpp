@@ -1,10 +1,13 @@
 // StandInTools: writes the scripts that the program stand-in-tool plays, and reads the records that it keeps.
 #include "Support/StandInTools.h"
 
+#include "Support/FileContents.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QMultiHash>
 
 #include <filesystem>
 
@@ -19,12 +22,6 @@ void put(const QString &path, const QByteArray &bytes)
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
         qFatal("Cannot write %s", qUtf8Printable(path));
-}
-
-QByteArray get(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 /// The texts that a NUL ends.
@@ -51,23 +48,39 @@ QString keyOf(const QByteArray &argv)
     return u"%1"_s.arg(hash, 16, 16, QChar(u'0'));
 }
 
-ToolCall readCall(const QString &record)
+/// The parts of a record by name: each is a line with its name and its size, and its bytes.
+QMultiHash<QByteArray, QByteArray> partsOf(QByteArrayView record)
 {
+    QMultiHash<QByteArray, QByteArray> parts;
+    while (!record.isEmpty()) {
+        const qsizetype blank = record.indexOf(' ');
+        const qsizetype lineEnd = record.indexOf('\n');
+        const qsizetype size = record.first(lineEnd).sliced(blank + 1).toByteArray().toLongLong();
+        parts.insert(record.first(blank).toByteArray(), record.sliced(lineEnd + 1, size).toByteArray());
+        record = record.sliced(lineEnd + 1 + size);
+    }
+    return parts;
+}
+
+ToolCall readCall(const QFileInfo &record)
+{
+    const QMultiHash<QByteArray, QByteArray> parts = partsOf(contents(record.filePath()));
+    const QString input = record.path() + u"/../inputs/" + record.fileName();
     ToolCall call;
-    call.argv = ended(get(record + u"/argv"));
-    call.input = get(record + u"/input");
-    for (const QByteArray &entry : ended(get(record + u"/environment"))) {
+    call.argv = ended(parts["argv"]);
+    call.input = QFile::exists(input) ? contents(input) : QByteArray();
+    for (const QByteArray &entry : ended(parts["environment"])) {
         const qsizetype equals = entry.indexOf('=');
         call.environment.insert(entry.left(equals), entry.mid(equals + 1));
     }
-    call.descriptors = QString::fromUtf8(get(record + u"/descriptors")).split(u'\n', Qt::SkipEmptyParts);
+    call.descriptors = QString::fromUtf8(parts["descriptors"]).split(u'\n', Qt::SkipEmptyParts);
     call.descriptors.sort();
-    call.workingDirectory = QString::fromUtf8(get(record + u"/directory"));
-    call.pid = QFileInfo(record).fileName().section(u'-', -1).toLongLong();
-    call.session = get(record + u"/session").toLongLong();
-    call.terminationRequests = static_cast<int>(get(record + u"/terminations").size());
-    call.ended = QFile::exists(record + u"/ended");
-    call.unexpected = QFile::exists(record + u"/unexpected");
+    call.workingDirectory = QString::fromUtf8(parts["directory"]);
+    call.pid = record.fileName().section(u'-', -1).toLongLong();
+    call.session = parts["session"].toLongLong();
+    call.terminationRequests = static_cast<int>(parts.count("termination"));
+    call.ended = parts.contains("ended");
+    call.unexpected = parts.contains("unexpected");
     return call;
 }
 
@@ -117,7 +130,7 @@ StandInTool::StandInTool(QString path, bool readsInput)
     : m_path(std::move(path))
 {
     QDir().mkpath(QFileInfo(m_path).path());
-    for (const QString &folder : {u"/rules"_s, u"/gates"_s, u"/calls"_s})
+    for (const QString &folder : {u"/rules"_s, u"/gates"_s, u"/calls"_s, u"/inputs"_s})
         QDir().mkpath(script() + folder);
     // A link where the file system allows one: a copy just made cannot be run while another thread's fork still holds
     // it open for writing.
@@ -165,8 +178,8 @@ QList<ToolCall> StandInTool::calls() const
 {
     QList<ToolCall> all;
     const QDir records(script() + u"/calls");
-    for (const QString &record : records.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name))
-        all << readCall(records.filePath(record));
+    for (const QFileInfo &record : records.entryInfoList(QDir::Files, QDir::Name))
+        all << readCall(record);
     return all;
 }
 
@@ -187,9 +200,9 @@ QList<QStringList> StandInTool::commandLines() const
 
 void StandInTool::forgetCalls()
 {
-    const QDir records(script() + u"/calls");
-    for (const QString &record : records.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
-        QDir(records.filePath(record)).removeRecursively();
+    QDir records(script() + u"/calls");
+    for (const QString &record : records.entryList(QDir::Files))
+        records.remove(record);
 }
 
 void StandInTool::open(const QString &gate)

@@ -8,7 +8,8 @@
 //     stdout, stderr        bytes to print
 //   gates/<name>            a gate is open once this file exists
 //   released                every stand-in ends at once when this file exists: the test has given up
-//   calls/<when>-<pid>/     one record per run, see `record`
+//   calls/<when>-<pid>      one record per run, see `record`
+//   inputs/<when>-<pid>     what the run read, if it read something
 // The rule with the highest number that fits is played. Plain C++ and POSIX, so that nothing but the call itself opens
 // a descriptor, starts a thread or changes a signal.
 #include <algorithm>
@@ -64,9 +65,15 @@ std::string contents(const fs::path &path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-void write(const fs::path &path, const std::string &bytes)
+/// A part of a record: a line with its name and its size, and its bytes.
+std::string part(const std::string &name, const std::string &bytes = {})
 {
-    std::ofstream(path, std::ios::binary) << bytes;
+    return name + ' ' + std::to_string(bytes.size()) + '\n' + bytes;
+}
+
+void append(const fs::path &path, const std::string &bytes)
+{
+    std::ofstream(path, std::ios::binary | std::ios::app) << bytes;
 }
 
 Plan readPlan(const fs::path &path)
@@ -172,16 +179,20 @@ std::string pipedInput()
     return bytes;
 }
 
-/// The record appears whole: it is made under another name first.
-fs::path record(const fs::path &script, const fs::path &draft)
+/// The record appears whole: it is made under another name first. What happens later is appended to it. The input has a
+/// file of its own, so that a test can look for the input in all others.
+fs::path record(const fs::path &script, const std::string &parts, const std::string &input)
 {
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
     char when[32];
     std::snprintf(when, sizeof when, "%012lld%09ld-", static_cast<long long>(now.tv_sec), now.tv_nsec);
-    const fs::path call = script / "calls" / (when + std::to_string(getpid()));
-    fs::rename(draft, call);
-    return call;
+    const std::string name = when + std::to_string(getpid());
+    if (!input.empty())
+        append(script / "inputs" / name, input);
+    append(script / name, parts);
+    fs::rename(script / name, script / "calls" / name);
+    return script / "calls" / name;
 }
 
 /// Copies the file to the descriptor; no file is nothing to print.
@@ -192,9 +203,9 @@ void print(int descriptor, const fs::path &path)
         return;
     std::vector<char> buffer(1 << 16);
     for (ssize_t count = 0; (count = read(file, buffer.data(), buffer.size())) > 0;) {
-        for (ssize_t done = 0, part = 0; done < count; done += part) {
-            part = ::write(descriptor, buffer.data() + done, static_cast<std::size_t>(count - done));
-            if (part < 0)
+        for (ssize_t done = 0, written = 0; done < count; done += written) {
+            written = ::write(descriptor, buffer.data() + done, static_cast<std::size_t>(count - done));
+            if (written < 0)
                 return;
         }
     }
@@ -256,7 +267,7 @@ private:
 
     void terminationRequested()
     {
-        std::ofstream(m_call / "terminations", std::ios::app) << '.';
+        append(m_call, part("termination"));
         if (m_plan.termination == Termination::Ignore)
             return;
         if (m_plan.termination == Termination::Die)
@@ -270,13 +281,13 @@ private:
 
     [[noreturn]] void leave(int exitCode)
     {
-        write(m_call / "ended", {});
+        append(m_call, part("ended"));
         _exit(exitCode);
     }
 
     [[noreturn]] void dieBy(int signal)
     {
-        write(m_call / "ended", {});
+        append(m_call, part("ended"));
         std::signal(signal, SIG_DFL);
         sigset_t only;
         sigemptyset(&only);
@@ -307,19 +318,14 @@ int main(int, char **argv)
     sigaddset(&watched, SIGTERM);
     sigprocmask(SIG_BLOCK, &watched, nullptr);
 
-    const bool readsInput = fs::exists(script / "reads-input");
-    const fs::path draft = script / ("draft-" + std::to_string(getpid()));
-    fs::create_directory(draft);
-    write(draft / "argv", joined(argv));
-    write(draft / "environment", joined(environ));
-    write(draft / "descriptors", descriptors);
-    write(draft / "directory", fs::current_path().string());
-    write(draft / "session", std::to_string(getsid(0)));
-    write(draft / "input", readsInput ? pipedInput() : std::string());
+    const std::string input = fs::exists(script / "reads-input") ? pipedInput() : std::string();
     const std::optional<fs::path> rule = findRule(script, joined(argv + 1));
+    std::string parts = part("argv", joined(argv)) + part("environment", joined(environ)) +
+                        part("descriptors", descriptors) + part("directory", fs::current_path().string()) +
+                        part("session", std::to_string(getsid(0)));
     if (!rule)
-        write(draft / "unexpected", {});
-    const fs::path call = record(script, draft);
+        parts += part("unexpected");
+    const fs::path call = record(script, parts, input);
     if (!rule) {
         std::fputs("stand-in: no rule for these arguments\n", stderr);
         return unexpectedCall;

@@ -26,14 +26,15 @@ YuvPicture::YuvPicture(const QImage &image)
     , blue(luma.size() / 4, Qt::Uninitialized)
     , red(luma.size() / 4, Qt::Uninitialized)
 {
+    const int width = image.width();
     char *nextLuma = luma.data();
     char *nextBlue = blue.data();
     char *nextRed = red.data();
     for (int row = 0; row < image.height(); ++row) {
         const auto *line = reinterpret_cast<const QRgb *>(image.constScanLine(row));
-        for (int column = 0; column < image.width(); ++column)
+        for (int column = 0; column < width; ++column)
             *nextLuma++ = lumaOf(line[column]);
-        for (int column = 0; row % 2 == 0 && column < image.width(); column += 2) {
+        for (int column = 0; row % 2 == 0 && column < width; column += 2) {
             *nextBlue++ = blueOf(line[column]);
             *nextRed++ = redOf(line[column]);
         }

@@ -24,7 +24,9 @@ else()
 endif()
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+# A later Debian's package replaces an earlier one's when the system is upgraded.
+cmake_host_system_information(RESULT debian_version QUERY DISTRIB_VERSION_ID)
+set(CPACK_DEBIAN_PACKAGE_RELEASE "1~deb${debian_version}")
 set(CPACK_DEBIAN_PACKAGE_SECTION non-free/devel)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION

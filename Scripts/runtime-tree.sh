@@ -1,13 +1,12 @@
 # The libraries and Qt plugins that the archive brings, so that it runs where there is no Qt: sourced by package.
 # shellcheck shell=bash disable=SC2016 # $ORIGIN is the loader's
 
-# The plugins of Qt that the window uses: X11, Wayland, file dialogs by the desktop's portal, SVG icons and input methods.
+# The plugins of Qt that the window uses: X11, Wayland, file dialogs by the desktop's portal, and input methods.
 # Neither draws the window with OpenGL.
 qt_plugins=(
     platforms/libqxcb.so platforms/libqwayland-generic.so
     wayland-shell-integration/libxdg-shell.so wayland-decoration-client/libbradient.so
     platformthemes/libqxdgdesktopportal.so
-    iconengines/libqsvgicon.so imageformats/libqsvg.so
     platforminputcontexts/libcomposeplatforminputcontextplugin.so
     platforminputcontexts/libibusplatforminputcontextplugin.so
 )

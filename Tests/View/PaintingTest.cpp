@@ -2,11 +2,13 @@
 #include "Varda/View/Widgets/Painting.h"
 #include "Support/ViewFixture.h"
 #include "Varda/View/Widgets/Button.h"
+#include "Varda/View/Widgets/Icon.h"
 #include "Varda/View/Widgets/Labels.h"
 #include "Varda/View/Widgets/Theme.h"
 
 #include <QDir>
 #include <QPainter>
+#include <QSvgRenderer>
 
 #include <algorithm>
 #include <cstdlib>
@@ -138,6 +140,38 @@ private Q_SLOTS:
             painter.setBrush(Qt::NoBrush);
             painter.setPen(QPen(theme::controlLine, width));
             painter.drawRoundedRect(place.adjusted(inset, inset, -inset, -inset), radius - inset, radius - inset);
+        });
+        const int most = difference(painted, expected);
+        QVERIFY2(most <= 4, qPrintable(QString::number(most)));
+    }
+
+    void drawsIconsAsTheirFilesSay_data()
+    {
+        QTest::addColumn<Icon>("icon");
+        QTest::newRow("product") << Icon::Product; // lines
+        QTest::newRow("warning") << Icon::Warning; // a shape with holes
+        QTest::newRow("record") << Icon::Record;   // both
+        QTest::newRow("varda") << Icon::Varda;     // gradients
+    }
+    void drawsIconsAsTheirFilesSay()
+    {
+        QFETCH(Icon, icon);
+        const auto onWhite = [](const std::function<void(QPainter &)> &paint) {
+            QImage image(48, 48, QImage::Format_RGB32);
+            image.fill(Qt::white);
+            QPainter painter(&image);
+            paint(painter);
+            return image;
+        };
+        const QImage painted = onWhite([&](QPainter &painter) {
+            if (icon == Icon::Varda)
+                applicationIcon().paint(&painter, painter.window());
+            else
+                paintIcon(painter, icon, painter.window(), Qt::black);
+        });
+        const QImage expected = onWhite([](QPainter &painter) {
+            const QString name = QString::fromUtf8(QTest::currentDataTag());
+            QSvgRenderer(QStringLiteral(VARDA_ICONS "/%1.svg").arg(name)).render(&painter);
         });
         const int most = difference(painted, expected);
         QVERIFY2(most <= 4, qPrintable(QString::number(most)));

@@ -1,14 +1,17 @@
 // Icon: each icon is rendered once for each size and colour and kept in the pixmap cache.
 #include "Varda/View/Widgets/Icon.h"
 
+#include "IconPictures.h"
 #include "Varda/View/Widgets/Theme.h"
 
 #include <QIconEngine>
 #include <QPainter>
+#include <QPainterPath>
 #include <QPixmapCache>
-#include <QSvgRenderer>
 
 #include <cmath>
+#include <cstddef>
+#include <span>
 
 namespace varda {
 
@@ -16,93 +19,65 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The name of the icon's file. Without a default, so that the compiler notices an icon without a name.
-QLatin1StringView nameOf(Icon icon)
+QPainterPath path(std::span<const IconPoint> outline)
 {
-    switch (icon) {
-    case Icon::Product:
-        return "product"_L1;
-    case Icon::Phone:
-        return "phone"_L1;
-    case Icon::Desktop:
-        return "desktop"_L1;
-    case Icon::Refresh:
-        return "refresh"_L1;
-    case Icon::Wifi:
-        return "wifi"_L1;
-    case Icon::Shield:
-        return "shield"_L1;
-    case Icon::Check:
-        return "check"_L1;
-    case Icon::Warning:
-        return "warning"_L1;
-    case Icon::Box:
-        return "box"_L1;
-    case Icon::Windows:
-        return "windows"_L1;
-    case Icon::Play:
-        return "play"_L1;
-    case Icon::Camera:
-        return "camera"_L1;
-    case Icon::Terminal:
-        return "terminal"_L1;
-    case Icon::Menu:
-        return "menu"_L1;
-    case Icon::Drop:
-        return "drop"_L1;
-    case Icon::File:
-        return "file"_L1;
-    case Icon::Back:
-        return "back"_L1;
-    case Icon::Forward:
-        return "forward"_L1;
-    case Icon::Up:
-        return "up"_L1;
-    case Icon::Folder:
-        return "folder"_L1;
-    case Icon::NewFolder:
-        return "new-folder"_L1;
-    case Icon::List:
-        return "list"_L1;
-    case Icon::Details:
-        return "details"_L1;
-    case Icon::Document:
-        return "document"_L1;
-    case Icon::Install:
-        return "install"_L1;
-    case Icon::Stop:
-        return "stop"_L1;
-    case Icon::Record:
-        return "record"_L1;
-    case Icon::Export:
-        return "export"_L1;
-    case Icon::Down:
-        return "down"_L1;
-    case Icon::Close:
-        return "close"_L1;
-    case Icon::Find:
-        return "find"_L1;
+    const auto point = [&](std::size_t index) { return QPointF(outline[index].x, outline[index].y); };
+    QPainterPath path;
+    for (std::size_t index = 0; index < outline.size(); ++index) {
+        switch (outline[index].kind) {
+        case IconPoint::Kind::Move:
+            path.moveTo(point(index));
+            break;
+        case IconPoint::Kind::Line:
+            path.lineTo(point(index));
+            break;
+        case IconPoint::Kind::Curve:
+            path.cubicTo(point(index), point(index + 1), point(index + 2));
+            index += 2;
+            break;
+        }
     }
-    return {};
+    return path;
 }
 
-QString resource(QLatin1StringView name)
+QBrush brush(const IconShape &shape)
 {
-    return u":/varda/icons/"_s + name + u".svg"_s;
+    if (shape.topColour == shape.bottomColour)
+        return QColor::fromRgba(shape.topColour);
+    QLinearGradient gradient(0, shape.top, 0, shape.bottom);
+    gradient.setColorAt(0, QColor::fromRgba(shape.topColour));
+    gradient.setColorAt(1, QColor::fromRgba(shape.bottomColour));
+    return gradient;
+}
+
+QPixmap drawn(const IconPicture &picture, int pixels)
+{
+    QPixmap pixmap(pixels, pixels);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const double scale = pixels / static_cast<double>(picture.extent);
+    painter.scale(scale, scale);
+    for (const IconShape &shape : picture.shapes) {
+        if (shape.width > 0)
+            painter.strokePath(path(shape.outline),
+                               {brush(shape), shape.width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin});
+        else
+            painter.fillPath(path(shape.outline), brush(shape));
+    }
+    return pixmap;
 }
 
 /// `icon` as `pixels` by `pixels` device pixels of `colour`.
 QPixmap tinted(Icon icon, int pixels, const QColor &colour)
 {
-    const QLatin1StringView name = nameOf(icon);
-    const QString key = u"varda-icon/"_s + name + u'/' + QString::number(pixels) + u'/' + colour.name(QColor::HexArgb);
+    const QString key = u"varda-icon/"_s + QString::number(qToUnderlying(icon)) + u'/' + QString::number(pixels) +
+                        u'/' + colour.name(QColor::HexArgb);
     QPixmap pixmap;
     if (QPixmapCache::find(key, &pixmap))
         return pixmap;
-    pixmap = QPixmap(pixels, pixels);
-    pixmap.fill(Qt::transparent);
+    pixmap = drawn(pictureOf(icon), pixels);
     QPainter painter(&pixmap);
-    QSvgRenderer(resource(name)).render(&painter);
     painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
     painter.fillRect(pixmap.rect(), colour);
     painter.end();
@@ -156,15 +131,8 @@ QIcon icon(Icon icon)
 QIcon applicationIcon()
 {
     QIcon icon;
-    QSvgRenderer renderer(resource("varda"_L1));
-    for (const int size : {16, 24, 32, 48, 64, 128}) {
-        QPixmap pixmap(size, size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        renderer.render(&painter);
-        painter.end();
-        icon.addPixmap(pixmap);
-    }
+    for (const int size : {16, 24, 32, 48, 64, 128})
+        icon.addPixmap(drawn(pictureOf(Icon::Varda), size));
     return icon;
 }
 

@@ -1,4 +1,4 @@
-// Icon: the window's line icons, drawn from SVG files in the colour of the text that they stand beside.
+// Icon: the window's line icons, in the colour of the text that they stand beside.
 #pragma once
 
 #include <QColor>
@@ -9,7 +9,8 @@ class QPainter;
 
 namespace varda {
 
-/// What an icon means; each has a file of its own in Icons/, on a grid of 24 by 24 with strokes of 1.75.
+/// What an icon means. Each has an SVG file in Icons/, which CompileIcons.cpp turns into numbers: all but the last on a
+/// grid of 24 by 24 with strokes of 1.75.
 enum class Icon {
     Product, ///< a phone that sends and receives
     Phone,
@@ -41,7 +42,8 @@ enum class Icon {
     Details,
     Document,
     Close,
-    Find, ///< a lens
+    Find,  ///< a lens
+    Varda, ///< the program's own, in colours
 };
 
 /// Draws `icon` into the square `target` in `colour`, crisp at the painter's own scale.

@@ -2,6 +2,7 @@
 #include "Support/ViewFixture.h"
 
 #include "Varda/View/Appearance.h"
+#include "Varda/View/Widgets/FittedDialog.h"
 
 namespace varda {
 
@@ -32,6 +33,15 @@ void ViewFixture::list(const QList<AndroidDevice> &devices, const std::optional<
 {
     model->devices = devices;
     model->selectedID = selected;
+    settle();
+}
+
+/// A test may name what is in a dialog before that was ever opened.
+void ViewFixture::buildDialogs() const
+{
+    for (FittedDialog *dialog : view->findChildren<FittedDialog *>())
+        dialog->ensureBuilt();
+    Q_EMIT model->objectWillChange();
     settle();
 }
 

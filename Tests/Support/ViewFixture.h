@@ -29,6 +29,10 @@ public:
     Widget *find(const char *name) const
     {
         auto *widget = view->findChild<Widget *>(QString::fromLatin1(name));
+        if (!widget) {
+            buildDialogs();
+            widget = view->findChild<Widget *>(QString::fromLatin1(name));
+        }
         if (!widget)
             qFatal("no widget is called %s", name);
         return widget;
@@ -45,6 +49,9 @@ public:
     const std::shared_ptr<test::DialogScript> dialogs = std::make_shared<test::DialogScript>();
     std::shared_ptr<VardaModel> model;
     std::unique_ptr<VardaView> view;
+
+private:
+    void buildDialogs() const;
 };
 
 /// A test with a new window, not yet shown, for each of its functions.

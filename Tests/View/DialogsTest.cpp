@@ -172,13 +172,14 @@ private Q_SLOTS:
         QVERIFY(!fixture->model->error());
     }
 
-    void measuresNoDialogBeforeItIsShown()
+    void buildsNoDialogBeforeItIsShown()
     {
-        const auto *sheet = fixture->find("wirelessSheet");
-        QCOMPARE(sheet->maximumHeight(), QWIDGETSIZE_MAX);
-        fixture->model->wireless = true;
-        QTRY_VERIFY(sheet->isVisible());
-        QVERIFY(sheet->maximumHeight() < QWIDGETSIZE_MAX);
+        QVERIFY(sheet()->findChildren<QWidget *>().isEmpty());
+        QVERIFY(alert()->findChildren<QWidget *>().isEmpty());
+        QVERIFY(opensSheet());
+        QVERIFY(!sheet()->findChildren<QWidget *>().isEmpty());
+        QVERIFY(alert()->findChildren<QWidget *>().isEmpty());
+        QVERIFY(showsError(u"adb: device offline"_s));
     }
 
     void opensOverTheMiddleOfTheWindow_data()

@@ -198,7 +198,8 @@ private Q_SLOTS:
 
     void saysWhatItIs()
     {
-        const AboutPane pane;
+        AboutPane pane;
+        pane.ensureBuilt();
         const auto text = [&](const char *name) {
             return textOf(pane.findChild<QWidget *>(QString::fromLatin1(name)));
         };
@@ -218,6 +219,7 @@ private Q_SLOTS:
     void opensTheDocumentation()
     {
         AboutPane pane;
+        pane.ensureBuilt();
         QDesktopServices::setUrlHandler(u"https"_s, this, "openPage");
         pane.findChild<QAbstractButton *>(u"aboutLink"_s)->click();
         QDesktopServices::unsetUrlHandler(u"https"_s);

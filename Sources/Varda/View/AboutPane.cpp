@@ -28,6 +28,10 @@ AboutPane::AboutPane(QWidget *parent)
 {
     setObjectName(u"aboutPane"_s);
     setWindowTitle(u"About Varda"_s);
+}
+
+void AboutPane::build()
+{
     QLabel *title = makeText(u"Varda by Halvex"_s, theme::font(theme::title2Size, QFont::Bold), theme::text, this);
     title->setObjectName(u"aboutTitle"_s);
     QLabel *build = makeText(u"Local development build · Apple Silicon · macOS 13+"_s, theme::font(theme::bodySize),

@@ -14,6 +14,9 @@ public:
 
     /// Shows it in front.
     void present();
+
+private:
+    void build() override;
 };
 
 } // namespace varda

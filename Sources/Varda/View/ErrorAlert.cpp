@@ -27,12 +27,22 @@ constexpr int maxTextHeight = 312;
 
 ErrorAlert::ErrorAlert(QWidget *window)
     : FittedDialog(alertWidth, window)
-    , m_text(new TextBlock(theme::font(theme::bodySize), theme::text, QAccessible::StaticText, this))
-    , m_hint(new HintBlock(u"alertHint"_s, this))
 {
     setObjectName(u"alert"_s);
     setWindowTitle(u"Varda"_s);
     setWindowModality(Qt::WindowModal);
+
+    // What lies below may be given the keyboard late, because it was opened just before.
+    QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, [this](const QWindow *focused) {
+        if (focused && isVisible() && focused == windowHandle()->transientParent())
+            activateWindow();
+    });
+}
+
+void ErrorAlert::build()
+{
+    m_text = new TextBlock(theme::font(theme::bodySize), theme::text, QAccessible::StaticText, this);
+    m_hint = new HintBlock(u"alertHint"_s, this);
     auto *title = new IconLabel(Icon::Warning, iconSize, u"Varda"_s, theme::font(theme::title2Size, QFont::Bold), this);
     title->setIconColour(theme::attention);
     title->setObjectName(u"alertTitle"_s);
@@ -52,16 +62,11 @@ ErrorAlert::ErrorAlert(QWidget *window)
     stack->addWidget(m_hint);
     stack->addWidget(ok, 0, Qt::AlignRight);
     ok->setFocus();
-
-    // What lies below may be given the keyboard late, because it was opened just before.
-    QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, [this](const QWindow *focused) {
-        if (focused && isVisible() && focused == windowHandle()->transientParent())
-            activateWindow();
-    });
 }
 
 void ErrorAlert::present(const QString &text, QWidget *host)
 {
+    ensureBuilt();
     m_text->setMessage(text);
     m_text->setVisible(!m_text->document()->isEmpty()); // or it would leave a gap
     m_hint->setHint(hintFor(text));

@@ -23,8 +23,10 @@ public:
     void withdraw();
 
 private:
-    TextBlock *m_text;
-    HintBlock *m_hint;
+    void build() override;
+
+    TextBlock *m_text = nullptr;
+    HintBlock *m_hint = nullptr;
 };
 
 } // namespace varda

@@ -26,18 +26,24 @@ constexpr int maxStatusHeight = 112;
 WirelessSheet::WirelessSheet(VardaModel &model, QWidget *window)
     : FittedDialog(sheetWidth, window)
     , m_model(model)
-    , m_pairingEndpoint(
-          makeField(u"pairingEndpointField"_s, u"Pairing address"_s, u"Pairing address · 192.168.1.50:37123"_s, this))
-    , m_pairingCode(makeField(u"pairingCodeField"_s, u"Pairing code"_s, u"Six-digit pairing code"_s, this))
-    , m_pair(new Button(Button::Kind::Secondary, u"Pair this Mac"_s, std::nullopt, this))
-    , m_connectEndpoint(makeField(u"connectEndpointField"_s, u"Connection address"_s,
-                                  u"Connection address · 192.168.1.50:42137"_s, this))
-    , m_connect(new Button(Button::Kind::Secondary, u"Connect phone"_s, std::nullopt, this))
-    , m_status(new TextBlock(theme::font(theme::captionSize), theme::secondaryText, QAccessible::StatusBar, this))
 {
     setObjectName(u"wirelessSheet"_s);
     setWindowTitle(u"Go wireless"_s);
     setWindowModality(Qt::WindowModal);
+    QObject::connect(this, &QDialog::finished, this, [this] { m_model.wireless = false; });
+}
+
+void WirelessSheet::build()
+{
+    m_pairingEndpoint =
+        makeField(u"pairingEndpointField"_s, u"Pairing address"_s, u"Pairing address · 192.168.1.50:37123"_s, this);
+    m_pairingCode = makeField(u"pairingCodeField"_s, u"Pairing code"_s, u"Six-digit pairing code"_s, this);
+    m_pair = new Button(Button::Kind::Secondary, u"Pair this Mac"_s, std::nullopt, this);
+    m_connectEndpoint = makeField(u"connectEndpointField"_s, u"Connection address"_s,
+                                  u"Connection address · 192.168.1.50:42137"_s, this);
+    m_connect = new Button(Button::Kind::Secondary, u"Connect phone"_s, std::nullopt, this);
+    m_status = new TextBlock(theme::font(theme::captionSize), theme::secondaryText, QAccessible::StatusBar, this);
+
     auto *stack = new QVBoxLayout(this);
     stack->setContentsMargins(padding, padding, padding, padding);
     stack->setSpacing(spacing);
@@ -56,7 +62,6 @@ WirelessSheet::WirelessSheet(VardaModel &model, QWidget *window)
     QObject::connect(m_connect, &Button::clicked, this, [this] { m_model.connect(); });
     QObject::connect(m_pairingCode, &QLineEdit::returnPressed, m_pair, &Button::click);
     QObject::connect(m_connectEndpoint, &QLineEdit::returnPressed, m_connect, &Button::click);
-    QObject::connect(this, &QDialog::finished, this, [this] { m_model.wireless = false; });
 }
 
 void WirelessSheet::addHeader(QVBoxLayout &stack)
@@ -109,6 +114,10 @@ void WirelessSheet::addConnection(QVBoxLayout &stack)
 
 void WirelessSheet::render()
 {
+    if (m_model.wireless())
+        ensureBuilt();
+    if (!layout())
+        return;
     renderText(*m_pairingEndpoint, m_model.pairingEndpoint);
     renderText(*m_pairingCode, m_model.pairingCode);
     renderText(*m_connectEndpoint, m_model.connectEndpoint);

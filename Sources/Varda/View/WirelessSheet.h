@@ -23,17 +23,18 @@ public:
     void render();
 
 private:
+    void build() override;
     void addHeader(QVBoxLayout &stack);
     void addPairing(QVBoxLayout &stack);
     void addConnection(QVBoxLayout &stack);
 
     VardaModel &m_model;
-    QLineEdit *m_pairingEndpoint;
-    QLineEdit *m_pairingCode;
-    Button *m_pair;
-    QLineEdit *m_connectEndpoint;
-    Button *m_connect;
-    TextBlock *m_status;
+    QLineEdit *m_pairingEndpoint = nullptr;
+    QLineEdit *m_pairingCode = nullptr;
+    Button *m_pair = nullptr;
+    QLineEdit *m_connectEndpoint = nullptr;
+    Button *m_connect = nullptr;
+    TextBlock *m_status = nullptr;
 };
 
 } // namespace varda

@@ -16,9 +16,16 @@ FittedDialog::FittedDialog(int width, QWidget *parent)
     setFixedWidth(width);
 }
 
+void FittedDialog::ensureBuilt()
+{
+    if (!layout())
+        build();
+}
+
 void FittedDialog::setVisible(bool visible)
 {
     if (visible && !isVisible()) {
+        ensureBuilt();
         layout()->activate(); // or layouts inside it answer for a text that stands no longer
         fit();
         centre();

@@ -32,11 +32,11 @@ namespace {
 /// tallest common title bar has 37 pixels.
 constexpr QSize frameAllowance{10, 40};
 
-/// The model does not wait longer than this: a window that is opened minimized draws no picture.
+/// What waits for the first picture waits no longer than this: a window that is opened minimized draws none.
 constexpr auto longestWaitForPicture = 100ms;
 
-/// Starts the model as soon as the window has its first picture: the model's threads and commands would take the
-/// processors from it.
+/// Gives the window its icon and starts the model as soon as the window has its first picture: drawing the icon, and
+/// the model's threads and commands, would take the processors from it.
 class Starter final : public QObject
 {
 public:
@@ -44,7 +44,10 @@ public:
     {
         window.installEventFilter(this);
         m_timer.setSingleShot(true);
-        QObject::connect(&m_timer, &QTimer::timeout, this, [&model] { model.start(); });
+        QObject::connect(&m_timer, &QTimer::timeout, this, [&model] {
+            QGuiApplication::setWindowIcon(applicationIcon());
+            model.start();
+        });
         m_timer.start(longestWaitForPicture);
     }
 
@@ -85,7 +88,6 @@ void prepareApplication()
     // Qt's file dialog would keep its history and its layout in a settings file; this program writes none.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, u"/dev/null"_s);
     prepareAppearance();
-    QGuiApplication::setWindowIcon(applicationIcon());
 }
 
 } // namespace

@@ -18,8 +18,8 @@ const auto otherKey = u"adb: failed to install demo.apk: Failure [INSTALL_FAILED
 /// The hint that is seen at the place `name`, or nothing.
 std::optional<QString> shown(const ViewFixture &fixture, const char *name)
 {
-    const auto *block = fixture.find<TextBlock>(name);
-    return block->isVisible() ? std::optional(block->toPlainText()) : std::nullopt;
+    const auto *block = fixture.view->findChild<TextBlock *>(QString::fromLatin1(name));
+    return block && block->isVisible() ? std::optional(block->toPlainText()) : std::nullopt;
 }
 
 } // namespace
@@ -41,9 +41,9 @@ private Q_SLOTS:
         QFETCH(QString, error);
         fixture->show();
         fixture->model->error = error;
+        QTRY_COMPARE(shown(*fixture, "alertHint"), hintFor(error));
         const auto *message = fixture->find<TextBlock>("alertText");
         const auto *hint = fixture->find<TextBlock>("alertHint");
-        QTRY_COMPARE(shown(*fixture, "alertHint"), hintFor(error));
         fixture->settle();
         QCOMPARE(message->isVisible(), !error.isEmpty());
         QCOMPARE(message->toPlainText(), error);

@@ -21,7 +21,10 @@ public:
     void setHint(const std::optional<QString> &hint);
 
 private:
-    TextBlock *m_text;
+    void build();
+
+    const QString m_name;
+    TextBlock *m_text = nullptr; ///< made with the first hint
 };
 
 } // namespace varda

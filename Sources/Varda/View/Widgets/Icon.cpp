@@ -110,6 +110,29 @@ private:
     const Icon m_icon;
 };
 
+/// Draws the icon when a window asks for it, and keeps no picture: the largest would be 64 KiB.
+class ProgramIconEngine final : public QIconEngine
+{
+public:
+    void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State state) override
+    {
+        painter->drawPixmap(rect, pixmap(rect.size() * painter->device()->devicePixelRatio(), mode, state));
+    }
+
+    QPixmap pixmap(const QSize &size, QIcon::Mode, QIcon::State) override
+    {
+        return drawn(pictureOf(Icon::Varda), qMin(size.width(), size.height()));
+    }
+
+    /// What window managers are given to choose from.
+    QList<QSize> availableSizes(QIcon::Mode, QIcon::State) override
+    {
+        return {{16, 16}, {24, 24}, {32, 32}, {48, 48}, {64, 64}, {128, 128}};
+    }
+
+    QIconEngine *clone() const override { return new ProgramIconEngine; }
+};
+
 } // namespace
 
 void paintIcon(QPainter &painter, Icon icon, const QRectF &target, const QColor &colour)
@@ -130,10 +153,7 @@ QIcon icon(Icon icon)
 
 QIcon applicationIcon()
 {
-    QIcon icon;
-    for (const int size : {16, 24, 32, 48, 64, 128})
-        icon.addPixmap(drawn(pictureOf(Icon::Varda), size));
-    return icon;
+    return QIcon(new ProgramIconEngine);
 }
 
 } // namespace varda

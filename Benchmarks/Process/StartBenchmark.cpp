@@ -20,7 +20,7 @@ using namespace Qt::StringLiterals;
 using namespace varda;
 using namespace std::chrono_literals;
 
-constexpr int starts = 25;
+constexpr int starts = 40;
 /// How many of them are looked at when they have come to rest.
 constexpr int restingStarts = 5;
 /// From the first picture until a program has come to rest; Varda's first tick is over then.

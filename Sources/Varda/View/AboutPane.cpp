@@ -34,9 +34,9 @@ void AboutPane::build()
 {
     QLabel *title = makeText(u"Varda by Halvex"_s, theme::font(theme::title2Size, QFont::Bold), theme::text, this);
     title->setObjectName(u"aboutTitle"_s);
-    QLabel *build = makeText(u"Local development build · Apple Silicon · macOS 13+"_s, theme::font(theme::bodySize),
-                             theme::text, this);
-    build->setObjectName(u"aboutBuild"_s);
+    QLabel *kind = makeText(u"Local development build · Apple Silicon · macOS 13+"_s, theme::font(theme::bodySize),
+                            theme::text, this);
+    kind->setObjectName(u"aboutBuild"_s);
     QLabel *text = makeText(u"ADB and scrcpy run locally. No account, cloud relay or analytics. Phone access requires "
                             "your Android USB debugging authorization. Wi-Fi uses Android’s pairing-code workflow."_s,
                             theme::font(theme::bodySize), theme::secondaryText, this);
@@ -54,7 +54,7 @@ void AboutPane::build()
     stack->setContentsMargins(linkInset, 0, linkInset, 0);
     stack->setSpacing(spacing);
     stack->addWidget(title);
-    stack->addWidget(build);
+    stack->addWidget(kind);
     stack->addWidget(text);
     outer->addLayout(stack);
     outer->addWidget(link, 0, Qt::AlignLeft);
